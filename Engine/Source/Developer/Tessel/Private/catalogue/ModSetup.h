@@ -1,0 +1,25 @@
+#pragma once
+
+#include "CoreMinimal.h"
+
+// Everything the tool keeps about one mod between runs. The field names are also the keys of Mods.db; lists
+// (Maps, Tags) are comma-joined text.
+struct FModSetup
+{
+	FString ModDir;
+	FString Maps;
+	FString Title;
+	FString Description;
+	FString PreviewImage;
+	FString Visibility;
+	FString ChangeNotes;
+	FString ItemSeamId;
+	FString GUID;
+	FString Tags;
+
+	// All fields empty, Visibility too: the copy a job holds.
+	FModSetup() = default;
+
+	// A record for a newly found mod folder.
+	explicit FModSetup(const FString& InModDir) : ModDir(InModDir), Visibility(TEXT("Public")) {}
+};

@@ -1,0 +1,155 @@
+#include "STesselUI.h"
+#include "TestKit.h"
+
+#include "HAL/FileManager.h"
+#include "HAL/PlatformFile.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace
+{
+	TSharedPtr<FModSetup> FindMod(const STesselTool& Tool, const FString& ModDir)
+	{
+		for (const TSharedPtr<FModSetup>& Mod : Tool.ModList)
+		{
+			if (Mod->ModDir == ModDir)
+			{
+				return Mod;
+			}
+		}
+		return nullptr;
+	}
+}
+
+TEST(ModRecordTests, NewRecordIsPublicWithAllElseEmpty)
+{
+	const FModSetup Record(TEXT("Islands"));
+	EXPECT_EQ(Record.ModDir, FString(TEXT("Islands")));
+	EXPECT_EQ(Record.Visibility, FString(TEXT("Public")));
+	for (const FString* Field : {&Record.Maps, &Record.Title, &Record.Description, &Record.PreviewImage,
+								 &Record.ChangeNotes, &Record.ItemSeamId, &Record.GUID, &Record.Tags})
+	{
+		EXPECT_TRUE(Field->IsEmpty());
+	}
+	const FModSetup Blank;
+	EXPECT_TRUE(Blank.Visibility.IsEmpty());
+	EXPECT_TRUE(Blank.ModDir.IsEmpty());
+}
+
+TEST(ModCatalogueTests, PathHelpersStandInTheKit)
+{
+	FTestKit Kit;
+	EXPECT_EQ(STesselTool::GetModToolsDir(), Kit.Root() / TEXT("ModTools"));
+	EXPECT_EQ(STesselTool::GetModOutputDir(), Kit.Root() / TEXT("ModTools/Output"));
+	EXPECT_EQ(STesselTool::GetModDatabasePath(), Kit.Root() / TEXT("Orrery/Saved/Mods.db"));
+	EXPECT_EQ(STesselTool::GetModsContentDir(), Kit.ModsDir());
+}
+
+TEST(ModCatalogueTests, EveryFolderIsAModWithTheMapsDirectlyInIt)
+{
+	FTestKit Kit;
+	Kit.AddMod(TEXT("Islands"), {TEXT("Alpha.umap"), TEXT("notes.txt"), TEXT("Sub/Deep.umap")});
+	Kit.AddMod(TEXT("Empty Mod"));
+	Kit.AddMod(TEXT("Shouty"), {TEXT("A.UMAP"), TEXT("a.umap.umap"), TEXT("Mixed.UMap")});
+	Kit.WriteFile(TEXT("Orrery/Content/Mods/stray.umap"), "not a mod");
+
+	STesselTool Tool;
+	Tool.Construct();
+	ASSERT_EQ(Tool.ModList.Num(), 3);
+	EXPECT_EQ(Tool.SelectedMod, Tool.ModList[0]);
+
+	EXPECT_EQ(FindMod(Tool, TEXT("Islands"))->Maps, FString(TEXT("Alpha")));
+	EXPECT_TRUE(FindMod(Tool, TEXT("Empty Mod"))->Maps.IsEmpty());
+	EXPECT_EQ(FindMod(Tool, TEXT("Empty Mod"))->Visibility, FString(TEXT("Public")));
+
+	// Extension removed in any letter case and at every occurrence; commas between, none at the end.
+	TArray<FString> Maps;
+	const FString ShoutyMaps = FindMod(Tool, TEXT("Shouty"))->Maps;
+	EXPECT_FALSE(ShoutyMaps.EndsWith(TEXT(",")));
+	ShoutyMaps.ParseIntoArray(Maps, TEXT(","), false);
+	Maps.Sort();
+	EXPECT_EQ(Maps, (TArray<FString>{TEXT("A"), TEXT("Mixed"), TEXT("a")}));
+
+	EXPECT_EQ(Tool.VisibilityOptions.Num(), 3);
+	EXPECT_EQ(*Tool.VisibilityOptions[1], FString(TEXT("Friends Only")));
+}
+
+TEST(ModCatalogueTests, MapListFollowsTheListingOrder)
+{
+	FTestKit Kit;
+	const FString Folder = Kit.AddMod(TEXT("Ordered"), {TEXT("m1.umap"), TEXT("m2.umap"), TEXT("m3.umap")});
+	TArray<FString> Listing;
+	IFileManager::Get().FindFiles(Listing, *(Folder / TEXT("*.umap")), true, false);
+	for (FString& Name : Listing)
+	{
+		Name.RemoveFromEnd(TEXT(".umap"));
+	}
+
+	STesselTool Tool;
+	Tool.Construct();
+	ASSERT_EQ(Tool.ModList.Num(), 1);
+	EXPECT_EQ(Tool.ModList[0]->Maps, FString::Join(Listing, TEXT(",")));
+}
+
+TEST(ModCatalogueTests, NoModsFolderGivesAnEmptyListAndNoSelection)
+{
+	FTestKit Kit;
+	STesselTool Tool;
+	Tool.Construct();
+	EXPECT_EQ(Tool.ModList.Num(), 0);
+	EXPECT_FALSE(Tool.SelectedMod.IsValid());
+
+	// A file where the Mods folder should be is no folder of mods either.
+	Kit.WriteFile(TEXT("Orrery/Content/Mods"), "a file");
+	Tool.OnRefreshClicked();
+	EXPECT_EQ(Tool.ModList.Num(), 0);
+	EXPECT_FALSE(Tool.SelectedMod.IsValid());
+}
+
+TEST(ModCatalogueTests, UnreadableModsFolderGivesAnEmptyList)
+{
+	if (geteuid() == 0)
+	{
+		GTEST_SKIP() << "root reads any folder";
+	}
+	FTestKit Kit;
+	Kit.AddMod(TEXT("Hidden"));
+	chmod(Kit.ModsDir().ToUtf8().c_str(), 0);
+	STesselTool Tool;
+	Tool.Construct();
+	chmod(Kit.ModsDir().ToUtf8().c_str(), 0755);
+	EXPECT_EQ(Tool.ModList.Num(), 0);
+}
+
+TEST(ModCatalogueTests, OddCharactersInFolderNamesSurvive)
+{
+	FTestKit Kit;
+	const FString Odd = TEXT("Île \"Quoted\" , #1 — Σ");
+	Kit.AddMod(Odd, {TEXT("Carte Île.umap")});
+	STesselTool Tool;
+	Tool.Construct();
+	ASSERT_EQ(Tool.ModList.Num(), 1);
+	EXPECT_EQ(Tool.ModList[0]->ModDir, Odd);
+	EXPECT_EQ(Tool.ModList[0]->Maps, FString(TEXT("Carte Île")));
+}
+
+TEST(ModCatalogueTests, RefreshSelectsTheFirstRecordAndDropsVanishedFolders)
+{
+	FTestKit Kit;
+	Kit.AddMod(TEXT("One"));
+	Kit.AddMod(TEXT("Two"));
+	STesselTool Tool;
+	Tool.Construct();
+	ASSERT_EQ(Tool.ModList.Num(), 2);
+	const TSharedPtr<FModSetup> Before = Tool.SelectedMod;
+	Tool.SelectedMod = Tool.ModList[1];
+
+	FPlatformFileManager::Get().GetPlatformFile().DeleteDirectoryRecursively(*(Kit.ModsDir() / Before->ModDir));
+	Tool.OnRefreshClicked();
+	ASSERT_EQ(Tool.ModList.Num(), 1);
+	EXPECT_NE(Tool.ModList[0]->ModDir, Before->ModDir);
+	// The selection is always the first record of the new list, never one from before.
+	EXPECT_EQ(Tool.SelectedMod, Tool.ModList[0]);
+	EXPECT_NE(Tool.SelectedMod, Before);
+}

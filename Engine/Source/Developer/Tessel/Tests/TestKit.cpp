@@ -1,0 +1,33 @@
+#include "TestKit.h"
+
+#include "HAL/PlatformFile.h"
+
+FTestKit::FTestKit()
+{
+	Dir.WriteFile(TEXT("Orrery/Orrery.uproject"), "{}\n");
+	FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*(Dir / TEXT("Engine/Binaries/Win64")));
+	FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*(Dir / TEXT("ModTools")));
+	FPaths::SetKitRoot(Dir.Get());
+	FPaths::SetBaseDir(Dir / TEXT("Engine/Binaries/Win64"));
+}
+
+FTestKit::~FTestKit()
+{
+	FPaths::SetBaseDir(FString());
+}
+
+FString FTestKit::ModsDir() const
+{
+	return Dir / TEXT("Orrery/Content/Mods");
+}
+
+FString FTestKit::AddMod(const FString& Name, std::initializer_list<const TCHAR*> Files) const
+{
+	const FString Folder = ModsDir() / Name;
+	FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*Folder);
+	for (const TCHAR* File : Files)
+	{
+		Dir.WriteFile(FString(TEXT("Orrery/Content/Mods")) / Name / File, "placeholder");
+	}
+	return Folder;
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "TempDirectory.h"
+
+// A kit laid out in a temporary folder: Engine, the Orrery project with its content and saved folders, and
+// ModTools. The engine's paths point at it for the life of the object.
+class FTestKit
+{
+public:
+	FTestKit();
+	~FTestKit();
+
+	FString Root() const { return Dir.Get(); }
+	FString ModsDir() const;
+	// Makes a mod folder (and the given files in it, relative to the folder).
+	FString AddMod(const FString& Name, std::initializer_list<const TCHAR*> Files = {}) const;
+	FString WriteFile(const FString& Relative, const std::string& Bytes) const { return Dir.WriteFile(Relative, Bytes); }
+
+private:
+	FTempDirectory Dir;
+};

@@ -1,0 +1,303 @@
+#include "HAL/FileManager.h"
+#include "HAL/PlatformFile.h"
+
+#include "FileArchivePosix.h"
+#include "PosixFileSystem.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace
+{
+	using namespace PosixFileSystem;
+
+	// "*" and "?" wildcards, letter case ignored, as the kit's file systems compare names.
+	bool WildcardMatch(const std::u16string& Name, const std::u16string& Pattern)
+	{
+		size_t N = 0;
+		size_t P = 0;
+		size_t StarP = std::u16string::npos;
+		size_t StarN = 0;
+		while (N < Name.size())
+		{
+			if (P < Pattern.size() && Pattern[P] == u'*')
+			{
+				StarP = P++;
+				StarN = N;
+			}
+			else if (P < Pattern.size() &&
+					 (Pattern[P] == u'?' || FChar::ToLower(Pattern[P]) == FChar::ToLower(Name[N])))
+			{
+				++P;
+				++N;
+			}
+			else if (StarP != std::u16string::npos)
+			{
+				P = StarP + 1;
+				N = ++StarN;
+			}
+			else
+			{
+				return false;
+			}
+		}
+		while (P < Pattern.size() && Pattern[P] == u'*')
+		{
+			++P;
+		}
+		return P == Pattern.size();
+	}
+
+	std::string ParentOf(const std::string& Path)
+	{
+		const size_t Slash = Path.rfind('/');
+		return Slash == std::string::npos || Slash == 0 ? std::string() : Path.substr(0, Slash);
+	}
+
+	class FFileManagerPosix final : public IFileManager
+	{
+	public:
+		FArchive* CreateFileReader(const TCHAR* Filename, uint32 /*ReadFlags*/) override
+		{
+			const std::string Path = Native(Filename);
+			const int Fd = open(Path.c_str(), O_RDONLY | O_CLOEXEC);
+			if (Fd < 0)
+			{
+				return nullptr;
+			}
+			struct stat Info;
+			if (fstat(Fd, &Info) != 0 || !S_ISREG(Info.st_mode))
+			{
+				close(Fd);
+				return nullptr;
+			}
+			return new FArchiveFileReaderPosix(Fd, static_cast<int64>(Info.st_size));
+		}
+
+		FArchive* CreateFileWriter(const TCHAR* Filename, uint32 WriteFlags) override
+		{
+			const std::string Path = Native(Filename);
+			if (Path.empty() || IsDirectory(Path))
+			{
+				return nullptr;
+			}
+			const bool bExists = access(Path.c_str(), F_OK) == 0;
+			if (bExists && (WriteFlags & FILEWRITE_NoReplaceExisting))
+			{
+				return nullptr;
+			}
+			if (bExists && !(WriteFlags & FILEWRITE_EvenIfReadOnly) && access(Path.c_str(), W_OK) != 0)
+			{
+				return nullptr;
+			}
+			const std::string Parent = ParentOf(Path);
+			if (!Parent.empty())
+			{
+				MakeDirectoryTree(Parent);
+			}
+			if (WriteFlags & FILEWRITE_Append)
+			{
+				const int Fd = open(Path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+				return Fd < 0 ? nullptr : new FArchiveFileWriterPosix(Fd, std::string(), Path, true);
+			}
+			const std::string Temp = TemporarySibling(Path);
+			const int Fd = open(Temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+			return Fd < 0 ? nullptr : new FArchiveFileWriterPosix(Fd, Temp, Path, false);
+		}
+
+		void FindFiles(TArray<FString>& FoundFiles, const TCHAR* Filename, bool bFiles, bool bDirectories) override
+		{
+			const FString Wildcard(Filename);
+			int32 Slash = INDEX_NONE;
+			Wildcard.FindLastChar(u'/', Slash);
+			const FString Dir = Slash == INDEX_NONE ? FString(TEXT(".")) : Wildcard.Left(Slash == 0 ? 1 : Slash);
+			FString Pattern = Slash == INDEX_NONE ? Wildcard : Wildcard.Mid(Slash + 1);
+			if (Pattern.IsEmpty())
+			{
+				Pattern = TEXT("*");
+			}
+			std::vector<FEntry> Entries;
+			ListDirectory(Native(Dir), Entries);
+			for (const FEntry& Entry : Entries)
+			{
+				if ((Entry.bDirectory ? bDirectories : bFiles))
+				{
+					FString Name = FString::FromUtf8(Entry.Name);
+					if (WildcardMatch(Name.GetStd(), Pattern.GetStd()))
+					{
+						FoundFiles.Add(std::move(Name));
+					}
+				}
+			}
+		}
+
+		uint32 Copy(const TCHAR* Dest, const TCHAR* Src, bool bReplace, bool /*bEvenIfReadOnly*/) override
+		{
+			const std::string To = Native(Dest);
+			if (!bReplace && access(To.c_str(), F_OK) == 0)
+			{
+				return COPY_Fail;
+			}
+			return CopyFile(To, Native(Src)) ? COPY_OK : COPY_Fail;
+		}
+
+		bool Move(const TCHAR* Dest, const TCHAR* Src, bool bReplace, bool /*bEvenIfReadOnly*/) override
+		{
+			return MoveFile(Native(Dest), Native(Src), bReplace);
+		}
+
+		bool Delete(const TCHAR* Filename, bool bRequireExists, bool /*bEvenReadOnly*/, bool /*bQuiet*/) override
+		{
+			const std::string Path = Native(Filename);
+			struct stat Info;
+			if (lstat(Path.c_str(), &Info) != 0)
+			{
+				return !bRequireExists;
+			}
+			return DeleteFile(Path);
+		}
+
+		bool MakeDirectory(const TCHAR* Path, bool bTree) override
+		{
+			const std::string Dir = Native(Path);
+			if (bTree)
+			{
+				return MakeDirectoryTree(Dir);
+			}
+			return mkdir(Dir.c_str(), 0777) == 0 || IsDirectory(Dir);
+		}
+
+		bool DeleteDirectory(const TCHAR* Path, bool bRequireExists, bool bTree) override
+		{
+			const std::string Dir = Native(Path);
+			if (!IsDirectory(Dir))
+			{
+				return !bRequireExists;
+			}
+			return bTree ? DeleteDirectoryTree(Dir) : PosixFileSystem::DeleteDirectory(Dir);
+		}
+
+		int64 FileSize(const TCHAR* Filename) override { return PosixFileSystem::FileSize(Native(Filename)); }
+		bool FileExists(const TCHAR* Filename) override { return IsFile(Native(Filename)); }
+		bool DirectoryExists(const TCHAR* Path) override { return IsDirectory(Native(Path)); }
+	};
+
+	class FPlatformFilePosix final : public IPlatformFile
+	{
+	public:
+		bool FileExists(const TCHAR* Filename) override { return IsFile(Native(Filename)); }
+		bool DirectoryExists(const TCHAR* Directory) override { return IsDirectory(Native(Directory)); }
+		int64 FileSize(const TCHAR* Filename) override { return PosixFileSystem::FileSize(Native(Filename)); }
+		bool DeleteFile(const TCHAR* Filename) override { return PosixFileSystem::DeleteFile(Native(Filename)); }
+		bool MoveFile(const TCHAR* To, const TCHAR* From) override
+		{
+			return PosixFileSystem::MoveFile(Native(To), Native(From), true);
+		}
+		bool CopyFile(const TCHAR* To, const TCHAR* From) override
+		{
+			return PosixFileSystem::CopyFile(Native(To), Native(From));
+		}
+		bool CreateDirectory(const TCHAR* Directory) override
+		{
+			const std::string Dir = Native(Directory);
+			return mkdir(Dir.c_str(), 0777) == 0 || IsDirectory(Dir);
+		}
+		bool CreateDirectoryTree(const TCHAR* Directory) override { return MakeDirectoryTree(Native(Directory)); }
+		bool DeleteDirectory(const TCHAR* Directory) override
+		{
+			return PosixFileSystem::DeleteDirectory(Native(Directory));
+		}
+		bool DeleteDirectoryRecursively(const TCHAR* Directory) override
+		{
+			return DeleteDirectoryTree(Native(Directory));
+		}
+
+		bool IterateDirectory(const TCHAR* Directory, FDirectoryVisitor& Visitor) override
+		{
+			const FString Root(Directory);
+			std::vector<FEntry> Entries;
+			if (!ListDirectory(Native(Root), Entries))
+			{
+				return false;
+			}
+			for (const FEntry& Entry : Entries)
+			{
+				const FString Full = Root / FString::FromUtf8(Entry.Name);
+				if (!Visitor.Visit(*Full, Entry.bDirectory))
+				{
+					return false;
+				}
+			}
+			return true;
+		}
+
+		bool IterateDirectoryRecursively(const TCHAR* Directory, FDirectoryVisitor& Visitor) override
+		{
+			// Each level is listed whole before the visitor runs, so that a visitor which creates or deletes
+			// files does not disturb the listing; an explicit stack keeps deep trees off the call stack.
+			struct FLevel
+			{
+				FString Path;
+				std::vector<FEntry> Entries;
+				size_t Next = 0;
+			};
+			std::vector<FLevel> Stack(1);
+			Stack[0].Path = FString(Directory);
+			ListDirectory(Native(Stack[0].Path), Stack[0].Entries);
+			while (!Stack.empty())
+			{
+				FLevel& Level = Stack.back();
+				if (Level.Next >= Level.Entries.size())
+				{
+					Stack.pop_back();
+					continue;
+				}
+				const FEntry& Entry = Level.Entries[Level.Next++];
+				const FString Full = Level.Path / FString::FromUtf8(Entry.Name);
+				if (!Visitor.Visit(*Full, Entry.bDirectory))
+				{
+					return false;
+				}
+				if (Entry.bDirectory && !Entry.bLink)
+				{
+					FLevel Child;
+					Child.Path = Full;
+					ListDirectory(Native(Full), Child.Entries);
+					Stack.push_back(std::move(Child));
+				}
+			}
+			return true;
+		}
+	};
+}
+
+IFileManager& IFileManager::Get()
+{
+	static FFileManagerPosix Instance;
+	return Instance;
+}
+
+FPlatformFileManager& FPlatformFileManager::Get()
+{
+	static FPlatformFileManager Instance;
+	return Instance;
+}
+
+IPlatformFile& FPlatformFileManager::GetPlatformFile()
+{
+	static FPlatformFilePosix Instance;
+	return Instance;
+}
+
+bool IPlatformFile::IterateDirectoryRecursively(const TCHAR* Directory,
+												const std::function<bool(const TCHAR*, bool)>& Visit)
+{
+	struct FLambdaVisitor : FDirectoryVisitor
+	{
+		const std::function<bool(const TCHAR*, bool)>& Function;
+		explicit FLambdaVisitor(const std::function<bool(const TCHAR*, bool)>& InFunction) : Function(InFunction) {}
+		bool Visit(const TCHAR* Path, bool bIsDirectory) override { return Function(Path, bIsDirectory); }
+	} Visitor(Visit);
+	return IterateDirectoryRecursively(Directory, Visitor);
+}

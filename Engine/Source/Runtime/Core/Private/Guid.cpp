@@ -1,0 +1,66 @@
+#include "Misc/Guid.h"
+
+#include <sys/random.h>
+
+FGuid FGuid::NewGuid()
+{
+	uint32 Words[4] = {0, 0, 0, 0};
+	size_t Filled = 0;
+	while (Filled < sizeof(Words))
+	{
+		const ssize_t Got = getrandom(reinterpret_cast<char*>(Words) + Filled, sizeof(Words) - Filled, 0);
+		if (Got > 0)
+		{
+			Filled += static_cast<size_t>(Got);
+		}
+	}
+	FGuid Result(Words[0], Words[1], Words[2], Words[3]);
+	if (!Result.IsValid())
+	{
+		Result.D = 1; // the all-zero value means "no GUID"
+	}
+	return Result;
+}
+
+FString FGuid::ToString(EGuidFormats Format) const
+{
+	if (Format == EGuidFormats::DigitsWithHyphens)
+	{
+		return FString::Printf(TEXT("%08X-%04X-%04X-%04X-%04X%08X"), A, B >> 16, B & 0xFFFF, C >> 16, C & 0xFFFF, D);
+	}
+	return FString::Printf(TEXT("%08X%08X%08X%08X"), A, B, C, D);
+}
+
+bool FGuid::Parse(const FString& Text, FGuid& OutGuid)
+{
+	const FString Digits = Text.Replace(TEXT("-"), TEXT(""));
+	if (Digits.Len() != 32)
+	{
+		return false;
+	}
+	uint32 Words[4] = {0, 0, 0, 0};
+	for (int32 Index = 0; Index < 32; ++Index)
+	{
+		const TCHAR Unit = Digits[Index];
+		uint32 Nibble;
+		if (Unit >= u'0' && Unit <= u'9')
+		{
+			Nibble = Unit - u'0';
+		}
+		else if (Unit >= u'A' && Unit <= u'F')
+		{
+			Nibble = Unit - u'A' + 10;
+		}
+		else if (Unit >= u'a' && Unit <= u'f')
+		{
+			Nibble = Unit - u'a' + 10;
+		}
+		else
+		{
+			return false;
+		}
+		Words[Index / 8] = (Words[Index / 8] << 4) | Nibble;
+	}
+	OutGuid = FGuid(Words[0], Words[1], Words[2], Words[3]);
+	return true;
+}

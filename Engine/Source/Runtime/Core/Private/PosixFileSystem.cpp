@@ -1,0 +1,297 @@
+#include "PosixFileSystem.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace PosixFileSystem
+{
+	std::string Native(const TCHAR* Path)
+	{
+		return StringConv::Utf16ToUtf8(Path ? std::u16string_view(Path) : std::u16string_view());
+	}
+
+	std::string Native(const FString& Path)
+	{
+		return Path.ToUtf8();
+	}
+
+	bool IsFile(const std::string& Path)
+	{
+		struct stat Info;
+		return !Path.empty() && stat(Path.c_str(), &Info) == 0 && S_ISREG(Info.st_mode);
+	}
+
+	bool IsDirectory(const std::string& Path)
+	{
+		struct stat Info;
+		return !Path.empty() && stat(Path.c_str(), &Info) == 0 && S_ISDIR(Info.st_mode);
+	}
+
+	int64 FileSize(const std::string& Path)
+	{
+		struct stat Info;
+		if (Path.empty() || stat(Path.c_str(), &Info) != 0 || !S_ISREG(Info.st_mode))
+		{
+			return -1;
+		}
+		return static_cast<int64>(Info.st_size);
+	}
+
+	bool MakeDirectoryTree(const std::string& Path)
+	{
+		if (Path.empty())
+		{
+			return false;
+		}
+		if (IsDirectory(Path))
+		{
+			return true;
+		}
+		std::string Partial;
+		size_t Pos = 0;
+		while (Pos <= Path.size())
+		{
+			const size_t Next = Path.find('/', Pos);
+			const size_t End = Next == std::string::npos ? Path.size() : Next;
+			Partial = Path.substr(0, End);
+			if (!Partial.empty() && mkdir(Partial.c_str(), 0777) != 0 && errno != EEXIST)
+			{
+				return false;
+			}
+			if (Next == std::string::npos)
+			{
+				break;
+			}
+			Pos = Next + 1;
+		}
+		return IsDirectory(Path);
+	}
+
+	bool DeleteFile(const std::string& Path)
+	{
+		struct stat Info;
+		if (lstat(Path.c_str(), &Info) != 0 || S_ISDIR(Info.st_mode))
+		{
+			return false;
+		}
+		return unlink(Path.c_str()) == 0;
+	}
+
+	bool DeleteDirectory(const std::string& Path)
+	{
+		return rmdir(Path.c_str()) == 0;
+	}
+
+	bool DeleteDirectoryTree(const std::string& Root)
+	{
+		struct stat Info;
+		if (lstat(Root.c_str(), &Info) != 0 || !S_ISDIR(Info.st_mode))
+		{
+			return false;
+		}
+		// Depth-first without recursion: a folder is removed once everything in it is gone.
+		struct FPending
+		{
+			std::string Path;
+			bool bListed = false;
+		};
+		std::vector<FPending> Stack{{Root, false}};
+		bool bAll = true;
+		while (!Stack.empty())
+		{
+			FPending& Top = Stack.back();
+			if (Top.bListed)
+			{
+				bAll = (rmdir(Top.Path.c_str()) == 0) && bAll;
+				Stack.pop_back();
+				continue;
+			}
+			Top.bListed = true;
+			const std::string Dir = Top.Path;
+			std::vector<FEntry> Entries;
+			ListDirectory(Dir, Entries);
+			for (const FEntry& Entry : Entries)
+			{
+				const std::string Child = Dir + "/" + Entry.Name;
+				if (Entry.bDirectory && !Entry.bLink)
+				{
+					Stack.push_back({Child, false});
+				}
+				else
+				{
+					bAll = (unlink(Child.c_str()) == 0) && bAll;
+				}
+			}
+		}
+		return bAll;
+	}
+
+	std::string TemporarySibling(const std::string& Path)
+	{
+		static std::atomic<unsigned> Counter{0};
+		const size_t Slash = Path.rfind('/');
+		const std::string Dir = Slash == std::string::npos ? std::string() : Path.substr(0, Slash + 1);
+		const std::string Name = Slash == std::string::npos ? Path : Path.substr(Slash + 1);
+		return Dir + "." + Name + ".tmp" + std::to_string(getpid()) + "-" + std::to_string(Counter++);
+	}
+
+	bool CommitTemporary(int Fd, const std::string& Temp, const std::string& Path)
+	{
+		struct stat Old;
+		bool bOk = true;
+		if (stat(Path.c_str(), &Old) == 0)
+		{
+			fchmod(Fd, Old.st_mode & 07777);
+			bOk = fdatasync(Fd) == 0;
+		}
+		bOk = (close(Fd) == 0) && bOk;
+		if (bOk && rename(Temp.c_str(), Path.c_str()) == 0)
+		{
+			return true;
+		}
+		unlink(Temp.c_str());
+		return false;
+	}
+
+	bool CopyFile(const std::string& Dest, const std::string& Src)
+	{
+		const int In = open(Src.c_str(), O_RDONLY | O_CLOEXEC);
+		if (In < 0)
+		{
+			return false;
+		}
+		struct stat Info;
+		if (fstat(In, &Info) != 0 || !S_ISREG(Info.st_mode) || IsDirectory(Dest))
+		{
+			close(In);
+			return false;
+		}
+		const size_t Slash = Dest.rfind('/');
+		if (Slash != std::string::npos && Slash > 0)
+		{
+			MakeDirectoryTree(Dest.substr(0, Slash));
+		}
+		const std::string Temp = TemporarySibling(Dest);
+		const int Out = open(Temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+		if (Out < 0)
+		{
+			close(In);
+			return false;
+		}
+		bool bOk = true;
+		int64 Remaining = Info.st_size;
+		// The kernel copies without a trip through user memory where it can; plain reads where it can't.
+		while (Remaining > 0)
+		{
+			const ssize_t Done = copy_file_range(In, nullptr, Out, nullptr, static_cast<size_t>(Remaining), 0);
+			if (Done <= 0)
+			{
+				break;
+			}
+			Remaining -= Done;
+		}
+		if (Remaining > 0)
+		{
+			std::vector<char> Buffer(1 << 20);
+			lseek(In, Info.st_size - Remaining, SEEK_SET);
+			ssize_t Got;
+			while ((Got = read(In, Buffer.data(), Buffer.size())) > 0)
+			{
+				ssize_t Written = 0;
+				while (Written < Got)
+				{
+					const ssize_t Put = write(Out, Buffer.data() + Written, static_cast<size_t>(Got - Written));
+					if (Put <= 0)
+					{
+						bOk = false;
+						break;
+					}
+					Written += Put;
+				}
+				if (!bOk)
+				{
+					break;
+				}
+			}
+			bOk = bOk && Got == 0;
+		}
+		close(In);
+		if (!bOk)
+		{
+			close(Out);
+			unlink(Temp.c_str());
+			return false;
+		}
+		return CommitTemporary(Out, Temp, Dest);
+	}
+
+	bool MoveFile(const std::string& Dest, const std::string& Src, bool bReplace)
+	{
+		struct stat Info;
+		if (lstat(Src.c_str(), &Info) != 0)
+		{
+			return false;
+		}
+		if (!bReplace && lstat(Dest.c_str(), &Info) == 0)
+		{
+			return false;
+		}
+		const size_t Slash = Dest.rfind('/');
+		if (Slash != std::string::npos && Slash > 0)
+		{
+			MakeDirectoryTree(Dest.substr(0, Slash));
+		}
+		if (rename(Src.c_str(), Dest.c_str()) == 0)
+		{
+			return true;
+		}
+		if (errno == EXDEV && CopyFile(Dest, Src))
+		{
+			return unlink(Src.c_str()) == 0;
+		}
+		return false;
+	}
+
+	bool ListDirectory(const std::string& Dir, std::vector<FEntry>& OutEntries)
+	{
+		DIR* Handle = opendir(Dir.empty() ? "." : Dir.c_str());
+		if (!Handle)
+		{
+			return false;
+		}
+		while (dirent* Entry = readdir(Handle))
+		{
+			const std::string Name = Entry->d_name;
+			if (Name == "." || Name == "..")
+			{
+				continue;
+			}
+			FEntry Out;
+			Out.Name = Name;
+			unsigned char Type = Entry->d_type;
+			if (Type == DT_UNKNOWN || Type == DT_LNK)
+			{
+				struct stat Info;
+				const std::string Full = Dir + "/" + Name;
+				if (lstat(Full.c_str(), &Info) == 0 && S_ISLNK(Info.st_mode))
+				{
+					Out.bLink = true;
+				}
+				Out.bDirectory = stat(Full.c_str(), &Info) == 0 && S_ISDIR(Info.st_mode);
+			}
+			else
+			{
+				Out.bDirectory = Type == DT_DIR;
+			}
+			OutEntries.push_back(std::move(Out));
+		}
+		closedir(Handle);
+		return true;
+	}
+}

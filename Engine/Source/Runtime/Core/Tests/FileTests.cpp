@@ -1,0 +1,250 @@
+#include "CoreMinimal.h"
+#include "HAL/FileManager.h"
+#include "HAL/PlatformFile.h"
+#include "Misc/FileHelper.h"
+#include "TempDirectory.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace
+{
+	TArray<FString> Sorted(TArray<FString> Names)
+	{
+		Names.Sort();
+		return Names;
+	}
+
+	void WriteThroughArchive(const FString& Path, const std::string& Bytes)
+	{
+		TUniquePtr<FArchive> Writer(IFileManager::Get().CreateFileWriter(*Path));
+		ASSERT_TRUE(Writer);
+		Writer->Serialize(const_cast<char*>(Bytes.data()), static_cast<int64>(Bytes.size()));
+		EXPECT_TRUE(Writer->Close());
+	}
+}
+
+TEST(FileTests, FindFilesListsBareNamesByWildcardWithoutDescending)
+{
+	FTempDirectory Dir;
+	Dir.WriteFile(TEXT("Mods/Alpha/A.UMAP"), "");
+	Dir.WriteFile(TEXT("Mods/Alpha/b.umap"), "");
+	Dir.WriteFile(TEXT("Mods/Alpha/c.umap.txt"), "");
+	Dir.WriteFile(TEXT("Mods/Alpha/Sub/deep.umap"), "");
+	Dir.WriteFile(TEXT("Mods/Île \"quoted\"/x.uasset"), "");
+	Dir.WriteFile(TEXT("Mods/loose.txt"), "");
+
+	TArray<FString> Found;
+	IFileManager::Get().FindFiles(Found, *(Dir / TEXT("Mods/*")), false, true);
+	EXPECT_EQ(Sorted(Found), (TArray<FString>{TEXT("Alpha"), TEXT("Île \"quoted\"")}));
+
+	Found.Reset();
+	IFileManager::Get().FindFiles(Found, *(Dir / TEXT("Mods/Alpha/*.umap")), true, false);
+	EXPECT_EQ(Sorted(Found), (TArray<FString>{TEXT("A.UMAP"), TEXT("b.umap")}));
+
+	Found.Reset();
+	IFileManager::Get().FindFiles(Found, *(Dir / TEXT("Mods/Alpha/?.*")), true, true);
+	EXPECT_EQ(Sorted(Found), (TArray<FString>{TEXT("A.UMAP"), TEXT("b.umap"), TEXT("c.umap.txt")}));
+
+	// Results are appended, and an absent folder adds nothing.
+	IFileManager::Get().FindFiles(Found, *(Dir / TEXT("Nowhere/*")), true, true);
+	EXPECT_EQ(Found.Num(), 3);
+	// A file where a folder is expected lists as nothing.
+	Found.Reset();
+	IFileManager::Get().FindFiles(Found, *(Dir / TEXT("Mods/loose.txt/*")), true, true);
+	EXPECT_EQ(Found.Num(), 0);
+}
+
+TEST(FileTests, WriterReplacesTheFileOnlyWhenItCloses)
+{
+	FTempDirectory Dir;
+	const FString Path = Dir.WriteFile(TEXT("Saved/Mods.db"), "old contents");
+	chmod(Path.ToUtf8().c_str(), 0640);
+
+	TUniquePtr<FArchive> Writer(IFileManager::Get().CreateFileWriter(*Path));
+	ASSERT_TRUE(Writer);
+	std::string Big(200000, 'n');
+	Writer->Serialize(Big.data(), static_cast<int64>(Big.size()));
+	EXPECT_EQ(Writer->Tell(), 200000);
+	EXPECT_EQ(FTempDirectory::ReadBytes(Path), "old contents");
+	EXPECT_TRUE(Writer->Close());
+	EXPECT_EQ(FTempDirectory::ReadBytes(Path), Big);
+
+	struct stat Info;
+	ASSERT_EQ(stat(Path.ToUtf8().c_str(), &Info), 0);
+	EXPECT_EQ(Info.st_mode & 0777, 0640u);
+
+	// No temporary is left beside it.
+	TArray<FString> Left;
+	IFileManager::Get().FindFiles(Left, *(Dir / TEXT("Saved/*")), true, true);
+	EXPECT_EQ(Left, (TArray<FString>{TEXT("Mods.db")}));
+}
+
+TEST(FileTests, WriterKilledBeforeCloseLeavesTheOldFileWhole)
+{
+	FTempDirectory Dir;
+	const FString Path = Dir.WriteFile(TEXT("Mods.db"), "the old file");
+	const pid_t Child = fork();
+	ASSERT_GE(Child, 0);
+	if (Child == 0)
+	{
+		FArchive* Writer = IFileManager::Get().CreateFileWriter(*Path);
+		std::string Half(1 << 20, 'x');
+		Writer->Serialize(Half.data(), static_cast<int64>(Half.size()));
+		Writer->Flush();
+		_exit(0); // dies without closing
+	}
+	int Status = 0;
+	waitpid(Child, &Status, 0);
+	EXPECT_EQ(FTempDirectory::ReadBytes(Path), "the old file");
+}
+
+TEST(FileTests, WriterMakesMissingFoldersAndRefusesAFolder)
+{
+	FTempDirectory Dir;
+	WriteThroughArchive(Dir / TEXT("a/b/c/file.bin"), "xyz");
+	EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("a/b/c/file.bin")), "xyz");
+	EXPECT_EQ(IFileManager::Get().CreateFileWriter(*(Dir / TEXT("a/b"))), nullptr);
+	EXPECT_EQ(IFileManager::Get().CreateFileReader(*(Dir / TEXT("a/b"))), nullptr);
+	EXPECT_EQ(IFileManager::Get().CreateFileReader(*(Dir / TEXT("absent"))), nullptr);
+}
+
+TEST(FileTests, ReaderSeeksAndReportsReadsPastTheEnd)
+{
+	FTempDirectory Dir;
+	std::string Bytes;
+	for (int Index = 0; Index < 100000; ++Index)
+	{
+		Bytes += static_cast<char>(Index * 7);
+	}
+	const FString Path = Dir.WriteFile(TEXT("data.bin"), Bytes);
+	TUniquePtr<FArchive> Reader(IFileManager::Get().CreateFileReader(*Path));
+	ASSERT_TRUE(Reader);
+	EXPECT_TRUE(Reader->IsLoading());
+	EXPECT_EQ(Reader->TotalSize(), 100000);
+
+	Reader->Seek(99990);
+	uint8 Tail[10];
+	Reader->Serialize(Tail, 10);
+	EXPECT_EQ(Tail[9], static_cast<uint8>(99999 * 7));
+	EXPECT_TRUE(Reader->AtEnd());
+	EXPECT_FALSE(Reader->IsError());
+
+	Reader->Seek(1);
+	int32 Word = 0;
+	*Reader << Word;
+	EXPECT_EQ(Word, static_cast<int32>(0x1C150E07)); // bytes 7, 14, 21, 28 little-endian
+	EXPECT_EQ(Reader->Tell(), 5);
+
+	Reader->Seek(99999);
+	uint8 Past[4] = {9, 9, 9, 9};
+	Reader->Serialize(Past, 4);
+	EXPECT_TRUE(Reader->IsError());
+	EXPECT_EQ(Past[0], static_cast<uint8>(99999 * 7));
+	EXPECT_EQ(Past[1], 0);
+}
+
+TEST(FileTests, LoadFileToStringDetectsEncodings)
+{
+	FTempDirectory Dir;
+	FString Text;
+	ASSERT_TRUE(FFileHelper::LoadFileToString(Text, *Dir.WriteFile(TEXT("le.txt"), std::string("\xFF\xFE" "A\0\xE9\0", 6))));
+	EXPECT_EQ(Text, FString(TEXT("Aé")));
+	ASSERT_TRUE(FFileHelper::LoadFileToString(Text, *Dir.WriteFile(TEXT("be.txt"), std::string("\xFE\xFF\0A\x04\x16", 6))));
+	EXPECT_EQ(Text, FString(TEXT("AЖ")));
+	ASSERT_TRUE(FFileHelper::LoadFileToString(Text, *Dir.WriteFile(TEXT("u8.txt"), "\xEF\xBB\xBFZ\xC3\xA9")));
+	EXPECT_EQ(Text, FString(TEXT("Zé")));
+	ASSERT_TRUE(FFileHelper::LoadFileToString(Text, *Dir.WriteFile(TEXT("plain.txt"), "Z\xC3\xA9")));
+	EXPECT_EQ(Text, FString(TEXT("Zé")));
+	// Bytes that are no UTF-8 are taken one unit each.
+	ASSERT_TRUE(FFileHelper::LoadFileToString(Text, *Dir.WriteFile(TEXT("latin.txt"), "caf\xE9")));
+	EXPECT_EQ(Text, FString(TEXT("café")));
+	EXPECT_FALSE(FFileHelper::LoadFileToString(Text, *(Dir / TEXT("missing.txt"))));
+}
+
+TEST(FileTests, SaveStringToFileChoosesEightBitOrUtf16)
+{
+	FTempDirectory Dir;
+	ASSERT_TRUE(FFileHelper::SaveStringToFile(TEXT("1234\r\n"), *(Dir / TEXT("size.txt"))));
+	EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("size.txt")), "1234\r\n");
+	ASSERT_TRUE(FFileHelper::SaveStringToFile(TEXT("é\x7F"), *(Dir / TEXT("wide.txt"))));
+	EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("wide.txt")), std::string("\xFF\xFE\xE9\0\x7F\0", 6));
+	ASSERT_TRUE(FFileHelper::SaveStringToFile(FString(), *(Dir / TEXT("empty.txt"))));
+	EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("empty.txt")), "");
+
+	FString Back;
+	ASSERT_TRUE(FFileHelper::LoadFileToString(Back, *(Dir / TEXT("wide.txt"))));
+	EXPECT_EQ(Back, FString(TEXT("é\x7F")));
+}
+
+TEST(FileTests, CopyMoveAndDelete)
+{
+	FTempDirectory Dir;
+	IFileManager& Files = IFileManager::Get();
+	IPlatformFile& Platform = FPlatformFileManager::Get().GetPlatformFile();
+	const FString Source = Dir.WriteFile(TEXT("src/a.bin"), std::string(300000, 'a'));
+	Dir.WriteFile(TEXT("dst/a.bin"), "old");
+
+	EXPECT_EQ(Files.Copy(*(Dir / TEXT("dst/a.bin")), *Source, false), static_cast<uint32>(COPY_Fail));
+	EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("dst/a.bin")), "old");
+	EXPECT_EQ(Files.Copy(*(Dir / TEXT("dst/a.bin")), *Source), static_cast<uint32>(COPY_OK));
+	EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("dst/a.bin")), std::string(300000, 'a'));
+	EXPECT_TRUE(Platform.CopyFile(*(Dir / TEXT("new/deep/b.bin")), *Source));
+	EXPECT_FALSE(Platform.CopyFile(*(Dir / TEXT("c.bin")), *(Dir / TEXT("src"))));
+
+	EXPECT_TRUE(Files.Move(*(Dir / TEXT("moved/a.bin")), *Source));
+	EXPECT_FALSE(Platform.FileExists(*Source));
+	EXPECT_TRUE(Platform.FileExists(*(Dir / TEXT("moved/a.bin"))));
+
+	EXPECT_TRUE(Files.Delete(*(Dir / TEXT("moved/a.bin"))));
+	EXPECT_TRUE(Files.Delete(*(Dir / TEXT("moved/a.bin"))));  // absent is fine by default
+	EXPECT_FALSE(Files.Delete(*(Dir / TEXT("moved/a.bin")), true));
+	EXPECT_FALSE(Platform.DeleteFile(*(Dir / TEXT("moved/a.bin"))));
+
+	EXPECT_FALSE(Files.DeleteDirectory(*(Dir / TEXT("new")), false, false)); // not empty
+	EXPECT_TRUE(Files.DeleteDirectory(*(Dir / TEXT("new")), false, true));
+	EXPECT_FALSE(Platform.DirectoryExists(*(Dir / TEXT("new"))));
+	EXPECT_TRUE(Files.DeleteDirectory(*(Dir / TEXT("new")), false, true));
+	EXPECT_FALSE(Files.DeleteDirectory(*(Dir / TEXT("new")), true, true));
+}
+
+TEST(FileTests, RecursiveWalkVisitsFoldersBeforeTheirContentsAndStopsOnRequest)
+{
+	FTempDirectory Dir;
+	Dir.WriteFile(TEXT("root/a/b/c.uasset"), "");
+	Dir.WriteFile(TEXT("root/a/d.umap"), "");
+	Dir.WriteFile(TEXT("root/e.txt"), "");
+	FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*(Dir / TEXT("root/empty")));
+	symlink((Dir / TEXT("root")).ToUtf8().c_str(), (Dir / TEXT("root/a/loop")).ToUtf8().c_str());
+
+	const FString Root = Dir / TEXT("root");
+	TArray<FString> Seen;
+	TArray<FString> Folders;
+	const bool bDone = FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(
+		*Root,
+		[&](const TCHAR* Path, bool bIsDirectory)
+		{
+			const FString Relative = FString(Path).Mid(Root.Len() + 1);
+			Seen.Add(Relative);
+			if (bIsDirectory)
+			{
+				Folders.Add(Relative);
+			}
+			EXPECT_TRUE(FString(Path).StartsWith(Root));
+			return true;
+		});
+	EXPECT_TRUE(bDone);
+	EXPECT_EQ(Sorted(Seen), (TArray<FString>{TEXT("a"), TEXT("a/b"), TEXT("a/b/c.uasset"), TEXT("a/d.umap"),
+											 TEXT("a/loop"), TEXT("e.txt"), TEXT("empty")}));
+	EXPECT_EQ(Sorted(Folders), (TArray<FString>{TEXT("a"), TEXT("a/b"), TEXT("a/loop"), TEXT("empty")}));
+	EXPECT_LT(Seen.Find(TEXT("a")), Seen.Find(TEXT("a/b")));
+	EXPECT_LT(Seen.Find(TEXT("a/b")), Seen.Find(TEXT("a/b/c.uasset")));
+
+	int32 Visits = 0;
+	const bool bStopped = !FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(
+		*Root, [&](const TCHAR*, bool) { return ++Visits < 2; });
+	EXPECT_TRUE(bStopped);
+	EXPECT_EQ(Visits, 2);
+}

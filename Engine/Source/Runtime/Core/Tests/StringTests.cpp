@@ -1,0 +1,164 @@
+#include "CoreMinimal.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+	// Compares exactly, whatever the string type's own == does.
+	void ExpectUnits(const FString& Actual, const std::u16string& Expected)
+	{
+		EXPECT_EQ(Actual.GetStd(), Expected) << Actual;
+	}
+}
+
+TEST(StringTests, PathOperatorPutsExactlyOneSlash)
+{
+	ExpectUnits(FString(TEXT("a")) / TEXT("b"), u"a/b");
+	ExpectUnits(FString(TEXT("a/")) / TEXT("b"), u"a/b");
+	ExpectUnits(FString(TEXT("a/")) / TEXT("/b"), u"a/b");
+	ExpectUnits(FString(TEXT("a")) / TEXT("/b"), u"a/b");
+	ExpectUnits(FString() / TEXT("b"), u"b");
+	ExpectUnits(FString(TEXT("/")) / TEXT("b"), u"/b");
+	ExpectUnits(FString(TEXT("a")) / FString(), u"a/");
+}
+
+TEST(StringTests, PrintfConversions)
+{
+	ExpectUnits(FString::Printf(TEXT("%d|%u|%s|%lld"), -5, 7u, TEXT("x"), -9000000000LL), u"-5|7|x|-9000000000");
+	ExpectUnits(FString::Printf(TEXT("%s and %s"), FString(TEXT("one")), TEXT("two")), u"one and two");
+	ExpectUnits(FString::Printf(TEXT("%.17g"), 0.1), u"0.10000000000000001");
+	ExpectUnits(FString::Printf(TEXT("%.17g"), 3.0), u"3");
+	ExpectUnits(FString::Printf(TEXT("%08X|%x|%%|%c"), 0xABCu, 255, TCHAR(u'Ω')), u"00000ABC|ff|%|Ω");
+	ExpectUnits(FString::Printf(TEXT("[%5s][%-3s]"), TEXT("ab"), TEXT("c")), u"[   ab][c  ]");
+	ExpectUnits(FString::Printf(TEXT("no conversions")), u"no conversions");
+}
+
+TEST(StringTests, PrintfPercentDOfWideNumberShowsLowHalfAsSigned)
+{
+	const int64 Big = 4294967296LL + 5; // 2^32 + 5
+	ExpectUnits(FString::Printf(TEXT("%d"), Big), u"5");
+	ExpectUnits(FString::Printf(TEXT("%d"), int64(2147483648LL)), u"-2147483648");
+	ExpectUnits(FString::Printf(TEXT("%d"), int64(123456789)), u"123456789");
+	ExpectUnits(FString::Printf(TEXT("%u"), int64(-1)), u"4294967295");
+	ExpectUnits(FString::Printf(TEXT("%lld"), int64(2147483648LL)), u"2147483648");
+}
+
+TEST(StringTests, CaseInsensitiveSearchFoldsNonAsciiUnits)
+{
+	const FString Text(TEXT("Ünïcode MAP.UMAP"));
+	EXPECT_EQ(Text.Find(TEXT("üNÏ")), 0);
+	EXPECT_EQ(Text.Find(TEXT(".umap")), 11);
+	EXPECT_EQ(Text.Find(TEXT(".umap"), ESearchCase::CaseSensitive), INDEX_NONE);
+	EXPECT_EQ(Text.Find(TEXT("zzz")), INDEX_NONE);
+	EXPECT_EQ(Text.Find(TEXT("MAP"), ESearchCase::IgnoreCase, ESearchDir::FromEnd), 13);
+	EXPECT_TRUE(FString(TEXT("ÄRGER")).Equals(TEXT("ärger"), ESearchCase::IgnoreCase));
+	EXPECT_FALSE(FString(TEXT("ÄRGER")).Equals(TEXT("ärger")));
+	EXPECT_FALSE(FString(TEXT("ab")) == FString(TEXT("AB")));
+	EXPECT_EQ(FChar::ToLower(u'Σ'), u'σ');
+	EXPECT_EQ(FChar::ToLower(u'Ж'), u'ж');
+}
+
+TEST(StringTests, ReplaceIsCaseInsensitiveAndReplacesEveryOccurrence)
+{
+	ExpectUnits(FString(TEXT("a.umap.UMAP")).Replace(TEXT(".umap"), TEXT("")), u"a");
+	ExpectUnits(FString(TEXT("xAx")).Replace(TEXT("a"), TEXT("aa")), u"xaax");
+	ExpectUnits(FString(TEXT("abc")).Replace(TEXT(""), TEXT("z")), u"abc");
+	ExpectUnits(FString(TEXT("aaa")).Replace(TEXT("aa"), TEXT("b")), u"ba");
+}
+
+TEST(StringTests, StartsEndsMidAndRemoveFromEnd)
+{
+	const FString Path(TEXT("C:/Kit/Saved/Mods.db"));
+	EXPECT_TRUE(Path.StartsWith(TEXT("c:/kit")));
+	EXPECT_FALSE(Path.StartsWith(TEXT("")));
+	EXPECT_TRUE(Path.EndsWith(TEXT("MODS.DB")));
+	EXPECT_FALSE(Path.EndsWith(TEXT("x/C:/Kit/Saved/Mods.db")));
+	ExpectUnits(Path.Mid(7), u"Saved/Mods.db");
+	ExpectUnits(Path.Mid(7, 5), u"Saved");
+	ExpectUnits(Path.Mid(7, 0x7FFFFFFF), u"Saved/Mods.db");
+	ExpectUnits(Path.Mid(100), u"");
+	ExpectUnits(Path.Mid(-3, 5), u"C:");
+
+	FString Dir(TEXT("Output/"));
+	EXPECT_TRUE(Dir.RemoveFromEnd(TEXT("/")));
+	ExpectUnits(Dir, u"Output");
+	EXPECT_FALSE(Dir.RemoveFromEnd(TEXT("/")));
+	FString Tags(TEXT("Map,Mod,"));
+	Tags.RemoveFromEnd(TEXT(","));
+	ExpectUnits(Tags, u"Map,Mod");
+}
+
+TEST(StringTests, ParseIntoArrayKeepsOrDropsEmptyPieces)
+{
+	TArray<FString> Pieces;
+	EXPECT_EQ(FString(TEXT(",Map,,Mod,")).ParseIntoArray(Pieces, TEXT(","), false), 5);
+	ExpectUnits(Pieces[0], u"");
+	ExpectUnits(Pieces[1], u"Map");
+	ExpectUnits(Pieces[2], u"");
+	ExpectUnits(Pieces[3], u"Mod");
+	ExpectUnits(Pieces[4], u"");
+
+	EXPECT_EQ(FString(TEXT(",Map,,Mod,")).ParseIntoArray(Pieces, TEXT(","), true), 2);
+	ExpectUnits(Pieces[1], u"Mod");
+
+	EXPECT_EQ(FString().ParseIntoArray(Pieces, TEXT(","), false), 0);
+	EXPECT_EQ(FString(TEXT("a::b")).ParseIntoArray(Pieces, TEXT("::"), true), 2);
+	ExpectUnits(Pieces[1], u"b");
+}
+
+TEST(StringTests, ParseIntoArrayLinesSplitsEveryKindOfBreak)
+{
+	TArray<FString> Lines;
+	FString(TEXT("one\r\ntwo\nthree\rfour\r\n\r\nfive")).ParseIntoArrayLines(Lines);
+	ASSERT_EQ(Lines.Num(), 5);
+	ExpectUnits(Lines[3], u"four");
+	ExpectUnits(Lines[4], u"five");
+
+	FString(TEXT("a\n\nb\n")).ParseIntoArrayLines(Lines, false);
+	ASSERT_EQ(Lines.Num(), 3);
+	ExpectUnits(Lines[1], u"");
+}
+
+TEST(StringTests, QuotesTrimmedAndEscaped)
+{
+	ExpectUnits(FString(TEXT("\"Title\"")).TrimQuotes(), u"Title");
+	ExpectUnits(FString(TEXT("\"Title")).TrimQuotes(), u"Title");
+	ExpectUnits(FString(TEXT("Title\"")).TrimQuotes(), u"Title");
+	ExpectUnits(FString(TEXT("\"")).TrimQuotes(), u"");
+	ExpectUnits(FString(TEXT("\"\"\"")).TrimQuotes(), u"\"");
+	ExpectUnits(FString(TEXT("say \"hi\"")).ReplaceQuotesWithEscapedQuotes(), u"say \\\"hi\\\"");
+	ExpectUnits(FString(TEXT("already \\\"ok")).ReplaceQuotesWithEscapedQuotes(), u"already \\\"ok");
+}
+
+TEST(StringTests, NumericTextAndFromInt)
+{
+	EXPECT_TRUE(FString(TEXT("123")).IsNumeric());
+	EXPECT_TRUE(FString(TEXT("-1.5")).IsNumeric());
+	EXPECT_TRUE(FString(TEXT("+7")).IsNumeric());
+	EXPECT_FALSE(FString().IsNumeric());
+	EXPECT_FALSE(FString(TEXT("-")).IsNumeric());
+	EXPECT_FALSE(FString(TEXT("1.2.3")).IsNumeric());
+	EXPECT_FALSE(FString(TEXT("12a")).IsNumeric());
+	EXPECT_FALSE(FString(TEXT(" 12")).IsNumeric());
+	ExpectUnits(FString::FromInt(-2147483647 - 1), u"-2147483648");
+	ExpectUnits(FString::FromInt(0), u"0");
+}
+
+TEST(StringTests, Utf8ConversionReplacesInvalidInputAndRoundTrips)
+{
+	const std::string Valid = "Mods/Île \xF0\x9F\x8E\xAE";
+	const FString Wide = FString::FromUtf8(Valid);
+	EXPECT_EQ(Wide.Len(), 11); // the emoji takes a surrogate pair
+	EXPECT_EQ(Wide.ToUtf8(), Valid);
+
+	// Stray continuation byte, truncated sequence, overlong form, encoded surrogate, byte FF.
+	ExpectUnits(FString::FromUtf8("a\x80" "b"), u"a\uFFFDb");
+	ExpectUnits(FString::FromUtf8("a\xE2\x82"), u"a\uFFFD");
+	ExpectUnits(FString::FromUtf8("\xC0\xAF"), u"\uFFFD\uFFFD");
+	ExpectUnits(FString::FromUtf8("\xED\xA0\x80z"), u"\uFFFDz");
+	ExpectUnits(FString::FromUtf8(std::string("x\0y\xFF", 4)), std::u16string(u"x\0y\uFFFD", 4));
+
+	// A lone surrogate on the way out becomes U+FFFD.
+	const std::u16string Lone = {u'a', char16_t(0xD800), u'b'};
+	EXPECT_EQ(FString(Lone).ToUtf8(), "a\xEF\xBF\xBD" "b");
+}

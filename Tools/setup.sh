@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the build needs, when they are missing.
+set -euo pipefail
+
+packages=(cmake ninja-build g++ libgtest-dev zlib1g-dev)
+missing=()
+for package in "${packages[@]}"; do
+	if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed"; then
+		missing+=("$package")
+	fi
+done
+if [ ${#missing[@]} -gt 0 ]; then
+	echo "Installing: ${missing[*]}"
+	sudo_cmd=()
+	if [ "$(id -u)" -ne 0 ]; then
+		sudo_cmd=(sudo)
+	fi
+	"${sudo_cmd[@]}" apt-get update -qq
+	DEBIAN_FRONTEND=noninteractive "${sudo_cmd[@]}" apt-get install -y -qq "${missing[@]}"
+fi
