@@ -13,3 +13,6 @@ bash Tools/build.sh Build
 echo "== Build and test with AddressSanitizer and UndefinedBehaviorSanitizer"
 bash Tools/build.sh Build-asan -DTESSEL_SANITIZE=address
 (cd Build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest -j 2 --output-on-failure)
+
+echo "== Fuzz the JSON reader"
+bash Tools/fuzz.sh 30

@@ -21,10 +21,4 @@ void STesselTool::RefreshPreviewBrush()
 	// No preview brush yet.
 }
 
-void STesselTool::LoadModDatabase(const FString& /*Path*/)
-{
-	// Without a database every folder comes in as a new record.
-	ModList.Empty();
-}
-
 #undef LOCTEXT_NAMESPACE

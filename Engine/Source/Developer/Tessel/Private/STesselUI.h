@@ -23,7 +23,14 @@ public:
 	void RefreshModList(bool bRebuildDetails);
 	FReply OnRefreshClicked();
 
+	// Replaces ModList with the records of the file at Path and, when it parses, SteamUsername.
 	void LoadModDatabase(const FString& Path);
+	// Writes every record and the Steam user name; with no records the file is left as it is.
+	FReply SaveModDatabase();
+	FReply OnResetGuidClicked();
+	FReply OnResetPublisherIdClicked();
+	void AddTag(const FString& Tag);
+	void RemoveTag(const FString& Tag);
 
 	TArray<TSharedPtr<FString>> LogMessages;
 	bool bSteamAuthConfirmed = false;

@@ -758,7 +758,11 @@ FString StringFormat::Format(const TCHAR* Fmt, const FArg* Args, int32 NumArgs)
 			const FArg* Arg = TakeArg();
 			const double Value = Arg->Kind == FArg::Float ? Arg->Real : static_cast<double>(Arg->Int);
 			Spec += static_cast<char>(Conversion);
+			// Numbers in files must not follow the user's locale: the decimal point is always ".".
+			static const locale_t CLocale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(0));
+			const locale_t Previous = uselocale(CLocale);
 			std::snprintf(Buffer, sizeof(Buffer), Spec.c_str(), Value);
+			uselocale(Previous);
 			Out += StringConv::Utf8ToUtf16(Buffer);
 			break;
 		}

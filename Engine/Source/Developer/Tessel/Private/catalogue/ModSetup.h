@@ -2,6 +2,8 @@
 
 #include "CoreMinimal.h"
 
+class FJsonValue;
+
 // Everything the tool keeps about one mod between runs. The field names are also the keys of Mods.db; lists
 // (Maps, Tags) are comma-joined text.
 struct FModSetup
@@ -22,4 +24,11 @@ struct FModSetup
 
 	// A record for a newly found mod folder.
 	explicit FModSetup(const FString& InModDir) : ModDir(InModDir), Visibility(TEXT("Public")) {}
+
+	// A record from one element of the database's "Mods" array. Keys the element lacks stay empty, Visibility
+	// too; an element that is no object gives an empty record.
+	explicit FModSetup(const TSharedPtr<FJsonValue>& JsonValue);
+
+	// The record as a database element: an object with the ten fields in their order, all strings.
+	TSharedPtr<FJsonValue> ToJsonValue() const;
 };

@@ -95,7 +95,7 @@ public:
 	void Serialize(void* Data, int64 Num) override;
 	int64 Tell() override { return Offset; }
 	int64 TotalSize() override { return Bytes.Num(); }
-	void Seek(int64 Position) override { Offset = Position; }
+	void Seek(int64 Position) override { Offset = Position < 0 ? 0 : Position; }
 
 private:
 	TArray<uint8>& Bytes;

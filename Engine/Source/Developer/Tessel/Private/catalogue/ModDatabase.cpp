@@ -1,0 +1,120 @@
+#include "STesselUI.h"
+
+#include "HAL/FileManager.h"
+#include "json/JsonSerializer.h"
+
+void STesselTool::LoadModDatabase(const FString& Path)
+{
+	// Emptied first, so that a file that can't be read leaves no records behind.
+	ModList.Empty();
+
+	TUniquePtr<FArchive> Reader(IFileManager::Get().CreateFileReader(*Path, 0));
+	if (!Reader)
+	{
+		return;
+	}
+	TSharedPtr<FJsonObject> Root;
+	if (JsonSerializer::Deserialize(MakeShared<JsonReader>(Reader.get()), Root))
+	{
+		SteamUsername = Root->GetStringField(TEXT("SteamUsername"));
+		for (const TSharedPtr<FJsonValue>& Element : Root->GetArrayField(TEXT("Mods")))
+		{
+			ModList.Add(MakeShared<FModSetup>(Element));
+		}
+	}
+	Reader->Close();
+}
+
+FReply STesselTool::SaveModDatabase()
+{
+	TSharedPtr<FJsonObject> Root = MakeShared<FJsonObject>();
+	Root->SetStringField(TEXT("SteamUsername"), SteamUsername);
+
+	TArray<TSharedPtr<FJsonValue>> Mods;
+	Mods.Reserve(ModList.Num());
+	for (const TSharedPtr<FModSetup>& Mod : ModList)
+	{
+		Mods.Add(Mod->ToJsonValue());
+	}
+	// With no records the file stays as it is, whatever it holds.
+	if (Mods.Num() == 0)
+	{
+		return FReply::Handled();
+	}
+	Root->SetArrayField(TEXT("Mods"), Mods);
+
+	TUniquePtr<FArchive> Writer(IFileManager::Get().CreateFileWriter(*GetModDatabasePath(), 0));
+	if (!Writer)
+	{
+		return FReply::Handled();
+	}
+	JsonSerializer::Serialize(Root.ToSharedRef(), MakeShared<JsonWriter>(Writer.get(), 0));
+	Writer->Close();
+	return FReply::Handled();
+}
+
+namespace
+{
+	// Tags are stored as one comma-joined text; empty items between commas are kept as they are.
+	TArray<FString> SplitTags(const FString& Tags)
+	{
+		TArray<FString> Items;
+		Tags.ParseIntoArray(Items, TEXT(","), false);
+		return Items;
+	}
+
+	FString JoinTags(const TArray<FString>& Items)
+	{
+		FString Joined;
+		for (const FString& Item : Items)
+		{
+			Joined += Item + TEXT(",");
+		}
+		Joined.RemoveFromEnd(TEXT(","));
+		return Joined;
+	}
+}
+
+void STesselTool::AddTag(const FString& Tag)
+{
+	if (!SelectedMod)
+	{
+		return;
+	}
+	TArray<FString> Items = SplitTags(SelectedMod->Tags);
+	Items.Add(Tag);
+	SelectedMod->Tags = JoinTags(Items);
+	SaveModDatabase();
+}
+
+void STesselTool::RemoveTag(const FString& Tag)
+{
+	if (!SelectedMod)
+	{
+		return;
+	}
+	TArray<FString> Items = SplitTags(SelectedMod->Tags);
+	Items.RemoveAll([&Tag](const FString& Item) { return Item.Equals(Tag, ESearchCase::IgnoreCase); });
+	SelectedMod->Tags = JoinTags(Items);
+	SaveModDatabase();
+}
+
+FReply STesselTool::OnResetGuidClicked()
+{
+	if (SelectedMod)
+	{
+		SelectedMod->GUID = FGuid::NewGuid().ToString(EGuidFormats::Digits);
+		SaveModDatabase();
+	}
+	return FReply::Handled();
+}
+
+FReply STesselTool::OnResetPublisherIdClicked()
+{
+	if (SelectedMod)
+	{
+		SelectedMod->ItemSeamId.Empty();
+		SaveModDatabase();
+	}
+	return FReply::Handled();
+}

@@ -1,0 +1,296 @@
+#include "json/JsonWriter.h"
+
+#include "Serialization/Archive.h"
+
+#include <cstdio>
+
+void JsonWriter::WriteChar(TCHAR Char)
+{
+	uint8 Bytes[2] = {static_cast<uint8>(Char & 0xFF), static_cast<uint8>(Char >> 8)};
+	Stream->Serialize(Bytes, 2);
+}
+
+void JsonWriter::WriteString(const FString& String)
+{
+	for (TCHAR Char : String)
+	{
+		WriteChar(Char);
+	}
+}
+
+void JsonWriter::WriteLineTerminator()
+{
+	WriteChar(13);
+	WriteChar(10);
+}
+
+void JsonWriter::WriteTabs(int32 Count)
+{
+	for (int32 Index = 0; Index < Count; ++Index)
+	{
+		WriteChar(9);
+	}
+}
+
+void JsonWriter::WriteNumber(double Value)
+{
+	WriteString(FString::Printf(TEXT("%.17g"), Value));
+}
+
+void JsonWriter::WriteStringValue(const FString& String)
+{
+	WriteChar(u'"');
+	for (TCHAR Char : String)
+	{
+		switch (Char)
+		{
+		case 8:
+			WriteChar(u'\\');
+			WriteChar(u'b');
+			break;
+		case 9:
+			WriteChar(u'\\');
+			WriteChar(u't');
+			break;
+		case 10:
+			WriteChar(u'\\');
+			WriteChar(u'n');
+			break;
+		case 12:
+			WriteChar(u'\\');
+			WriteChar(u'f');
+			break;
+		case 13:
+			WriteChar(u'\\');
+			WriteChar(u'r');
+			break;
+		case 34:
+			WriteChar(u'\\');
+			WriteChar(u'"');
+			break;
+		case 92:
+			WriteChar(u'\\');
+			WriteChar(u'\\');
+			break;
+		default:
+			WriteChar(Char);
+			break;
+		}
+	}
+	WriteChar(u'"');
+}
+
+bool JsonWriter::CanWriteValueWithoutIdentifier() const
+{
+	return Stack.Num() <= 0 || Stack.Last() == EJson::Array;
+}
+
+void JsonWriter::CheckInObject() const
+{
+	checkf(Stack.Num() > 0 && Stack.Last() == EJson::Object, "Stack.Top() == EJson::Object");
+}
+
+void JsonWriter::WriteCommaIfNeeded()
+{
+	if (PreviousTokenWritten != EJsonToken::CurlyOpen && PreviousTokenWritten != EJsonToken::SquareOpen)
+	{
+		WriteChar(u',');
+	}
+}
+
+void JsonWriter::WriteNewLine()
+{
+	WriteLineTerminator();
+	WriteTabs(IndentLevel);
+}
+
+void JsonWriter::WriteKey(const FString& Identifier)
+{
+	WriteCommaIfNeeded();
+	WriteNewLine();
+	WriteStringValue(Identifier);
+	WriteChar(u':');
+}
+
+bool JsonWriter::Close()
+{
+	return Stack.Num() == 0 && (PreviousTokenWritten == EJsonToken::None || PreviousTokenWritten == EJsonToken::CurlyClose ||
+								PreviousTokenWritten == EJsonToken::SquareClose);
+}
+
+void JsonWriter::WriteObjectStart()
+{
+	checkf(CanWriteValueWithoutIdentifier(), "CanWriteValueWithoutIdentifier()");
+	if (PreviousTokenWritten != EJsonToken::None)
+	{
+		WriteCommaIfNeeded();
+		WriteNewLine();
+	}
+	WriteChar(u'{');
+	++IndentLevel;
+	Stack.Add(EJson::Object);
+	PreviousTokenWritten = EJsonToken::CurlyOpen;
+}
+
+void JsonWriter::WriteObjectStart(const FString& Identifier)
+{
+	CheckInObject();
+	WriteKey(Identifier);
+	WriteNewLine();
+	WriteChar(u'{');
+	++IndentLevel;
+	Stack.Add(EJson::Object);
+	PreviousTokenWritten = EJsonToken::CurlyOpen;
+}
+
+void JsonWriter::WriteObjectEnd()
+{
+	CheckInObject();
+	WriteLineTerminator();
+	--IndentLevel;
+	WriteTabs(IndentLevel);
+	WriteChar(u'}');
+	Stack.Pop();
+	PreviousTokenWritten = EJsonToken::CurlyClose;
+}
+
+void JsonWriter::WriteArrayStart()
+{
+	checkf(CanWriteValueWithoutIdentifier(), "CanWriteValueWithoutIdentifier()");
+	if (PreviousTokenWritten != EJsonToken::None)
+	{
+		WriteCommaIfNeeded();
+		WriteNewLine();
+	}
+	WriteChar(u'[');
+	++IndentLevel;
+	Stack.Add(EJson::Array);
+	PreviousTokenWritten = EJsonToken::SquareOpen;
+}
+
+void JsonWriter::WriteArrayStart(const FString& Identifier)
+{
+	CheckInObject();
+	WriteKey(Identifier);
+	WriteSpace();
+	WriteChar(u'[');
+	++IndentLevel;
+	Stack.Add(EJson::Array);
+	PreviousTokenWritten = EJsonToken::SquareOpen;
+}
+
+void JsonWriter::WriteArrayEnd()
+{
+	checkf(Stack.Num() > 0 && Stack.Last() == EJson::Array, "Stack.Top() == EJson::Array");
+	--IndentLevel;
+	if (PreviousTokenWritten == EJsonToken::CurlyClose || PreviousTokenWritten == EJsonToken::SquareClose ||
+		PreviousTokenWritten == EJsonToken::String)
+	{
+		WriteNewLine();
+	}
+	else if (PreviousTokenWritten != EJsonToken::SquareOpen)
+	{
+		WriteSpace();
+	}
+	WriteChar(u']');
+	Stack.Pop();
+	PreviousTokenWritten = EJsonToken::SquareClose;
+}
+
+void JsonWriter::WriteValue(const FString& Identifier, const FString& Value)
+{
+	CheckInObject();
+	WriteKey(Identifier);
+	WriteSpace();
+	WriteStringValue(Value);
+	PreviousTokenWritten = EJsonToken::String;
+}
+
+void JsonWriter::WriteValue(const FString& Identifier, double Value)
+{
+	CheckInObject();
+	WriteKey(Identifier);
+	WriteSpace();
+	WriteNumber(Value);
+	PreviousTokenWritten = EJsonToken::Number;
+}
+
+void JsonWriter::WriteValue(const FString& Identifier, bool bValue)
+{
+	CheckInObject();
+	WriteKey(Identifier);
+	WriteSpace();
+	WriteString(bValue ? TEXT("true") : TEXT("false"));
+	PreviousTokenWritten = bValue ? EJsonToken::True : EJsonToken::False;
+}
+
+void JsonWriter::WriteNull(const FString& Identifier)
+{
+	CheckInObject();
+	WriteKey(Identifier);
+	WriteSpace();
+	WriteString(TEXT("null"));
+	PreviousTokenWritten = EJsonToken::Null;
+}
+
+void JsonWriter::WriteValue(const FString& Value)
+{
+	checkf(CanWriteValueWithoutIdentifier(), "CanWriteValueWithoutIdentifier()");
+	WriteCommaIfNeeded();
+	WriteNewLine();
+	WriteStringValue(Value);
+	PreviousTokenWritten = EJsonToken::String;
+}
+
+void JsonWriter::WriteValue(double Value)
+{
+	checkf(CanWriteValueWithoutIdentifier(), "CanWriteValueWithoutIdentifier()");
+	// Numbers in a row stay on one line.
+	const bool bSameLine = PreviousTokenWritten == EJsonToken::SquareOpen || PreviousTokenWritten == EJsonToken::Number;
+	WriteCommaIfNeeded();
+	if (bSameLine)
+	{
+		WriteSpace();
+	}
+	else
+	{
+		WriteNewLine();
+	}
+	WriteNumber(Value);
+	PreviousTokenWritten = EJsonToken::Number;
+}
+
+void JsonWriter::WriteValue(bool bValue)
+{
+	checkf(CanWriteValueWithoutIdentifier(), "CanWriteValueWithoutIdentifier()");
+	const bool bSameLine = PreviousTokenWritten == EJsonToken::SquareOpen || PreviousTokenWritten == EJsonToken::True ||
+						   PreviousTokenWritten == EJsonToken::False;
+	WriteCommaIfNeeded();
+	if (bSameLine)
+	{
+		WriteSpace();
+	}
+	else
+	{
+		WriteNewLine();
+	}
+	WriteString(bValue ? TEXT("true") : TEXT("false"));
+	PreviousTokenWritten = bValue ? EJsonToken::True : EJsonToken::False;
+}
+
+void JsonWriter::WriteNull()
+{
+	checkf(CanWriteValueWithoutIdentifier(), "CanWriteValueWithoutIdentifier()");
+	const bool bSameLine = PreviousTokenWritten == EJsonToken::SquareOpen || PreviousTokenWritten == EJsonToken::Null;
+	WriteCommaIfNeeded();
+	if (bSameLine)
+	{
+		WriteSpace();
+	}
+	else
+	{
+		WriteNewLine();
+	}
+	WriteString(TEXT("null"));
+	PreviousTokenWritten = EJsonToken::Null;
+}

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "Serialization/Archive.h"
+#include "json/JsonSerializer.h"
+
+#include <string>
+
+// JSON text as the database stores it: 16-bit little-endian units, no byte order mark.
+inline TArray<uint8> ToUtf16Bytes(const std::u16string& Text)
+{
+	TArray<uint8> Bytes;
+	for (char16_t Unit : Text)
+	{
+		Bytes.Add(static_cast<uint8>(Unit & 0xFF));
+		Bytes.Add(static_cast<uint8>(Unit >> 8));
+	}
+	return Bytes;
+}
+
+inline std::u16string FromUtf16Bytes(const std::string& Bytes)
+{
+	std::u16string Text;
+	for (size_t Index = 0; Index + 1 < Bytes.size(); Index += 2)
+	{
+		Text += static_cast<char16_t>(static_cast<uint8>(Bytes[Index]) | (static_cast<uint8>(Bytes[Index + 1]) << 8));
+	}
+	return Text;
+}
+
+struct FParseResult
+{
+	bool bOk = false;
+	TSharedPtr<FJsonObject> Object;
+	FString Error;
+};
+
+inline FParseResult ParseJson(const std::u16string& Text)
+{
+	TArray<uint8> Bytes = ToUtf16Bytes(Text);
+	FMemoryArchive Archive(Bytes, true);
+	TSharedRef<JsonReader> Reader = MakeShared<JsonReader>(&Archive);
+	FParseResult Result;
+	Result.bOk = JsonSerializer::Deserialize(Reader, Result.Object);
+	Result.Error = Reader->GetErrorMessage();
+	return Result;
+}
+
+inline std::u16string WriteJson(const TSharedPtr<FJsonObject>& Object, bool* bClosed = nullptr)
+{
+	TArray<uint8> Bytes;
+	FMemoryArchive Archive(Bytes, false);
+	const bool bResult = JsonSerializer::Serialize(Object.ToSharedRef(), MakeShared<JsonWriter>(&Archive, 0));
+	if (bClosed)
+	{
+		*bClosed = bResult;
+	}
+	return FromUtf16Bytes(std::string(reinterpret_cast<const char*>(Bytes.GetData()), static_cast<size_t>(Bytes.Num())));
+}
