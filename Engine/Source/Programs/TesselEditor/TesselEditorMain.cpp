@@ -1,29 +1,116 @@
-// The host that plays the editor for the tool: it points the engine's paths at a kit and runs the tool's job.
+// The host that plays the editor for the tool: it points the engine's paths at a kit, loads the Tessel module,
+// offers its tab in a Window menu, docks the tab when it opens and drives the frame at about 60 Hz.
+
+#include <QAction>
+#include <QApplication>
+#include <QDockWidget>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QTimer>
 
 #include "CoreMinimal.h"
+#include "EditorServices.h"
+#include "Framework/Application/SlateApplication.h"
+#include "Framework/Docking/TabManager.h"
+#include "Modules/ModuleManager.h"
 #include "TesselCommands.h"
 
 #include <cstdio>
+#include <map>
+
+namespace
+{
+	FString JoinArguments(int ArgC, char** ArgV)
+	{
+		FString CommandLine;
+		for (int Index = 1; Index < ArgC; ++Index)
+		{
+			const FString Arg = FString::FromUtf8(ArgV[Index]);
+			if (!CommandLine.IsEmpty())
+			{
+				CommandLine += TEXT(" ");
+			}
+			// Arguments with blanks keep their grouping in the single command line the engine passes around.
+			CommandLine += Arg.Contains(TEXT(" ")) ? FString(TEXT("\"")) + Arg + TEXT("\"") : Arg;
+		}
+		return CommandLine;
+	}
+
+	// The editor's main window: a dock area and a Window menu with every registered tab.
+	class FHostWindow : public QMainWindow
+	{
+	public:
+		FHostWindow()
+		{
+			setWindowTitle(QStringLiteral("Tessel Editor"));
+			resize(1200, 760);
+			setDockNestingEnabled(true);
+			QMenu* WindowMenu = menuBar()->addMenu(QStringLiteral("&Window"));
+			for (const FTabSpawnerEntry& Entry : FGlobalTabmanager::Get()->GetNomadTabSpawners())
+			{
+				const FString TabId = Entry.GetTabId();
+				QAction* Action = WindowMenu->addAction(SlateQt::ToQString(Entry.GetDisplayName().ToString()));
+				connect(Action, &QAction::triggered, [this, TabId] { OpenTab(TabId); });
+			}
+			WindowMenu->addSeparator();
+			connect(WindowMenu->addAction(QStringLiteral("&Quit")), &QAction::triggered, this, &QWidget::close);
+		}
+
+		void OpenTab(const FString& TabId)
+		{
+			if (Docks.count(TabId))
+			{
+				Docks[TabId]->raise();
+				return;
+			}
+			TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->InvokeTab(TabId);
+			if (!Tab)
+			{
+				return;
+			}
+			QDockWidget* Dock = new QDockWidget(SlateQt::ToQString(Tab->GetTabLabel().ToString()), this);
+			Dock->setAttribute(Qt::WA_DeleteOnClose);
+			Dock->setWidget(Tab->GetQWidget());
+			addDockWidget(Qt::LeftDockWidgetArea, Dock);
+			Tabs[TabId] = Tab;
+			Docks[TabId] = Dock;
+			// Closing the tab releases it, and with it the tool widget.
+			connect(Dock, &QObject::destroyed, [this, TabId] { CloseTab(TabId); });
+		}
+
+		void CloseTab(const FString& TabId)
+		{
+			Docks.erase(TabId);
+			Tabs.erase(TabId);
+		}
+
+		void CloseAllTabs()
+		{
+			while (!Docks.empty())
+			{
+				QDockWidget* Dock = Docks.begin()->second;
+				const FString TabId = Docks.begin()->first;
+				Dock->setWidget(nullptr);
+				CloseTab(TabId);
+				delete Dock;
+			}
+		}
+
+	private:
+		std::map<FString, QDockWidget*> Docks;
+		std::map<FString, TSharedPtr<SDockTab>> Tabs;
+	};
+}
 
 int main(int ArgC, char** ArgV)
 {
-	FString CommandLine;
-	for (int Index = 1; Index < ArgC; ++Index)
-	{
-		const FString Arg = FString::FromUtf8(ArgV[Index]);
-		if (!CommandLine.IsEmpty())
-		{
-			CommandLine += TEXT(" ");
-		}
-		// Arguments with blanks keep their grouping in the single command line the engine passes around.
-		CommandLine += Arg.Contains(TEXT(" ")) ? FString(TEXT("\"")) + Arg + TEXT("\"") : Arg;
-	}
-	FCommandLine::Set(CommandLine);
+	FCommandLine::Set(JoinArguments(ArgC, ArgV));
+	const TCHAR* CommandLine = FCommandLine::Get();
 
 	FString Kit;
-	if (!FParse::Value(FCommandLine::Get(), TEXT("-Kit="), Kit, false) || Kit.IsEmpty())
+	if (!FParse::Value(CommandLine, TEXT("-Kit="), Kit, false) || Kit.IsEmpty())
 	{
-		std::fprintf(stderr, "usage: TesselEditor -Kit=<kit folder> [-ListMods]\n");
+		std::fprintf(stderr, "usage: TesselEditor -Kit=<kit folder> [-ListMods] [-OpenTab] [-Screenshot=<file.png>]\n");
 		return 2;
 	}
 	FPaths::SetKitRoot(FPaths::ConvertRelativePathToFull(Kit));
@@ -32,8 +119,58 @@ int main(int ArgC, char** ArgV)
 		std::fprintf(stderr, "No project (a folder with <Name>.uproject) under %s\n", FPaths::RootDir().ToUtf8().c_str());
 		return 1;
 	}
+	// The engine's executables sit in Engine/Binaries/Win64; relative paths of the tool are taken from there.
+	FPaths::SetBaseDir(FPaths::EngineDir() / TEXT("Binaries/Win64"));
 
-	const FString Catalogue = TesselCommands::DescribeModCatalogue();
-	std::fputs(Catalogue.ToUtf8().c_str(), stdout);
-	return 0;
+	if (FParse::Param(CommandLine, TEXT("ListMods")))
+	{
+		std::fputs(TesselCommands::DescribeModCatalogue().ToUtf8().c_str(), stdout);
+		return 0;
+	}
+
+	FSlateApplication::Create(ArgC, ArgV);
+	FModuleManager::Get().SetModuleDirectory(FString(TESSEL_MODULE_DIR));
+	if (!FModuleManager::Get().LoadModule(TEXT("Tessel")))
+	{
+		std::fprintf(stderr, "The Tessel module could not be loaded from %s\n", TESSEL_MODULE_DIR);
+		return 1;
+	}
+
+	int Result = 0;
+	{
+		FHostWindow Window;
+		TSharedPtr<FQtEditorServices> Services = MakeShared<FQtEditorServices>();
+		IEditorServices::Set(Services);
+
+		QTimer Frame;
+		QObject::connect(&Frame, &QTimer::timeout, [] { FSlateApplication::Get().Tick(1.0f / 60.0f, false); });
+		Frame.start(16);
+
+		FString ScreenshotPath;
+		const bool bScreenshot = FParse::Value(CommandLine, TEXT("-Screenshot="), ScreenshotPath, false);
+		if (FParse::Param(CommandLine, TEXT("OpenTab")) || bScreenshot)
+		{
+			Window.OpenTab(TEXT("TesselTools"));
+		}
+		Window.show();
+
+		if (bScreenshot)
+		{
+			// A few frames so that bound values and lazily loaded images are drawn, then the picture.
+			QTimer::singleShot(500, [&Window, ScreenshotPath]
+							   {
+								   const bool bSaved = Window.grab().save(SlateQt::ToQString(ScreenshotPath));
+								   std::printf("%s %s\n", bSaved ? "Screenshot saved to" : "Could not save", ScreenshotPath.ToUtf8().c_str());
+								   QApplication::exit(bSaved ? 0 : 1);
+							   });
+		}
+		Result = QApplication::exec();
+		Frame.stop();
+		Window.CloseAllTabs();
+		IEditorServices::Set(nullptr);
+	}
+	FModuleManager::Get().UnloadAllModules();
+	FSlateApplication::FlushDeferredDeletes();
+	FSlateApplication::Shutdown();
+	return Result;
 }

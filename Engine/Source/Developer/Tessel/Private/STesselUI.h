@@ -1,17 +1,25 @@
 #pragma once
 
 #include "CoreMinimal.h"
-#include "Input/Reply.h"
+#include "Styling/SlateBrush.h"
+#include "Widgets/Images/SImageWidgets.h"
+#include "Widgets/Layout/SLayoutWidgets.h"
+#include "Widgets/SCompoundWidget.h"
+#include "Widgets/SWindow.h"
+#include "Widgets/Views/SListView.h"
 #include "catalogue/ModSetup.h"
 
 // The content of the tool tab: the mod catalogue, the selection, the log and the Steam credentials of this run.
-class STesselTool
+class STesselTool : public SCompoundWidget
 {
 public:
-	STesselTool() = default;
-	virtual ~STesselTool() = default;
+	SLATE_BEGIN_ARGS(STesselTool) {}
+	SLATE_END_ARGS()
 
-	void Construct();
+	~STesselTool() override;
+	void Construct(const FArguments& InArgs);
+	bool WantsTick() const override { return true; }
+	void Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) override;
 
 	// Path helpers; none depends on the tool's state.
 	static FString GetModToolsDir();
@@ -32,17 +40,31 @@ public:
 	void AddTag(const FString& Tag);
 	void RemoveTag(const FString& Tag);
 
+	// The whole widget tree, built anew into the child slot.
+	void BuildLayout();
+	TSharedRef<SWidget> BuildDetailsPanel();
+	TSharedRef<ITableRow> OnGenerateModRow(TSharedPtr<FModSetup> Item, const TSharedRef<STableViewBase>& OwnerTable);
+	TSharedRef<ITableRow> OnGenerateLogRow(TSharedPtr<FString> Item, const TSharedRef<STableViewBase>& OwnerTable);
+	void OnModSelectionChanged(TSharedPtr<FModSetup> Item, ESelectInfo::Type SelectInfo);
+	FReply OnClearLogsClicked();
+	bool CanClearLogs() const;
+	FReply OnCancelClicked();
+	bool CanCancel() const;
+	EVisibility GetStatusVisibility() const;
+	void RefreshPreviewBrush();
+
 	TArray<TSharedPtr<FString>> LogMessages;
 	bool bSteamAuthConfirmed = false;
 	TArray<TSharedPtr<FModSetup>> ModList;
 	TSharedPtr<FModSetup> SelectedMod;
+	TSharedPtr<FSlateDynamicImageBrush> PreviewBrush;
 	TArray<TSharedPtr<FString>> VisibilityOptions;
+	TSharedPtr<SScrollBox> DetailsScrollBox;
+	TSharedPtr<SListView<TSharedPtr<FString>>> LogListView;
+	TSharedPtr<SWindow> SteamAuthWindow;
+	TSharedPtr<SCircularThrobber> StatusThrobber;
+	TSharedPtr<SListView<TSharedPtr<FModSetup>>> ModListView;
 	FString SteamUsername;
 	FString SteamPassword;
 	FString TestOutputDir;
-
-private:
-	// The widget steps of a refresh; they act only once the widgets exist.
-	void RebuildAfterRefresh(bool bRebuildDetails);
-	void RefreshPreviewBrush();
 };

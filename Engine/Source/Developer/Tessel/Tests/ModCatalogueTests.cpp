@@ -54,8 +54,8 @@ TEST(ModCatalogueTests, EveryFolderIsAModWithTheMapsDirectlyInIt)
 	Kit.AddMod(TEXT("Shouty"), {TEXT("A.UMAP"), TEXT("a.umap.umap"), TEXT("Mixed.UMap")});
 	Kit.WriteFile(TEXT("Orrery/Content/Mods/stray.umap"), "not a mod");
 
-	STesselTool Tool;
-	Tool.Construct();
+	TSharedRef<STesselTool> ToolWidget = SNew(STesselTool);
+	STesselTool& Tool = *ToolWidget;
 	ASSERT_EQ(Tool.ModList.Num(), 3);
 	EXPECT_EQ(Tool.SelectedMod, Tool.ModList[0]);
 
@@ -86,8 +86,8 @@ TEST(ModCatalogueTests, MapListFollowsTheListingOrder)
 		Name.RemoveFromEnd(TEXT(".umap"));
 	}
 
-	STesselTool Tool;
-	Tool.Construct();
+	TSharedRef<STesselTool> ToolWidget = SNew(STesselTool);
+	STesselTool& Tool = *ToolWidget;
 	ASSERT_EQ(Tool.ModList.Num(), 1);
 	EXPECT_EQ(Tool.ModList[0]->Maps, FString::Join(Listing, TEXT(",")));
 }
@@ -95,8 +95,8 @@ TEST(ModCatalogueTests, MapListFollowsTheListingOrder)
 TEST(ModCatalogueTests, NoModsFolderGivesAnEmptyListAndNoSelection)
 {
 	FTestKit Kit;
-	STesselTool Tool;
-	Tool.Construct();
+	TSharedRef<STesselTool> ToolWidget = SNew(STesselTool);
+	STesselTool& Tool = *ToolWidget;
 	EXPECT_EQ(Tool.ModList.Num(), 0);
 	EXPECT_FALSE(Tool.SelectedMod.IsValid());
 
@@ -116,8 +116,8 @@ TEST(ModCatalogueTests, UnreadableModsFolderGivesAnEmptyList)
 	FTestKit Kit;
 	Kit.AddMod(TEXT("Hidden"));
 	chmod(Kit.ModsDir().ToUtf8().c_str(), 0);
-	STesselTool Tool;
-	Tool.Construct();
+	TSharedRef<STesselTool> ToolWidget = SNew(STesselTool);
+	STesselTool& Tool = *ToolWidget;
 	chmod(Kit.ModsDir().ToUtf8().c_str(), 0755);
 	EXPECT_EQ(Tool.ModList.Num(), 0);
 }
@@ -127,8 +127,8 @@ TEST(ModCatalogueTests, OddCharactersInFolderNamesSurvive)
 	FTestKit Kit;
 	const FString Odd = TEXT("Île \"Quoted\" , #1 — Σ");
 	Kit.AddMod(Odd, {TEXT("Carte Île.umap")});
-	STesselTool Tool;
-	Tool.Construct();
+	TSharedRef<STesselTool> ToolWidget = SNew(STesselTool);
+	STesselTool& Tool = *ToolWidget;
 	ASSERT_EQ(Tool.ModList.Num(), 1);
 	EXPECT_EQ(Tool.ModList[0]->ModDir, Odd);
 	EXPECT_EQ(Tool.ModList[0]->Maps, FString(TEXT("Carte Île")));
@@ -139,8 +139,8 @@ TEST(ModCatalogueTests, RefreshSelectsTheFirstRecordAndDropsVanishedFolders)
 	FTestKit Kit;
 	Kit.AddMod(TEXT("One"));
 	Kit.AddMod(TEXT("Two"));
-	STesselTool Tool;
-	Tool.Construct();
+	TSharedRef<STesselTool> ToolWidget = SNew(STesselTool);
+	STesselTool& Tool = *ToolWidget;
 	ASSERT_EQ(Tool.ModList.Num(), 2);
 	const TSharedPtr<FModSetup> Before = Tool.SelectedMod;
 	Tool.SelectedMod = Tool.ModList[1];

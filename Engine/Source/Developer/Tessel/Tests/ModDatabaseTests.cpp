@@ -170,8 +170,8 @@ TEST(ModDatabaseTests, BrokenFileIsReplacedByFreshRecordsAtTheNextSave)
 	FTestKit Kit;
 	Kit.AddMod(TEXT("Fresh"), {TEXT("Map1.umap")});
 	Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), "this is not json");
-	STesselTool Tool;
-	Tool.Construct();
+	TSharedRef<STesselTool> ToolWidget = SNew(STesselTool);
+	STesselTool& Tool = *ToolWidget;
 	ASSERT_EQ(Tool.ModList.Num(), 1);
 	Tool.SaveModDatabase();
 	const FParseResult Saved = ParseJson(ReadDatabase());
@@ -211,8 +211,8 @@ TEST(ModDatabaseTests, MergeOfFoldersAndRecords)
 						   Record(u"KnownFolder", u"Kept", u"OldMap") + u"," + Record(u"MyMod", u"Cased", u"") + u"," +
 						   Record(u"MYMOD", u"Twin", u"") + u"]}");
 
-	STesselTool Tool;
-	Tool.Construct();
+	TSharedRef<STesselTool> ToolWidget = SNew(STesselTool);
+	STesselTool& Tool = *ToolWidget;
 	// Folder and record: the record as loaded, maps not looked at again. Folder only: a new record at the end.
 	// Record only: dropped from the list. Two records of one folder in a hand-edited file both stay.
 	ASSERT_EQ(Tool.ModList.Num(), 4);
@@ -247,8 +247,8 @@ TEST(ModDatabaseTests, RefreshDropsUnsavedEdits)
 {
 	FTestKit Kit;
 	Kit.AddMod(TEXT("Solo"));
-	STesselTool Tool;
-	Tool.Construct();
+	TSharedRef<STesselTool> ToolWidget = SNew(STesselTool);
+	STesselTool& Tool = *ToolWidget;
 	Tool.SelectedMod->Title = TEXT("edited");
 	Tool.SaveModDatabase();
 	Tool.SelectedMod->Title = TEXT("unsaved");
@@ -260,8 +260,8 @@ TEST(ModDatabaseTests, TagsAreAddedAndRemovedAndSavedAtOnce)
 {
 	FTestKit Kit;
 	Kit.AddMod(TEXT("Tagged"));
-	STesselTool Tool;
-	Tool.Construct();
+	TSharedRef<STesselTool> ToolWidget = SNew(STesselTool);
+	STesselTool& Tool = *ToolWidget;
 	FModSetup& Mod = *Tool.SelectedMod;
 
 	auto SavedTags = [&]
@@ -300,7 +300,7 @@ TEST(ModDatabaseTests, ResetsChangeOneFieldAndSaveEverything)
 	Tool.OnResetGuidClicked(); // no selection: nothing happens
 	EXPECT_FALSE(FPaths::FileExists(STesselTool::GetModDatabasePath()));
 
-	Tool.Construct();
+	Tool.Construct(STesselTool::FArguments());
 	Tool.SelectedMod->ItemSeamId = TEXT("12345");
 	Tool.SelectedMod->Title = TEXT("unsaved title");
 	EXPECT_TRUE(Tool.OnResetGuidClicked().IsEventHandled());

@@ -71,7 +71,20 @@ void STesselTool::RefreshModList(bool bRebuildDetails)
 
 	SelectedMod = ModList.Num() > 0 ? ModList[0] : nullptr;
 
-	RebuildAfterRefresh(bRebuildDetails);
+	if (bRebuildDetails && DetailsScrollBox)
+	{
+		DetailsScrollBox->ClearChildren();
+		DetailsScrollBox->AddSlot()[BuildDetailsPanel()];
+		if (ModListView)
+		{
+			ModListView->RequestListRefresh();
+		}
+	}
+	// A selection made by code still raises the list's selection event, which rebuilds the whole layout.
+	if (ModListView && SelectedMod)
+	{
+		ModListView->SetSelection(SelectedMod, ESelectInfo::Direct);
+	}
 	RefreshPreviewBrush();
 }
 

@@ -73,6 +73,10 @@ public:
 	TWeakPtr(const std::shared_ptr<OtherType>& Other) : Super(Other)
 	{
 	}
+	template <typename OtherType>
+	TWeakPtr(const std::weak_ptr<OtherType>& Other) : Super(Other)
+	{
+	}
 	TSharedPtr<ObjectType> Pin() const { return TSharedPtr<ObjectType>(this->lock()); }
 	bool IsValid() const { return !this->expired(); }
 };

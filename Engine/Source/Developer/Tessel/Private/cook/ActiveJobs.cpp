@@ -1,0 +1,3 @@
+#include "cook/CookJob.h"
+
+TArray<TSharedPtr<FCookJob>> ActiveJobs;

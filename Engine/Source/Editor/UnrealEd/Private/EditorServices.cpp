@@ -1,0 +1,141 @@
+#include <QDesktopServices>
+#include <QDialog>
+#include <QDialogButtonBox>
+#include <QEvent>
+#include <QEventLoop>
+#include <QFileDialog>
+#include <QUrl>
+#include <QVBoxLayout>
+#include <QWidget>
+
+#include "DesktopPlatformModule.h"
+#include "Dialogs/Dialogs.h"
+#include "Editor/EditorEngine.h"
+#include "Interfaces/IMainFrameModule.h"
+#include "Modules/ModuleManager.h"
+
+namespace
+{
+	TSharedPtr<IEditorServices>& Installed()
+	{
+		static TSharedPtr<IEditorServices> Services;
+		return Services;
+	}
+
+	// Ends a modal loop when its window closes.
+	class FCloseWatcher : public QObject
+	{
+	public:
+		FCloseWatcher(QEventLoop& InLoop) : Loop(InLoop) {}
+		bool eventFilter(QObject* Watched, QEvent* Event) override
+		{
+			if (Event->type() == QEvent::Close || Event->type() == QEvent::Hide)
+			{
+				Loop.quit();
+			}
+			return false;
+		}
+		QEventLoop& Loop;
+	};
+
+	// Turns "Png Image (.png)|*.png" into Qt's "Png Image (.png) (*.png)".
+	QString ToQtFilter(const FString& FileTypes)
+	{
+		TArray<FString> Pieces;
+		FileTypes.ParseIntoArray(Pieces, TEXT("|"), true);
+		QStringList Filters;
+		for (int32 Index = 0; Index + 1 < Pieces.Num(); Index += 2)
+		{
+			Filters << SlateQt::ToQString(Pieces[Index] + TEXT(" (") + Pieces[Index + 1].Replace(TEXT(";"), TEXT(" ")) + TEXT(")"));
+		}
+		return Filters.join(QStringLiteral(";;"));
+	}
+
+	struct FEditorModulesRegistration
+	{
+		FEditorModulesRegistration()
+		{
+			FModuleManager::Get().RegisterStaticModule(TEXT("DesktopPlatform"), [] { return new FDesktopPlatformModule(); });
+			FModuleManager::Get().RegisterStaticModule(TEXT("MainFrame"), [] { return new IMainFrameModule(); });
+		}
+	} EditorModulesRegistration;
+}
+
+UEditorEngine* GEditor = []
+{
+	static UEditorEngine Engine;
+	return &Engine;
+}();
+
+IEditorServices& IEditorServices::Get()
+{
+	if (!Installed())
+	{
+		Installed() = MakeShared<FQtEditorServices>();
+	}
+	return *Installed();
+}
+
+void IEditorServices::Set(const TSharedPtr<IEditorServices>& Services)
+{
+	Installed() = Services;
+}
+
+IDesktopPlatform* FDesktopPlatformModule::Get()
+{
+	static IDesktopPlatform Platform;
+	return &Platform;
+}
+
+void FQtEditorServices::OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content)
+{
+	QDialog* Dialog = new QDialog(MainWindow ? MainWindow->GetQWidget() : nullptr);
+	Dialog->setAttribute(Qt::WA_DeleteOnClose);
+	Dialog->setWindowTitle(SlateQt::ToQString(Title.ToString()));
+	QVBoxLayout* Layout = new QVBoxLayout(Dialog);
+	Layout->addWidget(SlateQt::MakeSlotHolder(*Content, FMargin(12), HAlign_Fill, VAlign_Fill));
+	QDialogButtonBox* Buttons = new QDialogButtonBox(QDialogButtonBox::Ok, Dialog);
+	QObject::connect(Buttons, &QDialogButtonBox::accepted, Dialog, &QDialog::accept);
+	Layout->addWidget(Buttons);
+	// The dialog keeps its content alive until it closes.
+	TSharedPtr<SWidget> Keep = Content;
+	QObject::connect(Dialog, &QObject::destroyed, [Keep]() mutable { Keep.Reset(); });
+	Dialog->show();
+}
+
+void FQtEditorServices::RunModalWindow(const TSharedRef<SWindow>& Window)
+{
+	QWidget* Widget = Window->GetQWidget();
+	Widget->setWindowFlags(Qt::Dialog);
+	Widget->setWindowModality(Qt::ApplicationModal);
+	QEventLoop Loop;
+	FCloseWatcher Watcher(Loop);
+	Widget->installEventFilter(&Watcher);
+	Widget->show();
+	if (!Window->IsDestroyRequested())
+	{
+		Loop.exec();
+	}
+	Widget->removeEventFilter(&Watcher);
+	Widget->hide();
+}
+
+bool FQtEditorServices::OpenFileDialog(const void*, const FString& Title, const FString& DefaultPath,
+									   const FString& DefaultFile, const FString& FileTypes, uint32,
+									   TArray<FString>& OutFilenames)
+{
+	const QString Chosen = QFileDialog::getOpenFileName(MainWindow ? MainWindow->GetQWidget() : nullptr,
+														SlateQt::ToQString(Title),
+														SlateQt::ToQString(DefaultPath / DefaultFile), ToQtFilter(FileTypes));
+	if (Chosen.isEmpty())
+	{
+		return false;
+	}
+	OutFilenames.Add(SlateQt::FromQString(Chosen));
+	return true;
+}
+
+bool FQtEditorServices::LaunchURL(const FString& URL)
+{
+	return QDesktopServices::openUrl(QUrl(SlateQt::ToQString(URL)));
+}

@@ -1,0 +1,109 @@
+// Appends a million log lines to a shown list in batches of a thousand, with a refresh, a scroll into view and
+// a frame after each batch, and prints the total time, the slowest batch and the memory used per line.
+// Usage: LogListBenchmark [lines] [batch]
+
+#include <QAbstractItemView>
+#include <QVBoxLayout>
+#include <QWidget>
+
+#include "Framework/Application/SlateApplication.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/Text/STextBlock.h"
+#include "Widgets/Views/SListView.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <string>
+
+namespace
+{
+	long ResidentKilobytes()
+	{
+		std::ifstream Status("/proc/self/status");
+		std::string Line;
+		while (std::getline(Status, Line))
+		{
+			if (Line.rfind("VmRSS:", 0) == 0)
+			{
+				return std::atol(Line.c_str() + 6);
+			}
+		}
+		return 0;
+	}
+}
+
+int main(int ArgC, char** ArgV)
+{
+	const int32 Lines = ArgC > 1 ? std::atoi(ArgV[1]) : 1000000;
+	const int32 Batch = ArgC > 2 ? std::atoi(ArgV[2]) : 1000;
+	qputenv("QT_QPA_PLATFORM", "offscreen");
+	int QtArgC = 1;
+	FSlateApplication::Create(QtArgC, ArgV);
+
+	TArray<TSharedPtr<FString>> LogMessages;
+	TSharedPtr<SListView<TSharedPtr<FString>>> List;
+	TSharedRef<SWidget> Root = SAssignNew(List, SListView<TSharedPtr<FString>>)
+		.ListItemsSource(&LogMessages)
+		.ItemHeight(18.0f)
+		.SelectionMode(ESelectionMode::SingleToggle)
+		.AlwaysShowScrollbar(true)
+		.OnGenerateRow_Lambda([](TSharedPtr<FString> Item, const TSharedRef<STableViewBase>& Owner)
+							  { return SNew(STableRow<TSharedPtr<FString>>, Owner)[SNew(STextBlock).Text(FText::FromString(*Item))]; });
+	auto Window = std::make_unique<QWidget>();
+	QVBoxLayout* Layout = new QVBoxLayout(Window.get());
+	Layout->addWidget(Root->GetQWidget());
+	Window->resize(900, 400);
+	Window->show();
+	FSlateApplication::Get().Tick();
+
+	const long MemoryBefore = ResidentKilobytes();
+	using FClock = std::chrono::steady_clock;
+	const auto Start = FClock::now();
+	double Slowest = 0.0;
+	double FirstTenth = 0.0;
+	double LastTenth = 0.0;
+	const int32 Batches = Lines / Batch;
+	for (int32 BatchIndex = 0; BatchIndex < Batches; ++BatchIndex)
+	{
+		const auto BatchStart = FClock::now();
+		for (int32 Line = 0; Line < Batch; ++Line)
+		{
+			// About 100 characters, as a cook prints them.
+			LogMessages.Add(MakeShared<FString>(FString::Printf(
+				TEXT("LogCook: Display: Cooked packages %d Packages Remain %d Total %d for /Game/Mods/Islands/Map_%06d"),
+				BatchIndex * Batch + Line, Lines - BatchIndex * Batch - Line, Lines, Line)));
+		}
+		List->RequestListRefresh();
+		List->RequestScrollIntoView(LogMessages.Last());
+		FSlateApplication::Get().Tick();
+		const double Seconds = std::chrono::duration<double>(FClock::now() - BatchStart).count();
+		Slowest = std::max(Slowest, Seconds);
+		if (BatchIndex < Batches / 10)
+		{
+			FirstTenth += Seconds;
+		}
+		else if (BatchIndex >= Batches - Batches / 10)
+		{
+			LastTenth += Seconds;
+		}
+	}
+	const double Total = std::chrono::duration<double>(FClock::now() - Start).count();
+	const long MemoryAfter = ResidentKilobytes();
+	const bool bLastShown = List->IsItemVisible(LogMessages.Last());
+
+	std::printf("lines: %d in batches of %d\n", Lines, Batch);
+	std::printf("total: %.2f s (%.0f lines/s)\n", Total, Lines / Total);
+	std::printf("slowest batch: %.2f ms; first tenth of batches %.1f ms each, last tenth %.1f ms each\n", Slowest * 1000.0,
+				FirstTenth * 1000.0 / std::max(1, Batches / 10), LastTenth * 1000.0 / std::max(1, Batches / 10));
+	std::printf("memory: %.1f bytes per line (resident growth %ld KB)\n", (MemoryAfter - MemoryBefore) * 1024.0 / Lines,
+				MemoryAfter - MemoryBefore);
+	std::printf("last line on screen: %s\n", bLastShown ? "yes" : "no");
+
+	Window.reset();
+	List.Reset();
+	FSlateApplication::Shutdown();
+	return bLastShown ? 0 : 1;
+}

@@ -1,0 +1,142 @@
+#include <QWidget>
+
+#include "Widgets/SWidget.h"
+
+#include "Framework/Application/SlateApplication.h"
+
+
+SWidget::SWidget()
+{
+	if (FSlateApplication::IsInitialized())
+	{
+		FSlateApplication::Get().RegisterWidget(this);
+	}
+}
+
+SWidget::~SWidget()
+{
+	if (FSlateApplication::IsInitialized())
+	{
+		FSlateApplication::Get().UnregisterWidget(this);
+	}
+	if (QWidget* Widget = QtWidget.data())
+	{
+		// The Qt widget may be inside the very event that released this widget (a list whose selection
+		// handler rebuilds the layout), so it goes only after the event has returned.
+		Widget->hide();
+		Widget->deleteLater();
+	}
+}
+
+QWidget* SWidget::GetQWidget()
+{
+	if (QtWidget.isNull())
+	{
+		QtWidget = CreateQWidget();
+		if (!TextKey.IsEmpty())
+		{
+			QtWidget->setObjectName(QString::fromStdU16String(TextKey.GetStd()));
+		}
+		ApplyVisibilityAndEnabled();
+	}
+	return QtWidget.data();
+}
+
+void SWidget::SetTextKey(const FText& Text)
+{
+	TextKey = Text.GetKey();
+	if (QtWidget && !TextKey.IsEmpty())
+	{
+		QtWidget->setObjectName(QString::fromStdU16String(TextKey.GetStd()));
+	}
+}
+
+void SWidget::ApplyVisibilityAndEnabled()
+{
+	QWidget* Widget = QtWidget.data();
+	if (!Widget)
+	{
+		return;
+	}
+	const EVisibility Visibility = GetVisibility();
+	QSizePolicy Policy = Widget->sizePolicy();
+	Policy.setRetainSizeWhenHidden(Visibility == EVisibility::Hidden);
+	Widget->setSizePolicy(Policy);
+	const bool bShow = Visibility == EVisibility::Visible;
+	// Only widgets inside a window are shown or hidden; a top-level widget waits for its window.
+	if (Widget->parentWidget() && Widget->isHidden() == bShow)
+	{
+		Widget->setVisible(bShow);
+	}
+	const bool bEnabled = IsEnabled();
+	if (Widget->isEnabled() != bEnabled)
+	{
+		Widget->setEnabled(bEnabled);
+	}
+	if (ToolTip.IsSet())
+	{
+		const QString Tip = QString::fromStdU16String(ToolTip.Get().ToString().GetStd());
+		if (Widget->toolTip() != Tip)
+		{
+			Widget->setToolTip(Tip);
+		}
+	}
+}
+
+void SWidget::RefreshAttributes()
+{
+	ApplyVisibilityAndEnabled();
+}
+
+FString SWidget::GetDisplayText() const
+{
+	FString Text;
+	for (const TSharedRef<SWidget>& Child : GetChildren())
+	{
+		const FString ChildText = Child->GetDisplayText();
+		if (!ChildText.IsEmpty())
+		{
+			Text += Text.IsEmpty() ? ChildText : FString(TEXT(" ")) + ChildText;
+		}
+	}
+	return Text;
+}
+
+TSharedPtr<SWidget> FindWidgetByKey(const TSharedRef<SWidget>& Root, const FString& Key)
+{
+	TArray<TSharedRef<SWidget>> Stack{Root};
+	while (Stack.Num() > 0)
+	{
+		TSharedRef<SWidget> Widget = Stack.Pop();
+		if (Widget->GetTextKey() == Key)
+		{
+			return Widget;
+		}
+		TArray<TSharedRef<SWidget>> Children = Widget->GetChildren();
+		for (int32 Index = Children.Num() - 1; Index >= 0; --Index)
+		{
+			Stack.Add(Children[Index]);
+		}
+	}
+	return nullptr;
+}
+
+TArray<TSharedRef<SWidget>> FindWidgetsByType(const TSharedRef<SWidget>& Root, const FString& TypeName)
+{
+	TArray<TSharedRef<SWidget>> Found;
+	TArray<TSharedRef<SWidget>> Stack{Root};
+	while (Stack.Num() > 0)
+	{
+		TSharedRef<SWidget> Widget = Stack.Pop();
+		if (Widget->GetTypeName() == TypeName)
+		{
+			Found.Add(Widget);
+		}
+		TArray<TSharedRef<SWidget>> Children = Widget->GetChildren();
+		for (int32 Index = Children.Num() - 1; Index >= 0; --Index)
+		{
+			Stack.Add(Children[Index]);
+		}
+	}
+	return Found;
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Widgets/SWidget.h"
+
+#include <memory>
+#include <vector>
+
+class QApplication;
+
+// Drives the widgets: each Tick ticks the widgets that want it, asks every bound attribute again, and lets Qt
+// draw and deliver input. The host calls it about 60 times a second; tests call it to advance time.
+class FSlateApplication
+{
+public:
+	// Makes the application and its Qt application (with the arguments the process got).
+	static void Create(int& ArgC, char** ArgV);
+	static bool IsInitialized();
+	static FSlateApplication& Get();
+	static void Shutdown();
+
+	// With bProcessQtEvents false the caller is Qt's own event loop (the host's frame timer).
+	void Tick(float DeltaTime = 1.0f / 60.0f, bool bProcessQtEvents = true);
+	double GetCurrentTime() const { return CurrentTime; }
+
+	// Every widget registers itself, so that its attributes are refreshed each frame.
+	void RegisterWidget(SWidget* Widget);
+	void UnregisterWidget(SWidget* Widget);
+
+	// Widgets released from inside a Qt event are deleted once the event has returned.
+	static void FlushDeferredDeletes();
+
+	QApplication* GetQApplication() const { return Application.get(); }
+
+private:
+	std::unique_ptr<QApplication> Application;
+	std::vector<SWidget*> Widgets;
+	std::vector<size_t> FreeSlots;
+	double CurrentTime = 0.0;
+	bool bTicking = false;
+};

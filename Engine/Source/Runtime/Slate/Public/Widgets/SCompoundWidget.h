@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Widgets/SlotBase.h"
+
+// A widget made of one child in its child slot, which it may replace at any time.
+class SCompoundWidget : public SWidget
+{
+public:
+	struct FChildSlotHandle : TSlotBase<FChildSlotHandle>
+	{
+		SCompoundWidget* Owner = nullptr;
+		FChildSlotHandle& operator[](const TSharedRef<SWidget>& InWidget);
+	};
+
+	TArray<TSharedRef<SWidget>> GetChildren() const override;
+
+protected:
+	QWidget* CreateQWidget() override;
+	// Puts the child into the Qt widget, replacing the former one.
+	void AttachChild();
+
+	FChildSlotHandle ChildSlot{{}, this};
+	TSharedPtr<SWidget> AttachedChild;
+	QWidget* ChildHolder = nullptr;
+};

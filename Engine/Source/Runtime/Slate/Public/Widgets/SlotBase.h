@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Widgets/SWidget.h"
+
+class QWidget;
+
+// What every slot carries: its child, padding and alignment inside the space the panel gives it.
+template <typename SlotType>
+struct TSlotBase
+{
+	TSharedPtr<SWidget> Widget;
+	FMargin SlotPadding;
+	EHorizontalAlignment HAlignment = HAlign_Fill;
+	EVerticalAlignment VAlignment = VAlign_Fill;
+
+	SlotType& Me() { return static_cast<SlotType&>(*this); }
+	SlotType& operator[](const TSharedRef<SWidget>& InWidget)
+	{
+		Widget = InWidget;
+		return Me();
+	}
+	SlotType& Padding(const FMargin& InPadding)
+	{
+		SlotPadding = InPadding;
+		return Me();
+	}
+	SlotType& Padding(float Uniform)
+	{
+		SlotPadding = FMargin(Uniform);
+		return Me();
+	}
+	SlotType& Padding(float Horizontal, float Vertical)
+	{
+		SlotPadding = FMargin(Horizontal, Vertical);
+		return Me();
+	}
+	SlotType& Padding(float Left, float Top, float Right, float Bottom)
+	{
+		SlotPadding = FMargin(Left, Top, Right, Bottom);
+		return Me();
+	}
+	SlotType& HAlign(EHorizontalAlignment InAlignment)
+	{
+		HAlignment = InAlignment;
+		return Me();
+	}
+	SlotType& VAlign(EVerticalAlignment InAlignment)
+	{
+		VAlignment = InAlignment;
+		return Me();
+	}
+};
+
+struct FSimpleSlot : TSlotBase<FSimpleSlot>
+{
+};
+
+namespace SlateQt
+{
+	// A Qt widget that holds Child with the slot's padding and alignment.
+	QWidget* MakeSlotHolder(SWidget& Child, const FMargin& Padding, EHorizontalAlignment HAlign, EVerticalAlignment VAlign);
+	QString ToQString(const FString& Text);
+	FString FromQString(const QString& Text);
+}

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Styling/SlateBrush.h"
+#include "Widgets/SWidget.h"
+
+class QLabel;
+
+class STextBlock : public SWidget
+{
+public:
+	SLATE_BEGIN_ARGS(STextBlock) : _Justification(ETextJustify::Left), _AutoWrapText(false) {}
+	SLATE_ATTRIBUTE(FText, Text)
+	SLATE_ARGUMENT(ETextJustify::Type, Justification)
+	SLATE_ARGUMENT(bool, AutoWrapText)
+	SLATE_ARGUMENT(FString, TextStyleName)
+	WidgetArgsType& TextStyle(const ISlateStyle* Style, const TCHAR* Name)
+	{
+		_TextStyleName = Name;
+		return *this;
+	}
+	SLATE_END_ARGS()
+
+	void Construct(const FArguments& InArgs);
+	FText GetText() const { return Text.Get(); }
+	void SetText(const TAttribute<FText>& InText);
+	FString GetDisplayText() const override { return Text.Get().ToString(); }
+	void RefreshAttributes() override;
+
+protected:
+	QWidget* CreateQWidget() override;
+
+private:
+	TAttribute<FText> Text;
+	ETextJustify::Type Justification = ETextJustify::Left;
+	bool bAutoWrap = false;
+	FString ShownText;
+	bool bShownOnce = false;
+};

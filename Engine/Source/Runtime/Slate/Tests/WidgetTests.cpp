@@ -1,0 +1,340 @@
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QAbstractItemView>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QTest>
+#include <QVBoxLayout>
+
+#include "SlateTestMain.h"
+
+#include "Framework/Docking/TabManager.h"
+#include "Widgets/Images/SImageWidgets.h"
+#include "Widgets/Input/SComboBox.h"
+#include "Widgets/Input/SInputWidgets.h"
+#include "Widgets/Layout/SLayoutWidgets.h"
+#include "Widgets/SBoxPanel.h"
+#include "Widgets/Text/STextBlock.h"
+#include "Widgets/Views/SListView.h"
+
+#include <fstream>
+#include <memory>
+
+#define LOCTEXT_NAMESPACE "WidgetTests"
+
+TESSEL_WIDGET_TEST_MAIN()
+
+namespace
+{
+	// A shown top-level window around one widget, as a tab would hold it.
+	struct FTestWindow
+	{
+		explicit FTestWindow(const TSharedRef<SWidget>& Content) : Root(Content)
+		{
+			Window = std::make_unique<QWidget>();
+			QVBoxLayout* Layout = new QVBoxLayout(Window.get());
+			Layout->addWidget(Content->GetQWidget());
+			Window->resize(600, 400);
+			Window->show();
+			TickFrames();
+		}
+		~FTestWindow() { Window.reset(); }
+		TSharedRef<SWidget> Root;
+		std::unique_ptr<QWidget> Window;
+	};
+
+	template <typename QtType>
+	QtType* QtOf(const TSharedPtr<SWidget>& Widget)
+	{
+		return Widget ? qobject_cast<QtType*>(Widget->GetQWidget()) : nullptr;
+	}
+
+	TSharedRef<ITableRow> MakeTextRow(TSharedPtr<FString> Item, const TSharedRef<STableViewBase>& Owner, int32* Calls)
+	{
+		++*Calls;
+		return SNew(STableRow<TSharedPtr<FString>>, Owner)[SNew(STextBlock).Text(FText::FromString(*Item))];
+	}
+}
+
+TEST(WidgetTests, BoundAttributesAreAskedAgainEveryFrame)
+{
+	FString Shown = TEXT("first");
+	bool bEnabled = false;
+	EVisibility Visibility = EVisibility::Visible;
+	TSharedPtr<STextBlock> Text;
+	TSharedPtr<SButton> Button;
+	TSharedPtr<STextBlock> Neighbour;
+	TSharedRef<SWidget> Root = SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot().AutoWidth()[SAssignNew(Text, STextBlock).Text(TAttribute<FText>::CreateLambda([&] { return FText::FromString(Shown); }))]
+		+ SHorizontalBox::Slot().AutoWidth()[SAssignNew(Button, SButton)
+												 .Text(LOCTEXT("Go", "Go"))
+												 .IsEnabled(TAttribute<bool>::CreateLambda([&] { return bEnabled; }))
+												 .Visibility(TAttribute<EVisibility>::CreateLambda([&] { return Visibility; }))]
+		+ SHorizontalBox::Slot().AutoWidth()[SAssignNew(Neighbour, STextBlock).Text(LOCTEXT("Right", "right"))];
+	FTestWindow Window(Root);
+
+	EXPECT_EQ(QtOf<QLabel>(Text)->text(), QString("first"));
+	EXPECT_FALSE(QtOf<QPushButton>(Button)->isEnabled());
+	Shown = TEXT("second");
+	bEnabled = true;
+	TickFrames(1);
+	EXPECT_EQ(QtOf<QLabel>(Text)->text(), QString("second"));
+	EXPECT_TRUE(QtOf<QPushButton>(Button)->isEnabled());
+
+	// Hidden keeps the button's place in the row, Collapsed gives it up.
+	const int NeighbourX = Neighbour->GetQWidget()->mapTo(Window.Window.get(), QPoint(0, 0)).x();
+	Visibility = EVisibility::Hidden;
+	TickFrames();
+	EXPECT_FALSE(Button->GetQWidget()->isVisible());
+	EXPECT_EQ(Neighbour->GetQWidget()->mapTo(Window.Window.get(), QPoint(0, 0)).x(), NeighbourX);
+	Visibility = EVisibility::Collapsed;
+	TickFrames();
+	EXPECT_LT(Neighbour->GetQWidget()->mapTo(Window.Window.get(), QPoint(0, 0)).x(), NeighbourX);
+	EXPECT_EQ(Button->GetQWidget()->objectName(), QString("Go"));
+}
+
+TEST(WidgetTests, ButtonsCallTheirHandlerOnlyWhenEnabled)
+{
+	int32 Clicks = 0;
+	bool bEnabled = true;
+	TSharedPtr<SButton> Button;
+	TSharedRef<SWidget> Root = SAssignNew(Button, SButton)
+		.Text(LOCTEXT("Press", "Press"))
+		.IsEnabled(TAttribute<bool>::CreateLambda([&] { return bEnabled; }))
+		.OnClicked_Lambda([&] { ++Clicks; return FReply::Handled(); });
+	FTestWindow Window(Root);
+	QTest::mouseClick(QtOf<QPushButton>(Button), Qt::LeftButton);
+	EXPECT_EQ(Clicks, 1);
+	bEnabled = false;
+	TickFrames(1);
+	QTest::mouseClick(QtOf<QPushButton>(Button), Qt::LeftButton);
+	EXPECT_FALSE(Button->Click().IsEventHandled());
+	EXPECT_EQ(Clicks, 1);
+}
+
+TEST(WidgetTests, ListViewMakesRowsOnlyForWhatShowsAndGrowsByAppending)
+{
+	TArray<TSharedPtr<FString>> Items;
+	for (int32 Index = 0; Index < 100000; ++Index)
+	{
+		Items.Add(MakeShared<FString>(FString::Printf(TEXT("line %d"), Index)));
+	}
+	int32 RowsMade = 0;
+	TSharedPtr<SListView<TSharedPtr<FString>>> List;
+	TSharedRef<SWidget> Root = SAssignNew(List, SListView<TSharedPtr<FString>>)
+		.ListItemsSource(&Items)
+		.ItemHeight(18.0f)
+		.OnGenerateRow_Lambda([&](TSharedPtr<FString> Item, const TSharedRef<STableViewBase>& Owner)
+							  { return MakeTextRow(Item, Owner, &RowsMade); });
+	FTestWindow Window(Root);
+	QAbstractItemView* View = Window.Window->findChild<QAbstractItemView*>();
+	ASSERT_NE(View, nullptr);
+	EXPECT_EQ(View->model()->rowCount(), 100000);
+	EXPECT_LT(RowsMade, 200);
+	EXPECT_EQ(View->model()->data(View->model()->index(0, 0)).toString(), QString("line 0"));
+
+	int32 Inserted = 0;
+	int32 Resets = 0;
+	QObject::connect(View->model(), &QAbstractItemModel::rowsInserted, [&] { ++Inserted; });
+	QObject::connect(View->model(), &QAbstractItemModel::modelReset, [&] { ++Resets; });
+	Items.Add(MakeShared<FString>(TEXT("appended")));
+	List->RequestListRefresh();
+	List->RequestScrollIntoView(Items.Last());
+	TickFrames();
+	EXPECT_EQ(Inserted, 1);
+	EXPECT_EQ(Resets, 0);
+	EXPECT_EQ(View->model()->rowCount(), 100001);
+	EXPECT_TRUE(List->IsItemVisible(Items.Last()));
+	EXPECT_FALSE(List->IsItemVisible(Items[0]));
+	EXPECT_LT(RowsMade, 400);
+
+	// Emptying and refilling is no append: the model starts over.
+	Items.Empty();
+	Items.Add(MakeShared<FString>(TEXT("fresh")));
+	List->RequestListRefresh();
+	TickFrames();
+	EXPECT_EQ(Resets, 1);
+	EXPECT_EQ(View->model()->data(View->model()->index(0, 0)).toString(), QString("fresh"));
+}
+
+TEST(WidgetTests, SelectionByCodeRaisesTheEventAndAToggleClickClearsIt)
+{
+	TArray<TSharedPtr<FString>> Items{MakeShared<FString>(TEXT("a")), MakeShared<FString>(TEXT("b"))};
+	TArray<TPair<TSharedPtr<FString>, ESelectInfo::Type>> Events;
+	int32 RowsMade = 0;
+	TSharedPtr<SListView<TSharedPtr<FString>>> List;
+	TSharedRef<SWidget> Root = SAssignNew(List, SListView<TSharedPtr<FString>>)
+		.ListItemsSource(&Items)
+		.SelectionMode(ESelectionMode::SingleToggle)
+		.OnGenerateRow_Lambda([&](TSharedPtr<FString> Item, const TSharedRef<STableViewBase>& Owner)
+							  { return MakeTextRow(Item, Owner, &RowsMade); })
+		.OnSelectionChanged_Lambda([&](TSharedPtr<FString> Item, ESelectInfo::Type Info) { Events.Add({Item, Info}); });
+	FTestWindow Window(Root);
+
+	List->SetSelection(Items[1], ESelectInfo::Direct);
+	ASSERT_EQ(Events.Num(), 1);
+	EXPECT_EQ(Events[0].Key, Items[1]);
+	EXPECT_EQ(Events[0].Value, ESelectInfo::Direct);
+
+	// A real click on the selected row clears the selection; a click on another row selects it.
+	QAbstractItemView* View = Window.Window->findChild<QAbstractItemView*>();
+	const QRect Row1 = View->visualRect(View->model()->index(1, 0));
+	QTest::mouseClick(View->viewport(), Qt::LeftButton, {}, Row1.center());
+	ASSERT_EQ(Events.Num(), 2);
+	EXPECT_FALSE(Events[1].Key.IsValid());
+	EXPECT_EQ(Events[1].Value, ESelectInfo::OnMouseClick);
+	EXPECT_EQ(List->GetNumItemsSelected(), 0);
+	List->ClickRow(0);
+	ASSERT_EQ(Events.Num(), 3);
+	EXPECT_EQ(Events[2].Key, Items[0]);
+	EXPECT_TRUE(List->IsItemSelected(Items[0]));
+}
+
+TEST(WidgetTests, ATreeReplacedFromInsideItsOwnEventLivesUntilTheEventReturns)
+{
+	// A compound widget whose list rebuilds the whole child slot from its selection event, as the tool does.
+	class SRebuilder : public SCompoundWidget
+	{
+	public:
+		SLATE_BEGIN_ARGS(SRebuilder) {}
+		SLATE_END_ARGS()
+		void Construct(const FArguments&)
+		{
+			Items = {MakeShared<FString>(TEXT("x")), MakeShared<FString>(TEXT("y"))};
+			Build();
+		}
+		void Build()
+		{
+			ChildSlot[SAssignNew(List, SListView<TSharedPtr<FString>>)
+						  .ListItemsSource(&Items)
+						  .SelectionMode(ESelectionMode::SingleToggle)
+						  .OnGenerateRow_Lambda([this](TSharedPtr<FString> Item, const TSharedRef<STableViewBase>& Owner)
+												{ return MakeTextRow(Item, Owner, &Rows); })
+						  .OnSelectionChanged_Lambda([this](TSharedPtr<FString>, ESelectInfo::Type)
+													 {
+														 ++Rebuilds;
+														 Build();
+													 })];
+		}
+		TArray<TSharedPtr<FString>> Items;
+		TSharedPtr<SListView<TSharedPtr<FString>>> List;
+		int32 Rows = 0;
+		int32 Rebuilds = 0;
+	};
+
+	TSharedRef<SRebuilder> Rebuilder = SNew(SRebuilder);
+	FTestWindow Window(Rebuilder);
+	for (int32 Round = 0; Round < 5; ++Round)
+	{
+		TWeakPtr<SWidget> OldList = Rebuilder->List;
+		QAbstractItemView* View = nullptr;
+		for (QAbstractItemView* Candidate : Window.Window->findChildren<QAbstractItemView*>())
+		{
+			View = Candidate->isVisible() ? Candidate : View;
+		}
+		ASSERT_NE(View, nullptr);
+		QTest::mouseClick(View->viewport(), Qt::LeftButton, {}, View->visualRect(View->model()->index(Round % 2, 0)).center());
+		TickFrames();
+		EXPECT_EQ(Rebuilder->Rebuilds, Round + 1);
+		EXPECT_FALSE(OldList.IsValid()); // the old list went once its event had returned
+	}
+}
+
+TEST(WidgetTests, CheckBoxesEditableTextsAndComboBoxes)
+{
+	TArray<ECheckBoxState> States;
+	TArray<FString> Typed;
+	FString Bound = TEXT("from getter");
+	TArray<TSharedPtr<FString>> Options{MakeShared<FString>(TEXT("Public")), MakeShared<FString>(TEXT("Hidden"))};
+	TSharedPtr<FString> Chosen;
+	TSharedPtr<SCheckBox> Box;
+	TSharedPtr<SEditableTextBox> Line;
+	TSharedPtr<SEditableTextBox> Password;
+	TSharedPtr<SComboBox<TSharedPtr<FString>>> Combo;
+	TSharedRef<SWidget> Root = SNew(SVerticalBox)
+		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(Box, SCheckBox).OnCheckStateChanged_Lambda([&](ECheckBoxState State) { States.Add(State); })]
+		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(Line, SEditableTextBox)
+												.Text(TAttribute<FText>::CreateLambda([&] { return FText::FromString(Bound); }))
+												.OnTextChanged_Lambda([&](const FText& Text) { Typed.Add(Text.ToString()); })]
+		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(Password, SEditableTextBox).IsPassword(true)]
+		+ SVerticalBox::Slot().AutoHeight()[SAssignNew(Combo, SComboBox<TSharedPtr<FString>>)
+												.OptionsSource(&Options)
+												.OnGenerateWidget_Lambda([](TSharedPtr<FString> Option) -> TSharedRef<SWidget> { return SNew(STextBlock).Text(FText::FromString(*Option)); })
+												.OnSelectionChanged_Lambda([&](TSharedPtr<FString> Option, ESelectInfo::Type) { Chosen = Option; })
+												[SNew(STextBlock).Text(LOCTEXT("Vis", "Visibility"))]];
+	FTestWindow Window(Root);
+
+	QtOf<QCheckBox>(Box)->click();
+	Box->ToggleCheckedState();
+	ASSERT_EQ(States.Num(), 2);
+	EXPECT_EQ(States[0], ECheckBoxState::Checked);
+	EXPECT_EQ(States[1], ECheckBoxState::Unchecked);
+	EXPECT_FALSE(QtOf<QCheckBox>(Box)->isChecked());
+
+	QLineEdit* Edit = QtOf<QLineEdit>(Line);
+	EXPECT_EQ(Edit->text(), QString("from getter"));
+	Edit->setFocus();
+	QTest::keyClicks(Edit, "!");
+	ASSERT_EQ(Typed.Num(), 1);
+	EXPECT_EQ(Typed[0], FString(TEXT("from getter!")));
+	Bound = TEXT("changed by code");
+	TickFrames(1);
+	EXPECT_EQ(Edit->text(), QString("changed by code"));
+	EXPECT_EQ(Typed.Num(), 1); // text set by the getter is no user change
+	EXPECT_EQ(QtOf<QLineEdit>(Password)->echoMode(), QLineEdit::Password);
+
+	EXPECT_EQ(Combo->NumOptions(), 2);
+	EXPECT_EQ(Combo->GetOptionText(1), FString(TEXT("Hidden")));
+	Combo->ChooseOption(1);
+	EXPECT_EQ(Chosen, Options[1]);
+}
+
+TEST(WidgetTests, DynamicImagesLoadWhenDrawnAndUnreadableFilesShowNothing)
+{
+	const std::string Path = testing::TempDir() + "tessel-image.png";
+	{
+		QImage Picture(8, 8, QImage::Format_RGB32);
+		Picture.fill(Qt::red);
+		Picture.save(QString::fromStdString(Path));
+	}
+	FSlateDynamicImageBrush Good(FString(Path), FVector2D(128, 128));
+	FSlateDynamicImageBrush Missing(TEXT("/no/such/picture.png"), FVector2D(128, 128));
+	std::ofstream(testing::TempDir() + "tessel-broken.png") << "not a picture";
+	FSlateDynamicImageBrush Broken(FString(testing::TempDir() + "tessel-broken.png"), FVector2D(128, 128));
+	const FSlateBrush* Current = &Good;
+	TSharedPtr<SImage> Image;
+	TSharedRef<SWidget> Root = SAssignNew(Image, SImage).Image(TAttribute<const FSlateBrush*>::CreateLambda([&] { return Current; }));
+	FTestWindow Window(Root);
+	EXPECT_TRUE(Image->HasPicture());
+	Current = &Missing;
+	TickFrames(1);
+	EXPECT_FALSE(Image->HasPicture());
+	Current = &Broken;
+	TickFrames(1);
+	EXPECT_FALSE(Image->HasPicture());
+}
+
+TEST(WidgetTests, NomadTabsAreSpawnedByTheirRegisteredSpawner)
+{
+	TSharedRef<FGlobalTabmanager> Tabs = FGlobalTabmanager::Get();
+	int32 Spawned = 0;
+	Tabs->RegisterNomadTabSpawner(TEXT("TestTab"), FOnSpawnTab::CreateLambda([&](const FSpawnTabArgs& Args)
+		{
+			++Spawned;
+			TSharedRef<SDockTab> Tab = SNew(SDockTab).TabRole(ETabRole::NomadTab);
+			Tab->SetContent(SNew(STextBlock).Text(FText::FromString(Args.TabId)));
+			return Tab;
+		})).SetDisplayName(LOCTEXT("TestTabTitle", "Test tab"));
+	ASSERT_TRUE(Tabs->HasTabSpawner(TEXT("TestTab")));
+	TSharedPtr<SDockTab> Tab = Tabs->InvokeTab(TEXT("TestTab"));
+	ASSERT_TRUE(Tab);
+	EXPECT_EQ(Spawned, 1);
+	EXPECT_EQ(Tab->GetTabRole(), ETabRole::NomadTab);
+	EXPECT_EQ(Tab->GetTabLabel().ToString(), FString(TEXT("Test tab")));
+	EXPECT_EQ(Tab->GetContent()->GetDisplayText(), FString(TEXT("TestTab")));
+	EXPECT_TRUE(Tabs->UnregisterNomadTabSpawner(TEXT("TestTab")));
+	EXPECT_FALSE(Tabs->InvokeTab(TEXT("TestTab")));
+}
+
+#undef LOCTEXT_NAMESPACE
