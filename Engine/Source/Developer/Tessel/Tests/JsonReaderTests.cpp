@@ -4,11 +4,6 @@
 
 namespace
 {
-	FString ErrorOf(const std::u16string& Text)
-	{
-		return ParseJson(Text).Error;
-	}
-
 	// Every notation the reader reports for the text, and the message it ends with.
 	TArray<EJsonNotation> Notations(const std::u16string& Text, FString* OutError = nullptr)
 	{
