@@ -7,6 +7,7 @@
 #include "Internationalization/Text.h"
 #include "Templates/SharedPointer.h"
 #include "Templates/UniquePtr.h"
+#include "Templates/UnrealTemplate.h"
 #include "Misc/Guid.h"
 #include "Misc/Parse.h"
 #include "Misc/Paths.h"

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Containers/UnrealString.h"
+#include "Misc/Compression.h"
 
 // A stream of bytes that either loads or saves. Numbers go through in little-endian order; the tool never
 // swaps bytes. A failed operation sets the error flag and later reads give zeros.
@@ -27,8 +28,22 @@ public:
 	bool IsError() const { return bError; }
 	void SetError() { bError = true; }
 	bool IsByteSwapping() const { return false; }
+	// Our archives are little-endian on every machine the kit runs on, so there is nothing to switch; callers
+	// that ask for no swapping get what they ask for.
+	void SetByteSwapping(bool /*bEnabled*/) {}
 
 	void ByteOrderSerialize(void* Data, int64 Size) { Serialize(Data, Size); }
+
+	// Saving: compresses Length bytes into this archive as a chunked stream: a tag record (tag, chunk size), a
+	// summary record (sums of the chunk records), one record per chunk (compressed size, uncompressed size,
+	// each a little-endian signed 64-bit number), then every chunk's zlib stream in order. Loading: reads such
+	// a stream and inflates exactly Length bytes; a stream that is broken or doesn't hold Length bytes sets
+	// the error flag and the output is zeros. With bTreatBufferAsFileReader, V is an FArchive* that the bytes
+	// are read from (saving) or written to (loading) instead of memory.
+	// A saving archive that can Seek gets its records filled in after the data, so memory stays at a few
+	// chunks per core whatever the length; one that can't (Tell gives INDEX_NONE) holds the compressed
+	// stream in memory until the end.
+	void SerializeCompressed(void* V, int64 Length, ECompressionFlags Flags, bool bTreatBufferAsFileReader = false);
 
 	friend FArchive& operator<<(FArchive& Ar, uint8& Value)
 	{

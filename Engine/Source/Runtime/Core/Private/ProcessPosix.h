@@ -1,0 +1,23 @@
+#pragma once
+
+#include "CoreTypes.h"
+
+#include <sys/wait.h>
+
+namespace ProcessPosix
+{
+// The exit status of a child that exited, or minus the signal number of one that a signal ended, so
+// that a crash can never pass for a successful or meaningful exit code.
+inline int32 ReturnCodeFromWaitStatus(int Status)
+{
+	if (WIFEXITED(Status))
+	{
+		return WEXITSTATUS(Status);
+	}
+	if (WIFSIGNALED(Status))
+	{
+		return -WTERMSIG(Status);
+	}
+	return -1;
+}
+} // namespace ProcessPosix
