@@ -24,9 +24,27 @@ namespace
 		return Locale;
 	}
 
-	bool UnitsEqual(TCHAR A, TCHAR B, ESearchCase::Type SearchCase)
+	inline TCHAR AsciiLower(TCHAR Unit)
 	{
-		return A == B || (SearchCase == ESearchCase::IgnoreCase && FChar::ToLower(A) == FChar::ToLower(B));
+		return (Unit >= u'A' && Unit <= u'Z') ? static_cast<TCHAR>(Unit + 32) : Unit;
+	}
+
+	inline bool UnitsEqual(TCHAR A, TCHAR B, ESearchCase::Type SearchCase)
+	{
+		if (A == B)
+		{
+			return true;
+		}
+		if (SearchCase != ESearchCase::IgnoreCase)
+		{
+			return false;
+		}
+		// Most text is ASCII: fold it here and ask the locale only for the rest.
+		if (A < 0x80 && B < 0x80)
+		{
+			return AsciiLower(A) == AsciiLower(B);
+		}
+		return FChar::ToLower(A) == FChar::ToLower(B);
 	}
 
 	bool MatchesAt(const std::u16string& Haystack, size_t At, const std::u16string& Needle, ESearchCase::Type SearchCase)
@@ -264,11 +282,24 @@ int32 FString::Find(const FString& SubStr, ESearchCase::Type SearchCase, ESearch
 {
 	const int32 Length = Len();
 	const int32 SubLength = SubStr.Len();
+	if (SearchCase == ESearchCase::CaseSensitive && SearchDir == ESearchDir::FromStart)
+	{
+		// Exact searches are the library's: they scan whole memory blocks at a time.
+		const size_t From = StartPosition == INDEX_NONE || StartPosition < 0 ? 0 : static_cast<size_t>(StartPosition);
+		const size_t Found = From > Data.size() ? std::u16string::npos : Data.find(SubStr.Data, From);
+		return Found == std::u16string::npos ? INDEX_NONE : static_cast<int32>(Found);
+	}
 	if (SearchDir == ESearchDir::FromStart)
 	{
 		const int32 From = StartPosition == INDEX_NONE ? 0 : (StartPosition < 0 ? 0 : StartPosition);
+		const TCHAR First = SubLength > 0 ? SubStr.Data[0] : 0;
 		for (int32 At = From; At + SubLength <= Length; ++At)
 		{
+			// A cheap look at the first unit before the whole comparison.
+			if (SubLength > 0 && !UnitsEqual(Data[static_cast<size_t>(At)], First, SearchCase))
+			{
+				continue;
+			}
 			if (MatchesAt(Data, static_cast<size_t>(At), SubStr.Data, SearchCase))
 			{
 				return At;
@@ -368,6 +399,30 @@ int32 FString::ReplaceInline(const FString& From, const FString& To, ESearchCase
 	if (From.IsEmpty() || IsEmpty())
 	{
 		return 0;
+	}
+	if (SearchCase == ESearchCase::CaseSensitive)
+	{
+		// Copies the runs between matches whole, and nothing at all when there is no match.
+		size_t Found = Data.find(From.Data);
+		if (Found == std::u16string::npos)
+		{
+			return 0;
+		}
+		std::u16string Out;
+		Out.reserve(Data.size());
+		size_t Start = 0;
+		int32 Count = 0;
+		while (Found != std::u16string::npos)
+		{
+			Out.append(Data, Start, Found - Start);
+			Out += To.Data;
+			Start = Found + From.Data.size();
+			++Count;
+			Found = Data.find(From.Data, Start);
+		}
+		Out.append(Data, Start, std::u16string::npos);
+		Data = std::move(Out);
+		return Count;
 	}
 	std::u16string Out;
 	Out.reserve(Data.size());
