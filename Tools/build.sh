@@ -4,5 +4,11 @@ set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 dir="$1"
 shift
-cmake -S "$root" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
-cmake --build "$dir" -j 2
+# Options up to "--target" go to the configuration, the rest to the build.
+configure=()
+while [ $# -gt 0 ] && [ "$1" != "--target" ]; do
+	configure+=("$1")
+	shift
+done
+cmake -S "$root" -B "$dir" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${configure[@]}" >/dev/null
+cmake --build "$dir" -j 2 "$@"

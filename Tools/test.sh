@@ -16,3 +16,8 @@ bash Tools/build.sh Build-asan -DTESSEL_SANITIZE=address
 
 echo "== Fuzz the JSON reader"
 bash Tools/fuzz.sh 30
+
+echo "== Process and job runner tests with ThreadSanitizer"
+bash Tools/build.sh Build-tsan -DTESSEL_SANITIZE=thread --target ProcessTests TesselTests TesselFakeChild TesselCookCommandlet
+(cd Build-tsan && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" ctest -j 2 --output-on-failure \
+	-R '^(WindowsArgumentsTests|Utf8StreamDecoderTests|PlatformProcessTests|MonitoredProcessTests|LinePipelineTests|JobRunnerTests)\.')

@@ -26,10 +26,6 @@ STesselTool::~STesselTool()
 	FPlatformFileManager::Get().GetPlatformFile().DeleteFile(*SteamAppId);
 }
 
-void STesselTool::Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime)
-{
-}
-
 void STesselTool::BuildLayout()
 {
 	const FSlateBrush* GroupBorder = FEditorStyle::GetBrush(TEXT("ToolPanel.GroupBorder"));
@@ -213,11 +209,6 @@ FReply STesselTool::OnClearLogsClicked()
 bool STesselTool::CanClearLogs() const
 {
 	return LogMessages.Num() > 0;
-}
-
-FReply STesselTool::OnCancelClicked()
-{
-	return FReply::Handled();
 }
 
 bool STesselTool::CanCancel() const

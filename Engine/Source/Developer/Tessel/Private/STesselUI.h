@@ -8,6 +8,7 @@
 #include "Widgets/SWindow.h"
 #include "Widgets/Views/SListView.h"
 #include "catalogue/ModSetup.h"
+#include "cook/CookJob.h"
 
 // The content of the tool tab: the mod catalogue, the selection, the log and the Steam credentials of this run.
 class STesselTool : public SCompoundWidget
@@ -31,6 +32,14 @@ public:
 	void RefreshModList(bool bRebuildDetails);
 	FReply OnRefreshClicked();
 
+	// Cook requests: each button queues one job for each target.
+	static FString GetEditorExecutablePath();
+	void StartCook(ECookKind Kind);
+	FReply OnCookMapClicked();
+	FReply OnCookGameModClicked();
+	FReply OnCookTotalConversionClicked();
+	FReply OnCookMapExtensionClicked();
+
 	// Replaces ModList with the records of the file at Path and, when it parses, SteamUsername.
 	void LoadModDatabase(const FString& Path);
 	// Writes every record and the Steam user name; with no records the file is left as it is.
@@ -52,6 +61,8 @@ public:
 	bool CanCancel() const;
 	EVisibility GetStatusVisibility() const;
 	void RefreshPreviewBrush();
+	// Opens the dialog that ends a run: success when some log line says so.
+	void ShowResultDialog();
 
 	TArray<TSharedPtr<FString>> LogMessages;
 	bool bSteamAuthConfirmed = false;

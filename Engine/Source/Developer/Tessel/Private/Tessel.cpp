@@ -36,7 +36,14 @@ public:
 
 	void ShutdownModule() override
 	{
-		// Cancelling the children comes with the job runner; dropping the jobs destroys them.
+		// Running children end with their whole process tree; queued jobs go without being launched.
+		for (const TSharedPtr<FCookJob>& Job : ActiveJobs)
+		{
+			if (Job)
+			{
+				Job->Process->Cancel(true);
+			}
+		}
 		ActiveJobs.Empty();
 		FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(TesselToolsTabName);
 	}

@@ -2,6 +2,8 @@
 
 #include "HAL/PlatformFile.h"
 
+#include <sys/stat.h>
+
 FTestKit::FTestKit()
 {
 	Dir.WriteFile(TEXT("Orrery/Orrery.uproject"), "{}\n");
@@ -30,4 +32,11 @@ FString FTestKit::AddMod(const FString& Name, std::initializer_list<const TCHAR*
 		Dir.WriteFile(FString(TEXT("Orrery/Content/Mods")) / Name / File, "placeholder");
 	}
 	return Folder;
+}
+
+void FTestKit::InstallCookCommandlet() const
+{
+	const FString Exe = Dir / TEXT("Engine/Binaries/Win64/UE4Editor.exe");
+	FPlatformFileManager::Get().GetPlatformFile().CopyFile(*Exe, TEXT(TESSEL_COOK_COMMANDLET));
+	chmod(Exe.ToUtf8().c_str(), 0755);
 }

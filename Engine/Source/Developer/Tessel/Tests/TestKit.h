@@ -16,6 +16,8 @@ public:
 	// Makes a mod folder (and the given files in it, relative to the folder).
 	FString AddMod(const FString& Name, std::initializer_list<const TCHAR*> Files = {}) const;
 	FString WriteFile(const FString& Relative, const std::string& Bytes) const { return Dir.WriteFile(Relative, Bytes); }
+	// Places the stand-in cook commandlet where the kit's editor executable stands.
+	void InstallCookCommandlet() const;
 
 private:
 	FTempDirectory Dir;

@@ -60,8 +60,19 @@ namespace
 
 	struct FJobGuard
 	{
-		FJobGuard() { ActiveJobs.Add(MakeShared<FCookJob>()); }
-		~FJobGuard() { ActiveJobs.Empty(); }
+		// A job whose child runs until it is cancelled.
+		FJobGuard()
+		{
+			ActiveJobs.Add(MakeShared<FCookJob>(FModSetup(), TEXT(TESSEL_FAKE_CHILD), TEXT("hang"), FString(), FString(), FString(), 0u, true, false));
+		}
+		~FJobGuard()
+		{
+			for (const TSharedPtr<FCookJob>& Job : ActiveJobs)
+			{
+				Job->Process->Cancel(true);
+			}
+			ActiveJobs.Empty();
+		}
 	};
 }
 

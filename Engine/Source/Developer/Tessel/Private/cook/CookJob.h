@@ -1,17 +1,66 @@
 #pragma once
 
 #include "CoreMinimal.h"
+#include "HAL/CriticalSection.h"
+#include "Misc/MonitoredProcess.h"
+#include "catalogue/ModSetup.h"
 
-// A child process with its line pipeline; the cook job derives from it. The job runner gives both their work.
+// The kind of a cook request.
+enum class ECookKind : uint32
+{
+	Map = 0,
+	GameMod = 1,
+	TotalConversion = 2,
+	IslandExtension = 3,
+};
+
+// A child process with its line pipeline: the monitor thread cuts the child's output into lines, and the tick
+// takes the complete ones into the log.
 class FMonitoredJob
 {
 public:
-	virtual ~FMonitoredJob() = default;
+	FMonitoredJob(const FString& Executable, const FString& Parameters);
+	virtual ~FMonitoredJob();
+
+	// The step after the child has ended; a plain job has none.
+	virtual void FinishCookOutput() {}
+
+	// Monitor thread: one piece of the child's output.
+	void OnProcessOutput(FString Text);
+	// Moves complete lines to CompletedLines; with bFinal the rest counts as a line too.
+	void SplitPendingOutput(bool bFinal);
+	// UI thread: hands over and empties the complete lines.
+	void TakeCompletedLines(TArray<FString>& OutLines);
+
+	bool bStarted = false;
+	TArray<FString> CompletedLines;
+	FString PendingOutput;
+	// Held by pointer so that the destructor can stop the child and its monitor thread before the lock and the
+	// line members go.
+	TUniquePtr<FMonitoredProcess> Process;
+	FCriticalSection JobLock;
 };
 
+// One target of a cook request, with everything its completion step needs.
 class FCookJob : public FMonitoredJob
 {
+public:
+	FCookJob(FModSetup InModRecord, const FString& Executable, const FString& Parameters, FString InStagedModDir,
+			 FString InTargetDir, FString InStagingDir, uint32 InCookKind, bool bInLastTarget, bool bInTestOutput);
+
+	void FinishCookOutput() override;
+
+	const FString StagedModDir;
+	const FString TargetDir;
+	const FString StagingDir;
+	const uint32 CookKind;
+	const bool bLastTarget;
+	const bool bTestOutput;
+	const FModSetup ModRecord;
 };
 
 // The process-wide queue of cook jobs, in queue order. Its length is the tool's one busy signal.
 extern TArray<TSharedPtr<FCookJob>> ActiveJobs;
+
+// The number every cooked mod of this process carries; "SetModID=" on the command line replaces it.
+extern int64 ModId;

@@ -9,3 +9,11 @@ constexpr std::remove_reference_t<T>&& MoveTemp(T&& Value) noexcept
 {
 	return static_cast<std::remove_reference_t<T>&&>(Value);
 }
+
+template <typename T>
+void Swap(T& A, T& B)
+{
+	T Temp = MoveTemp(A);
+	A = MoveTemp(B);
+	B = MoveTemp(Temp);
+}

@@ -1,3 +1,0 @@
-#include "cook/CookJob.h"
-
-TArray<TSharedPtr<FCookJob>> ActiveJobs;

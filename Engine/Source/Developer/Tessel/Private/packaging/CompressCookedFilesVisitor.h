@@ -1,0 +1,20 @@
+#pragma once
+
+#include "CoreMinimal.h"
+#include "HAL/PlatformFile.h"
+
+// Walks a cooked tree and fills a target tree from it: every package file becomes a compressed ".z" file
+// with a ".uncompressed_size" file beside it, everything else is copied as it is. Made on the stack for one
+// walk. Folders appear in the target only when a file below them is written.
+class FCompressCookedFilesVisitor : public IPlatformFile::FDirectoryVisitor
+{
+public:
+	FCompressCookedFilesVisitor(const FString& InStartedRoot, const FString& InTargetRoot);
+
+	// False stops the walk: a package that can't be opened, or whose temporary can't be made.
+	bool Visit(const TCHAR* FilenameOrDirectory, bool bIsDirectory) override;
+
+private:
+	FString StartedRoot;
+	FString TargetRoot;
+};

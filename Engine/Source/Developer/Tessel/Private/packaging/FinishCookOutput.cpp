@@ -1,0 +1,105 @@
+#include "cook/CookJob.h"
+
+#include "HAL/FileManager.h"
+#include "HAL/PlatformFile.h"
+#include "packaging/CompressCookedFilesVisitor.h"
+#include "packaging/ModArchiveForms.h"
+
+#include <cwchar>
+
+namespace
+{
+	// The decimal value of Text as the C library's _wtoi reads it: blanks, a sign, digits; 0 for no number.
+	int32 DecimalOf(const FString& Text)
+	{
+		int32 Pos = 0;
+		while (Pos < Text.Len() && FChar::IsWhitespace(Text[Pos]))
+		{
+			++Pos;
+		}
+		bool bNegative = false;
+		if (Pos < Text.Len() && (Text[Pos] == u'-' || Text[Pos] == u'+'))
+		{
+			bNegative = Text[Pos] == u'-';
+			++Pos;
+		}
+		uint32 Value = 0;
+		while (Pos < Text.Len() && FChar::IsDigit(Text[Pos]))
+		{
+			Value = Value * 10u + static_cast<uint32>(Text[Pos] - u'0');
+			++Pos;
+		}
+		return static_cast<int32>(bNegative ? 0u - Value : Value);
+	}
+}
+
+void FCookJob::FinishCookOutput()
+{
+	if (bTestOutput)
+	{
+		// A test run leaves the cook's files as they are and adds the file the game loads the mod by.
+		TArray<FString> Maps{ModRecord.Maps};
+		TMap<FString, FString> Metadata;
+		int32 ModType = CookKind == 2 ? 3 : 0;
+
+		TUniquePtr<FArchive> Info(IFileManager::Get().CreateFileReader(*(StagedModDir / TEXT("mod.info")), 0));
+		if (Info)
+		{
+			FString Leading;
+			ModArchiveForms::SerializeString(*Info, Leading);
+			TArray<FString> InfoMaps;
+			ModArchiveForms::SerializeStringArray(*Info, InfoMaps);
+			Maps = InfoMaps;
+			Info->Close();
+			Info.reset();
+
+			TUniquePtr<FArchive> Meta(IFileManager::Get().CreateFileReader(*(StagedModDir / TEXT("modmeta.info")), 0));
+			if (Meta)
+			{
+				ModArchiveForms::SerializeStringMap(*Meta, Metadata);
+				Meta->Close();
+			}
+			for (const auto& Pair : Metadata)
+			{
+				if (Pair.Key.Equals(TEXT("ModType"), ESearchCase::IgnoreCase))
+				{
+					ModType = DecimalOf(Pair.Value);
+					break;
+				}
+			}
+		}
+
+		const FString ModFile = TargetDir / FString::Printf(TEXT("%d.mod"), ModId);
+		TUniquePtr<FArchive> Writer(IFileManager::Get().CreateFileWriter(*ModFile, 0));
+		if (!Writer)
+		{
+			return;
+		}
+		int64 Number = ModId;
+		FString Title = ModRecord.Title.TrimQuotes();
+		FString Second;
+		uint32 Magic = 0xFF22FF33u;
+		int32 Version = 2;
+		uint8 TypeByte = static_cast<uint8>(ModType & 0xFF);
+		*Writer << Number;
+		ModArchiveForms::SerializeString(*Writer, Title);
+		ModArchiveForms::SerializeString(*Writer, Second);
+		ModArchiveForms::SerializeStringArray(*Writer, Maps);
+		*Writer << Magic;
+		*Writer << Version;
+		*Writer << TypeByte;
+		ModArchiveForms::SerializeStringMap(*Writer, Metadata);
+		Writer->Close();
+		return;
+	}
+
+	// A normal run: the compressed tree, the staging folder gone, and the description files beside the targets.
+	FCompressCookedFilesVisitor Visitor(StagedModDir, TargetDir);
+	FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(*StagedModDir, Visitor);
+	IFileManager::Get().DeleteDirectory(*StagingDir, false, true);
+	if (bLastTarget)
+	{
+		IFileManager::Get().Copy(*(TargetDir / TEXT("..") / TEXT("mod.info")), *(TargetDir / TEXT("mod.info")), true, false);
+		IFileManager::Get().Copy(*(TargetDir / TEXT("..") / TEXT("modmeta.info")), *(TargetDir / TEXT("modmeta.info")), true, false);
+	}
+}

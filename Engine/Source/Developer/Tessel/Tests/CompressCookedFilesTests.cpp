@@ -1,0 +1,239 @@
+#include "CoreMinimal.h"
+#include "HAL/FileManager.h"
+#include "HAL/PlatformFile.h"
+#include "TempDirectory.h"
+#include "packaging/CompressCookedFilesVisitor.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <unistd.h>
+
+namespace
+{
+	// Every file below Root, as paths relative to it; folders only show through their files.
+	std::set<std::string> FilesBelow(const FString& Root)
+	{
+		std::set<std::string> Files;
+		const std::filesystem::path Base(Root.ToUtf8());
+		if (!std::filesystem::exists(Base))
+		{
+			return Files;
+		}
+		for (const auto& Entry : std::filesystem::recursive_directory_iterator(Base))
+		{
+			if (!Entry.is_directory())
+			{
+				Files.insert(std::filesystem::relative(Entry.path(), Base).generic_string());
+			}
+		}
+		return Files;
+	}
+
+	// The original bytes as the loader gets them back out of a ".z" file.
+	std::string Unpack(const FString& ZPath, int64 Size)
+	{
+		TUniquePtr<FArchive> Reader(IFileManager::Get().CreateFileReader(*ZPath));
+		if (!Reader)
+		{
+			ADD_FAILURE() << "no " << ZPath;
+			return std::string();
+		}
+		std::string Bytes(static_cast<size_t>(Size), '\0');
+		Reader->SerializeCompressed(Bytes.data(), Size, COMPRESS_ZLIB);
+		EXPECT_FALSE(Reader->IsError()) << ZPath;
+		EXPECT_TRUE(Reader->AtEnd()) << ZPath;
+		return Bytes;
+	}
+
+	std::string Text(size_t Size, char Seed)
+	{
+		std::string Bytes;
+		while (Bytes.size() < Size)
+		{
+			Bytes += "Package ";
+			Bytes += static_cast<char>(Seed + Bytes.size() % 13);
+		}
+		Bytes.resize(Size);
+		return Bytes;
+	}
+
+	bool Walk(const FString& From, const FString& To)
+	{
+		FCompressCookedFilesVisitor Visitor(From, To);
+		return FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(*From, Visitor);
+	}
+
+	// Passes each call on and remembers it, so that a test can tell what the walk reached before it stopped.
+	class FRecordingVisitor : public IPlatformFile::FDirectoryVisitor
+	{
+	public:
+		FRecordingVisitor(const FString& From, const FString& To) : Inner(From, To) {}
+		bool Visit(const TCHAR* Path, bool bIsDirectory) override
+		{
+			const bool bGoOn = Inner.Visit(Path, bIsDirectory);
+			Visited.push_back({FString(Path), bIsDirectory, bGoOn});
+			return bGoOn;
+		}
+		struct FCall
+		{
+			FString Path;
+			bool bIsDirectory;
+			bool bGoOn;
+		};
+		std::vector<FCall> Visited;
+
+	private:
+		FCompressCookedFilesVisitor Inner;
+	};
+}
+
+TEST(CompressCookedFilesTests, PackagesAreCompressedAndEverythingElseCopied)
+{
+	FTempDirectory Dir;
+	const FString Staged = Dir / TEXT("Staged");
+	const FString Target = Dir / TEXT("Out/WindowsNoEditor");
+	const std::string Map = Text(300000, 'a');
+	const std::string Asset = Text(5000, 'k');
+	const std::string Shader = Text(131072, 'q');
+	Dir.WriteFile(TEXT("Staged/Maps/Level.UMAP"), Map);
+	Dir.WriteFile(TEXT("Staged/Content/Rock.Uasset"), Asset);
+	Dir.WriteFile(TEXT("Staged/Content/Shaders.sm4"), Shader);
+	Dir.WriteFile(TEXT("Staged/Content/Rock.uexp"), "bulk");
+	Dir.WriteFile(TEXT("Staged/Content/Old.uasset.z"), "already packed");
+	Dir.WriteFile(TEXT("Staged/Content/Empty.uasset"), "");
+	Dir.WriteFile(TEXT("Staged/README"), "no extension");
+	Dir.WriteFile(TEXT("Staged/mod.info"), std::string("\x04\0\0\0abc\0", 8));
+	Dir.WriteFile(TEXT("Staged/modmeta.info"), std::string("\0\0\0\0", 4));
+	FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*(Staged / TEXT("Hollow/Deeper/Deepest")));
+
+	EXPECT_TRUE(Walk(Staged, Target));
+
+	const std::set<std::string> Expected = {
+		"Maps/Level.UMAP.z",
+		"Maps/Level.UMAP.z.uncompressed_size",
+		"Content/Rock.Uasset.z",
+		"Content/Rock.Uasset.z.uncompressed_size",
+		"Content/Shaders.sm4.z",
+		"Content/Shaders.sm4.z.uncompressed_size",
+		"Content/Empty.uasset.z",
+		"Content/Empty.uasset.z.uncompressed_size",
+		"Content/Rock.uexp",
+		"Content/Old.uasset.z",
+		"README",
+		"mod.info",
+		"modmeta.info",
+	};
+	EXPECT_EQ(FilesBelow(Target), Expected) << "no temporaries, no empty folders, nothing else";
+	EXPECT_FALSE(std::filesystem::exists((Target / TEXT("Hollow")).ToUtf8()));
+
+	EXPECT_EQ(Unpack(Target / TEXT("Maps/Level.UMAP.z"), 300000), Map);
+	EXPECT_EQ(Unpack(Target / TEXT("Content/Rock.Uasset.z"), 5000), Asset);
+	EXPECT_EQ(Unpack(Target / TEXT("Content/Shaders.sm4.z"), 131072), Shader);
+	EXPECT_EQ(FTempDirectory::ReadBytes(Target / TEXT("Maps/Level.UMAP.z.uncompressed_size")), "300000\r\n");
+	EXPECT_EQ(FTempDirectory::ReadBytes(Target / TEXT("Content/Shaders.sm4.z.uncompressed_size")), "131072\r\n");
+
+	// An empty package still gets a stream (tag and zero summary) and a size of 0.
+	EXPECT_EQ(FTempDirectory::ReadBytes(Target / TEXT("Content/Empty.uasset.z")).size(), 32u);
+	EXPECT_EQ(FTempDirectory::ReadBytes(Target / TEXT("Content/Empty.uasset.z.uncompressed_size")), "0\r\n");
+
+	EXPECT_EQ(FTempDirectory::ReadBytes(Target / TEXT("Content/Old.uasset.z")), "already packed");
+	EXPECT_EQ(FTempDirectory::ReadBytes(Target / TEXT("README")), "no extension");
+	EXPECT_EQ(FTempDirectory::ReadBytes(Target / TEXT("mod.info")), std::string("\x04\0\0\0abc\0", 8));
+	EXPECT_EQ(FTempDirectory::ReadBytes(Target / TEXT("Content/Rock.uexp")), "bulk");
+
+	// The source tree is left as it was.
+	EXPECT_EQ(FilesBelow(Staged).size(), 9u);
+}
+
+TEST(CompressCookedFilesTests, OldTreeIsReplacedFileByFile)
+{
+	FTempDirectory Dir;
+	const FString Staged = Dir / TEXT("Staged");
+	const FString Target = Dir / TEXT("Target");
+	Dir.WriteFile(TEXT("Target/a.uasset.z"), "stale stream");
+	Dir.WriteFile(TEXT("Target/a.uasset.z.uncompressed_size"), "999\r\n");
+	Dir.WriteFile(TEXT("Target/gone.uasset.z"), "from an earlier cook");
+	Dir.WriteFile(TEXT("Target/notes.txt"), "old notes");
+	Dir.WriteFile(TEXT("Target/SaveCompressed.tmp"), "left by a failed move");
+	const std::string Asset = Text(200000, 'm');
+	Dir.WriteFile(TEXT("Staged/a.uasset"), Asset);
+	Dir.WriteFile(TEXT("Staged/notes.txt"), "new notes");
+
+	EXPECT_TRUE(Walk(Staged, Target));
+
+	EXPECT_EQ(Unpack(Target / TEXT("a.uasset.z"), 200000), Asset);
+	EXPECT_EQ(FTempDirectory::ReadBytes(Target / TEXT("a.uasset.z.uncompressed_size")), "200000\r\n");
+	EXPECT_EQ(FTempDirectory::ReadBytes(Target / TEXT("notes.txt")), "new notes");
+	EXPECT_EQ(FTempDirectory::ReadBytes(Target / TEXT("gone.uasset.z")), "from an earlier cook");
+	EXPECT_FALSE(std::filesystem::exists((Target / TEXT("SaveCompressed.tmp")).ToUtf8()))
+		<< "the temporary of the folder was used and moved away";
+}
+
+TEST(CompressCookedFilesTests, PackageThatCannotBeOpenedStopsTheWalk)
+{
+	FTempDirectory Dir;
+	const FString Staged = Dir / TEXT("Staged");
+	const FString Target = Dir / TEXT("Target");
+	// A link to nothing: even root can't open it, unlike a file without permissions.
+	for (int Index = 0; Index < 6; ++Index)
+	{
+		Dir.WriteFile(FString::Printf(TEXT("Staged/Sub%d/p%d.uasset"), Index % 2, Index), Text(1000, 'c'));
+		Dir.WriteFile(FString::Printf(TEXT("Staged/Sub%d/t%d.txt"), Index % 2, Index), "text");
+	}
+	FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*(Staged / TEXT("Sub1")));
+	ASSERT_EQ(symlink((Dir / TEXT("missing")).ToUtf8().c_str(), (Staged / TEXT("Sub1/Broken.uasset")).ToUtf8().c_str()), 0);
+
+	FRecordingVisitor Visitor(Staged, Target);
+	EXPECT_FALSE(FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(*Staged, Visitor));
+
+	ASSERT_FALSE(Visitor.Visited.empty());
+	EXPECT_EQ(Visitor.Visited.back().Path, Staged / TEXT("Sub1/Broken.uasset"));
+	EXPECT_FALSE(Visitor.Visited.back().bGoOn);
+	// Exactly what was reached before the stop is in the target; the rest never arrives.
+	std::set<std::string> Expected;
+	for (size_t Index = 0; Index + 1 < Visitor.Visited.size(); ++Index)
+	{
+		const auto& Call = Visitor.Visited[Index];
+		EXPECT_TRUE(Call.bGoOn);
+		if (!Call.bIsDirectory)
+		{
+			const std::string Rel = Call.Path.Mid(Staged.Len() + 1).ToUtf8();
+			if (Rel.ends_with(".uasset"))
+			{
+				Expected.insert(Rel + ".z");
+				Expected.insert(Rel + ".z.uncompressed_size");
+			}
+			else
+			{
+				Expected.insert(Rel);
+			}
+		}
+	}
+	EXPECT_EQ(FilesBelow(Target), Expected) << "and no SaveCompressed.tmp is left behind";
+}
+
+TEST(CompressCookedFilesTests, TemporaryThatCannotBeMadeStopsTheWalk)
+{
+	FTempDirectory Dir;
+	const FString Staged = Dir / TEXT("Staged");
+	Dir.WriteFile(TEXT("Staged/Blocked/a.umap"), "map");
+	// A file where the target folder should be: no writer can be made below it.
+	Dir.WriteFile(TEXT("Target/Blocked"), "in the way");
+
+	FCompressCookedFilesVisitor Visitor(Staged, Dir / TEXT("Target"));
+	EXPECT_FALSE(Visitor.Visit(*(Staged / TEXT("Blocked/a.umap")), false));
+	EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("Target/Blocked")), "in the way");
+	EXPECT_TRUE(Visitor.Visit(*(Staged / TEXT("Blocked")), true)) << "folders make nothing and never stop the walk";
+}
+
+TEST(CompressCookedFilesTests, PackageOutsideTheRootIsAProgrammingError)
+{
+	GTEST_FLAG_SET(death_test_style, "threadsafe");
+	FTempDirectory Dir;
+	const FString Outside = Dir.WriteFile(TEXT("Elsewhere/a.uasset"), "x");
+	FCompressCookedFilesVisitor Visitor(Dir / TEXT("Staged"), Dir / TEXT("Target"));
+	EXPECT_DEATH(Visitor.Visit(*Outside, false), "FullPath\\.StartsWith\\( StartedRoot \\)");
+}

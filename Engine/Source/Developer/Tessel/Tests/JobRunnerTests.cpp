@@ -1,0 +1,256 @@
+#include "STesselUI.h"
+#include "TestKit.h"
+
+#include "HAL/PlatformFile.h"
+#include "Testing/EditorServicesDouble.h"
+
+#include <gtest/gtest.h>
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <string>
+#include <thread>
+
+namespace
+{
+	// A process counts as gone when it no longer exists or is a zombie nobody has reaped yet.
+	bool IsAlive(pid_t Pid)
+	{
+		if (kill(Pid, 0) != 0)
+		{
+			return false;
+		}
+		std::ifstream Stat("/proc/" + std::to_string(Pid) + "/stat");
+		std::string Content((std::istreambuf_iterator<char>(Stat)), std::istreambuf_iterator<char>());
+		const size_t Close = Content.rfind(')');
+		return Close == std::string::npos || Close + 2 >= Content.size() || Content[Close + 2] != 'Z';
+	}
+
+	// A kit with the stand-in commandlet, a tool over it without a window, and a recording dialog service.
+	struct FRunFixture
+	{
+		explicit FRunFixture(const TCHAR* EditorCommandLine = TEXT(""))
+		{
+			FCommandLine::Set(EditorCommandLine);
+			ModId = 123456789;
+			Kit.InstallCookCommandlet();
+			Kit.AddMod(TEXT("Islands"), {TEXT("Alpha.umap"), TEXT("Beta.umap"), TEXT("Props/Crate.uasset")});
+			Services = MakeShared<FEditorServicesDouble>();
+			IEditorServices::Set(Services);
+			Tool = SNew(STesselTool);
+		}
+		~FRunFixture()
+		{
+			Tool.Reset();
+			for (const TSharedPtr<FCookJob>& Job : ActiveJobs)
+			{
+				Job->Process->Cancel(true);
+			}
+			ActiveJobs.Empty();
+			IEditorServices::Set(nullptr);
+			FCommandLine::Set(FString());
+		}
+		void Tick(STesselTool& Target)
+		{
+			Target.Tick(FGeometry(), 0.0, 0.016f);
+		}
+		// Ticks until the queue is empty or the condition holds; fails the test after a generous time.
+		template <typename ConditionType>
+		bool TickUntil(ConditionType Condition, STesselTool* Target = nullptr)
+		{
+			const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+			while (!Condition())
+			{
+				if (std::chrono::steady_clock::now() > Deadline)
+				{
+					return false;
+				}
+				Tick(Target ? *Target : *Tool);
+				std::this_thread::sleep_for(std::chrono::milliseconds(2));
+			}
+			return true;
+		}
+		bool RunToEnd()
+		{
+			return TickUntil([] { return ActiveJobs.Num() == 0; });
+		}
+		FString DialogText(int32 Index = 0) const
+		{
+			return Services->Dialogs.IsValidIndex(Index) ? Services->Dialogs[Index].Content->GetDisplayText() : FString();
+		}
+		bool LogHas(const TCHAR* Text) const
+		{
+			return Tool->LogMessages.ContainsByPredicate([Text](const TSharedPtr<FString>& Line) { return Line->Contains(Text); });
+		}
+
+		FTestKit Kit;
+		TSharedPtr<FEditorServicesDouble> Services;
+		TSharedPtr<STesselTool> Tool;
+	};
+}
+
+TEST(LinePipelineTests, PiecesBecomeLines)
+{
+	FMonitoredJob Job(TEXT("/nonexistent"), FString());
+	Job.OnProcessOutput(TEXT("ab"));
+	Job.OnProcessOutput(TEXT("c\r\nd\n"));
+	TArray<FString> Lines;
+	Job.TakeCompletedLines(Lines);
+	EXPECT_EQ(Lines, (TArray<FString>{TEXT("abc"), TEXT("d")}));
+	EXPECT_TRUE(Job.PendingOutput.IsEmpty());
+
+	Job.OnProcessOutput(TEXT("\n\n\r\nblank lines vanish\nthe last line has no end"));
+	Job.OnProcessOutput(TEXT("\r"));
+	Lines.Reset();
+	Job.TakeCompletedLines(Lines);
+	EXPECT_EQ(Lines, (TArray<FString>{TEXT("blank lines vanish")}));
+	EXPECT_EQ(Job.PendingOutput, FString(TEXT("the last line has no end")));
+	Job.SplitPendingOutput(true);
+	Lines.Reset();
+	Job.TakeCompletedLines(Lines);
+	EXPECT_EQ(Lines, (TArray<FString>{TEXT("the last line has no end")}));
+	EXPECT_TRUE(Job.PendingOutput.IsEmpty());
+	Job.TakeCompletedLines(Lines);
+	EXPECT_EQ(Lines.Num(), 1);
+}
+
+TEST(LinePipelineTests, AFloodingChildLosesNoLine)
+{
+	FMonitoredJob Job(TEXT(TESSEL_FAKE_CHILD), TEXT("lines 200000"));
+	Job.bStarted = true;
+	ASSERT_TRUE(Job.Process->Launch());
+	int64 Count = 0;
+	TArray<FString> Lines;
+	while (Job.Process->IsRunning())
+	{
+		Job.TakeCompletedLines(Lines);
+		Count += Lines.Num();
+		Lines.Reset();
+	}
+	Job.SplitPendingOutput(true);
+	Job.TakeCompletedLines(Lines);
+	Count += Lines.Num();
+	EXPECT_EQ(Count, 200000);
+}
+
+TEST(JobRunnerTests, TwoTargetsRunInOrderAndTheDialogFollowsTheLast)
+{
+	FRunFixture Fixture(TEXT("-modasdlc"));
+	Fixture.Tool->OnCookGameModClicked();
+	ASSERT_EQ(ActiveJobs.Num(), 2);
+	const TSharedPtr<FCookJob> Second = ActiveJobs[1];
+	const FString FirstTarget = ActiveJobs[0]->TargetDir;
+	ASSERT_TRUE(Fixture.TickUntil([] { return ActiveJobs.Num() < 2; }));
+	// The tick that removed the first launched the second.
+	ASSERT_EQ(ActiveJobs.Num(), 1);
+	EXPECT_EQ(ActiveJobs[0], Second);
+	EXPECT_TRUE(Second->bStarted);
+	EXPECT_EQ(Fixture.Services->Dialogs.Num(), 0);
+	EXPECT_TRUE(FPaths::FileExists(FirstTarget / TEXT("Alpha.umap.z")));
+
+	ASSERT_TRUE(Fixture.RunToEnd());
+	ASSERT_EQ(Fixture.Services->Dialogs.Num(), 1);
+	EXPECT_EQ(Fixture.Services->Dialogs[0].Title.ToString(), FString(TEXT("Quillon Dev Kit")));
+	EXPECT_EQ(Fixture.DialogText(), FString(TEXT("Job Successful!!")));
+	EXPECT_TRUE(Fixture.LogHas(TEXT("WindowsServer")));
+	// The queue is empty: the next tick does nothing at all.
+	Fixture.Tick(*Fixture.Tool);
+	EXPECT_EQ(Fixture.Services->Dialogs.Num(), 1);
+}
+
+TEST(JobRunnerTests, WithoutASuccessLineTheDialogSaysSo)
+{
+	FRunFixture Fixture;
+	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/StandIn.mode"), "no-success");
+	Fixture.Tool->OnCookMapClicked();
+	ASSERT_TRUE(Fixture.RunToEnd());
+	EXPECT_EQ(Fixture.DialogText(), FString(TEXT("Job Finsihed (possible errors)!!")));
+	EXPECT_TRUE(Fixture.LogHas(TEXT("Failure - 1 error(s)")));
+}
+
+TEST(JobRunnerTests, ACrashingChildEndsItsJob)
+{
+	FRunFixture Fixture;
+	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/StandIn.mode"), "crash");
+	Fixture.Tool->OnCookMapClicked();
+	ASSERT_TRUE(Fixture.RunToEnd());
+	EXPECT_TRUE(Fixture.LogHas(TEXT("about to fail hard")));
+	EXPECT_EQ(Fixture.DialogText(), FString(TEXT("Job Finsihed (possible errors)!!")));
+}
+
+TEST(JobRunnerTests, CancelDuringTheSecondTargetEndsTheWholeTreeWithoutDialog)
+{
+	FRunFixture Fixture(TEXT("-modasdlc"));
+	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/StandIn.mode"), "hang@WindowsServer");
+	Fixture.Tool->OnCookMapClicked();
+	const FString FirstTarget = ActiveJobs[0]->TargetDir;
+	const FString SecondStaging = ActiveJobs[1]->StagingDir;
+	FString GrandchildLine;
+	ASSERT_TRUE(Fixture.TickUntil([&]
+								  {
+									  for (const TSharedPtr<FString>& Line : Fixture.Tool->LogMessages)
+									  {
+										  if (Line->Contains(TEXT("(pid ")))
+										  {
+											  GrandchildLine = *Line;
+										  }
+									  }
+									  return !GrandchildLine.IsEmpty();
+								  }));
+	// The first target's completion step has run.
+	EXPECT_TRUE(FPaths::FileExists(FirstTarget / TEXT("Alpha.umap.z")));
+	const int32 At = GrandchildLine.Find(TEXT("(pid "));
+	const pid_t Grandchild = static_cast<pid_t>(std::atoi(GrandchildLine.Mid(At + 5).ToUtf8().c_str()));
+	ASSERT_GT(Grandchild, 0);
+	EXPECT_TRUE(IsAlive(Grandchild));
+
+	EXPECT_TRUE(Fixture.Tool->CanCancel());
+	Fixture.Tool->OnCancelClicked();
+	EXPECT_EQ(ActiveJobs.Num(), 0);
+	EXPECT_FALSE(Fixture.Tool->CanCancel());
+	const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+	while (IsAlive(Grandchild) && std::chrono::steady_clock::now() < Deadline)
+	{
+		std::this_thread::sleep_for(std::chrono::milliseconds(10));
+	}
+	EXPECT_FALSE(IsAlive(Grandchild));
+	Fixture.Tick(*Fixture.Tool);
+	EXPECT_EQ(Fixture.Services->Dialogs.Num(), 0);
+	// The second target's completion step never ran: its staging folder is still there.
+	EXPECT_TRUE(FPaths::DirectoryExists(SecondStaging));
+}
+
+TEST(JobRunnerTests, ClearLogsDuringARunDropsWhatWasCleared)
+{
+	FRunFixture Fixture(TEXT("-modasdlc"));
+	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/StandIn.mode"), "no-success@WindowsServer");
+	Fixture.Tool->OnCookMapClicked();
+	ASSERT_TRUE(Fixture.TickUntil([] { return ActiveJobs.Num() == 1; }));
+	EXPECT_TRUE(Fixture.LogHas(TEXT("Success - 0 error(s)")));
+	Fixture.Tool->OnClearLogsClicked();
+	EXPECT_EQ(Fixture.Tool->LogMessages.Num(), 0);
+	ASSERT_TRUE(Fixture.RunToEnd());
+	EXPECT_TRUE(Fixture.LogHas(TEXT("Failure - 1 error(s)")));
+	EXPECT_FALSE(Fixture.LogHas(TEXT("Success - 0 error(s)")));
+	EXPECT_EQ(Fixture.DialogText(), FString(TEXT("Job Finsihed (possible errors)!!")));
+}
+
+TEST(JobRunnerTests, ANewToolTakesOverTheQueueOfAClosedOne)
+{
+	FRunFixture Fixture;
+	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/StandIn.mode"), "flood:20000");
+	Fixture.Tool->OnCookMapClicked();
+	Fixture.Tick(*Fixture.Tool);
+	ASSERT_EQ(ActiveJobs.Num(), 1);
+	EXPECT_TRUE(ActiveJobs[0]->bStarted);
+	Fixture.Tool.Reset(); // the tab closes; the job runs on
+
+	TSharedRef<STesselTool> Reopened = SNew(STesselTool);
+	EXPECT_EQ(Reopened->LogMessages.Num(), 0);
+	EXPECT_TRUE(Reopened->CanCancel());
+	ASSERT_TRUE(Fixture.TickUntil([] { return ActiveJobs.Num() == 0; }, &Reopened.Get()));
+	EXPECT_EQ(Fixture.Services->Dialogs.Num(), 1);
+	EXPECT_GT(Reopened->LogMessages.Num(), 0);
+	// Its log holds only what it took itself: no banner of the request.
+	EXPECT_FALSE(Reopened->LogMessages[0]->Contains(TEXT("Cooking Started")));
+}
