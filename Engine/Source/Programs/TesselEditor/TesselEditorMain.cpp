@@ -30,8 +30,22 @@ namespace
 			{
 				CommandLine += TEXT(" ");
 			}
-			// Arguments with blanks keep their grouping in the single command line the engine passes around.
-			CommandLine += Arg.Contains(TEXT(" ")) ? FString(TEXT("\"")) + Arg + TEXT("\"") : Arg;
+			// Arguments with blanks keep their grouping in the single command line the engine passes around;
+			// in "-Key=Value" only the value is quoted, so that the option is still found by its name.
+			FString Key;
+			FString Value;
+			if (!Arg.Contains(TEXT(" ")))
+			{
+				CommandLine += Arg;
+			}
+			else if (Arg.StartsWith(TEXT("-")) && Arg.Split(TEXT("="), &Key, &Value))
+			{
+				CommandLine += Key + TEXT("=\"") + Value + TEXT("\"");
+			}
+			else
+			{
+				CommandLine += FString(TEXT("\"")) + Arg + TEXT("\"");
+			}
 		}
 		return CommandLine;
 	}
@@ -110,7 +124,7 @@ int main(int ArgC, char** ArgV)
 	FString Kit;
 	if (!FParse::Value(CommandLine, TEXT("-Kit="), Kit, false) || Kit.IsEmpty())
 	{
-		std::fprintf(stderr, "usage: TesselEditor -Kit=<kit folder> [-ListMods] [-OpenTab] [-Screenshot=<file.png>]\n");
+		std::fprintf(stderr, "usage: TesselEditor -Kit=<kit folder> [-ListMods | -Cook=<mod folder> | -OpenTab | -Screenshot=<file.png>] [-modasdlc] [-SetModID=<n>]\n");
 		return 2;
 	}
 	FPaths::SetKitRoot(FPaths::ConvertRelativePathToFull(Kit));
@@ -126,6 +140,19 @@ int main(int ArgC, char** ArgV)
 	{
 		std::fputs(TesselCommands::DescribeModCatalogue().ToUtf8().c_str(), stdout);
 		return 0;
+	}
+
+	FString CookModDir;
+	if (FParse::Value(CommandLine, TEXT("-Cook="), CookModDir, false))
+	{
+		const FString Result = TesselCommands::CookMod(CookModDir, [](const FString& Line) { std::puts(Line.ToUtf8().c_str()); });
+		if (Result.IsEmpty())
+		{
+			std::fprintf(stderr, "No mod folder named %s\n", CookModDir.ToUtf8().c_str());
+			return 1;
+		}
+		std::printf("Quillon Dev Kit: %s\n", Result.ToUtf8().c_str());
+		return Result == TEXT("Job Successful!!") ? 0 : 1;
 	}
 
 	FSlateApplication::Create(ArgC, ArgV);

@@ -9,6 +9,8 @@
 #include "STesselUI.h"
 #include "Testing/EditorServicesDouble.h"
 
+#include "HAL/PlatformMemory.h"
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -20,20 +22,6 @@
 
 namespace
 {
-	long ResidentKilobytes()
-	{
-		std::ifstream Status("/proc/self/status");
-		std::string Line;
-		while (std::getline(Status, Line))
-		{
-			if (Line.rfind("VmRSS:", 0) == 0)
-			{
-				return std::atol(Line.c_str() + 6);
-			}
-		}
-		return 0;
-	}
-
 	double SecondsSince(std::chrono::steady_clock::time_point Start)
 	{
 		return std::chrono::duration<double>(std::chrono::steady_clock::now() - Start).count();
@@ -79,7 +67,7 @@ int main(int ArgC, char** ArgV)
 
 	// The same child as a cook job of the tool.
 	TSharedRef<STesselTool> Tool = SNew(STesselTool);
-	const long MemoryBefore = ResidentKilobytes();
+	const int64 MemoryBefore = FPlatformMemory::GetResidentKilobytes();
 	Tool->OnCookMapClicked();
 	const int32 LinesBefore = Tool->LogMessages.Num();
 	double ChildSeconds = 0.0;
@@ -104,13 +92,13 @@ int main(int ArgC, char** ArgV)
 	}
 	const double TotalSeconds = SecondsSince(Start);
 	const int64 LogLines = Tool->LogMessages.Num() - LinesBefore;
-	const long MemoryAfter = ResidentKilobytes();
+	const int64 MemoryAfter = FPlatformMemory::GetResidentKilobytes();
 
 	std::printf("lines in the log: %lld (child printed %ld and its closing lines)\n", static_cast<long long>(LogLines), Lines);
 	std::printf("ticks: %lld, job wall time %.2f s, %.0f lines/s reaching the log\n", static_cast<long long>(Ticks), TotalSeconds,
 				LogLines / std::max(LastLineSeconds, 1e-9));
-	std::printf("memory: %.1f bytes per line (resident growth %ld KB)\n", (MemoryAfter - MemoryBefore) * 1024.0 / std::max<int64>(LogLines, 1),
-				MemoryAfter - MemoryBefore);
+	std::printf("memory: %.1f bytes per line (resident growth %lld KB)\n", (MemoryAfter - MemoryBefore) * 1024.0 / std::max<int64>(LogLines, 1),
+				static_cast<long long>(MemoryAfter - MemoryBefore));
 	std::printf("child run time: %.2f s as a job, %.2f s writing to /dev/null (ratio %.2f)\n", ChildSeconds, AloneSeconds,
 				ChildSeconds / std::max(AloneSeconds, 1e-9));
 

@@ -2,10 +2,17 @@
 
 #include "CoreMinimal.h"
 
+#include <functional>
+
 #define TESSEL_API __attribute__((visibility("default")))
 
 namespace TesselCommands
 {
 	// The kit's catalogue as the tool sees it: one line per mod, its folder name and its maps.
 	TESSEL_API FString DescribeModCatalogue();
+
+	// Cooks one mod as the "Cook Map" button would (or "Cook Game Mod" when it has no map), ticking the tool
+	// about 60 times a second until the queue has run empty. Each log line goes to OnLine as it arrives; the
+	// result is the text of the dialog that ends the run, or empty when the mod is unknown.
+	TESSEL_API FString CookMod(const FString& ModDir, const std::function<void(const FString&)>& OnLine);
 }

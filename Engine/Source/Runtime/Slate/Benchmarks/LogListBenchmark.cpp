@@ -11,29 +11,14 @@
 #include "Widgets/Text/STextBlock.h"
 #include "Widgets/Views/SListView.h"
 
+#include "HAL/PlatformMemory.h"
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <string>
-
-namespace
-{
-	long ResidentKilobytes()
-	{
-		std::ifstream Status("/proc/self/status");
-		std::string Line;
-		while (std::getline(Status, Line))
-		{
-			if (Line.rfind("VmRSS:", 0) == 0)
-			{
-				return std::atol(Line.c_str() + 6);
-			}
-		}
-		return 0;
-	}
-}
 
 int main(int ArgC, char** ArgV)
 {
@@ -59,7 +44,7 @@ int main(int ArgC, char** ArgV)
 	Window->show();
 	FSlateApplication::Get().Tick();
 
-	const long MemoryBefore = ResidentKilobytes();
+	const int64 MemoryBefore = FPlatformMemory::GetResidentKilobytes();
 	using FClock = std::chrono::steady_clock;
 	const auto Start = FClock::now();
 	double Slowest = 0.0;
@@ -91,15 +76,15 @@ int main(int ArgC, char** ArgV)
 		}
 	}
 	const double Total = std::chrono::duration<double>(FClock::now() - Start).count();
-	const long MemoryAfter = ResidentKilobytes();
+	const int64 MemoryAfter = FPlatformMemory::GetResidentKilobytes();
 	const bool bLastShown = List->IsItemVisible(LogMessages.Last());
 
 	std::printf("lines: %d in batches of %d\n", Lines, Batch);
 	std::printf("total: %.2f s (%.0f lines/s)\n", Total, Lines / Total);
 	std::printf("slowest batch: %.2f ms; first tenth of batches %.1f ms each, last tenth %.1f ms each\n", Slowest * 1000.0,
 				FirstTenth * 1000.0 / std::max(1, Batches / 10), LastTenth * 1000.0 / std::max(1, Batches / 10));
-	std::printf("memory: %.1f bytes per line (resident growth %ld KB)\n", (MemoryAfter - MemoryBefore) * 1024.0 / Lines,
-				MemoryAfter - MemoryBefore);
+	std::printf("memory: %.1f bytes per line (resident growth %lld KB)\n", (MemoryAfter - MemoryBefore) * 1024.0 / Lines,
+				static_cast<long long>(MemoryAfter - MemoryBefore));
 	std::printf("last line on screen: %s\n", bLastShown ? "yes" : "no");
 
 	Window.reset();

@@ -80,6 +80,19 @@ QWidget* SlateQt::MakeSlotHolder(SWidget& Child, const FMargin& Padding, EHorizo
 	return Holder;
 }
 
+void SlateQt::ClearLayout(QLayout* Layout)
+{
+	while (QLayoutItem* Item = Layout->takeAt(0))
+	{
+		if (QWidget* Holder = Item->widget())
+		{
+			Holder->hide();
+			Holder->deleteLater();
+		}
+		delete Item;
+	}
+}
+
 // Compound widgets -------------------------------------------------------------------------------------------
 
 SCompoundWidget::FChildSlotHandle& SCompoundWidget::FChildSlotHandle::operator[](const TSharedRef<SWidget>& InWidget)
@@ -145,29 +158,13 @@ void SBoxPanel::ClearChildren()
 	AttachedSlots = 0;
 	if (Layout)
 	{
-		while (QLayoutItem* Item = Layout->takeAt(0))
-		{
-			if (QWidget* Holder = Item->widget())
-			{
-				Holder->hide();
-				Holder->deleteLater();
-			}
-			delete Item;
-		}
+		SlateQt::ClearLayout(Layout);
 	}
 }
 
 TArray<TSharedRef<SWidget>> SBoxPanel::GetChildren() const
 {
-	TArray<TSharedRef<SWidget>> Children;
-	for (const FSlot& Slot : Slots)
-	{
-		if (Slot.Widget)
-		{
-			Children.Add(Slot.Widget.ToSharedRef());
-		}
-	}
-	return Children;
+	return WidgetsOfSlots(Slots);
 }
 
 QWidget* SBoxPanel::CreateQWidget()
@@ -302,30 +299,14 @@ void SScrollBox::ClearChildren()
 	AttachedSlots = 0;
 	if (Layout)
 	{
-		while (QLayoutItem* Item = Layout->takeAt(0))
-		{
-			if (QWidget* Holder = Item->widget())
-			{
-				Holder->hide();
-				Holder->deleteLater();
-			}
-			delete Item;
-		}
+		SlateQt::ClearLayout(Layout);
 		Layout->addStretch(1);
 	}
 }
 
 TArray<TSharedRef<SWidget>> SScrollBox::GetChildren() const
 {
-	TArray<TSharedRef<SWidget>> Children;
-	for (const FSlot& Slot : Slots)
-	{
-		if (Slot.Widget)
-		{
-			Children.Add(Slot.Widget.ToSharedRef());
-		}
-	}
-	return Children;
+	return WidgetsOfSlots(Slots);
 }
 
 QWidget* SScrollBox::CreateQWidget()
@@ -385,15 +366,7 @@ SSplitter::FSlot& SSplitter::AddSlot()
 
 TArray<TSharedRef<SWidget>> SSplitter::GetChildren() const
 {
-	TArray<TSharedRef<SWidget>> Children;
-	for (const FSlot& Slot : Slots)
-	{
-		if (Slot.Widget)
-		{
-			Children.Add(Slot.Widget.ToSharedRef());
-		}
-	}
-	return Children;
+	return WidgetsOfSlots(Slots);
 }
 
 QWidget* SSplitter::CreateQWidget()
@@ -433,15 +406,7 @@ SGridPanel::FSlot& SGridPanel::AddSlot(int32 Column, int32 Row)
 
 TArray<TSharedRef<SWidget>> SGridPanel::GetChildren() const
 {
-	TArray<TSharedRef<SWidget>> Children;
-	for (const FSlot& Slot : Slots)
-	{
-		if (Slot.Widget)
-		{
-			Children.Add(Slot.Widget.ToSharedRef());
-		}
-	}
-	return Children;
+	return WidgetsOfSlots(Slots);
 }
 
 QWidget* SGridPanel::CreateQWidget()

@@ -4,6 +4,7 @@
 #include <QtGlobal>
 
 #include "Framework/Application/SlateApplication.h"
+#include "Modules/ModuleManager.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +15,7 @@
 		::testing::InitGoogleTest(&ArgC, ArgV);                                                                        \
 		FSlateApplication::Create(ArgC, ArgV);                                                                         \
 		const int Result = RUN_ALL_TESTS();                                                                            \
+		FModuleManager::Get().UnloadAllModules();                                                                      \
 		FSlateApplication::Shutdown();                                                                                 \
 		return Result;                                                                                                 \
 	}

@@ -55,8 +55,27 @@ struct FSimpleSlot : TSlotBase<FSimpleSlot>
 {
 };
 
+// The widgets of a panel's slots, in slot order, for walks of the widget tree.
+template <typename SlotType>
+TArray<TSharedRef<SWidget>> WidgetsOfSlots(const TArray<SlotType>& Slots)
+{
+	TArray<TSharedRef<SWidget>> Children;
+	for (const SlotType& Slot : Slots)
+	{
+		if (Slot.Widget)
+		{
+			Children.Add(Slot.Widget.ToSharedRef());
+		}
+	}
+	return Children;
+}
+
+class QLayout;
+
 namespace SlateQt
 {
+	// Takes every item out of the layout; the slot holders go once the current event has returned.
+	void ClearLayout(QLayout* Layout);
 	// A Qt widget that holds Child with the slot's padding and alignment.
 	QWidget* MakeSlotHolder(SWidget& Child, const FMargin& Padding, EHorizontalAlignment HAlign, EVerticalAlignment VAlign);
 	QString ToQString(const FString& Text);
