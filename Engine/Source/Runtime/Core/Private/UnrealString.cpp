@@ -707,33 +707,33 @@ FString StringFormat::Format(const TCHAR* Fmt, const FArg* Args, int32 NumArgs)
 			continue;
 		}
 		// Gather the conversion in 8-bit form so that the C library does the number formatting.
-		std::string Spec = "%";
+		std::string Directive = "%";
 		while (*Pos == u'-' || *Pos == u'+' || *Pos == u' ' || *Pos == u'#' || *Pos == u'0')
 		{
-			Spec += static_cast<char>(*Pos++);
+			Directive += static_cast<char>(*Pos++);
 		}
 		int Width = -1;
 		if (*Pos == u'*')
 		{
 			Width = static_cast<int>(TakeArg()->Int);
-			Spec += std::to_string(Width);
+			Directive += std::to_string(Width);
 			++Pos;
 		}
 		while (FChar::IsDigit(*Pos))
 		{
-			Spec += static_cast<char>(*Pos++);
+			Directive += static_cast<char>(*Pos++);
 		}
 		if (*Pos == u'.')
 		{
-			Spec += static_cast<char>(*Pos++);
+			Directive += static_cast<char>(*Pos++);
 			if (*Pos == u'*')
 			{
-				Spec += std::to_string(TakeArg()->Int);
+				Directive += std::to_string(TakeArg()->Int);
 				++Pos;
 			}
 			while (FChar::IsDigit(*Pos))
 			{
-				Spec += static_cast<char>(*Pos++);
+				Directive += static_cast<char>(*Pos++);
 			}
 		}
 		int LongCount = 0;
@@ -775,29 +775,29 @@ FString StringFormat::Format(const TCHAR* Fmt, const FArg* Args, int32 NumArgs)
 			const bool bSigned = Conversion == u'd' || Conversion == u'i';
 			if (LongCount >= 2 || (LongCount == 1 && sizeof(long) == 8))
 			{
-				Spec += "ll";
-				Spec += static_cast<char>(Conversion);
+				Directive += "ll";
+				Directive += static_cast<char>(Conversion);
 				if (bSigned)
 				{
-					std::snprintf(Buffer, sizeof(Buffer), Spec.c_str(), static_cast<long long>(Arg->Int));
+					std::snprintf(Buffer, sizeof(Buffer), Directive.c_str(), static_cast<long long>(Arg->Int));
 				}
 				else
 				{
-					std::snprintf(Buffer, sizeof(Buffer), Spec.c_str(), static_cast<unsigned long long>(Arg->Int));
+					std::snprintf(Buffer, sizeof(Buffer), Directive.c_str(), static_cast<unsigned long long>(Arg->Int));
 				}
 			}
 			else
 			{
 				// Without a length modifier the engine reads a 32-bit value: a wider number shows its low half.
-				Spec += static_cast<char>(Conversion);
+				Directive += static_cast<char>(Conversion);
 				const uint32 Low = static_cast<uint32>(static_cast<uint64>(Arg->Int) & 0xFFFFFFFFu);
 				if (bSigned)
 				{
-					std::snprintf(Buffer, sizeof(Buffer), Spec.c_str(), static_cast<int>(static_cast<int32>(Low)));
+					std::snprintf(Buffer, sizeof(Buffer), Directive.c_str(), static_cast<int>(static_cast<int32>(Low)));
 				}
 				else
 				{
-					std::snprintf(Buffer, sizeof(Buffer), Spec.c_str(), static_cast<unsigned>(Low));
+					std::snprintf(Buffer, sizeof(Buffer), Directive.c_str(), static_cast<unsigned>(Low));
 				}
 			}
 			Out += StringConv::Utf8ToUtf16(Buffer);
@@ -812,11 +812,11 @@ FString StringFormat::Format(const TCHAR* Fmt, const FArg* Args, int32 NumArgs)
 		{
 			const FArg* Arg = TakeArg();
 			const double Value = Arg->Kind == FArg::Float ? Arg->Real : static_cast<double>(Arg->Int);
-			Spec += static_cast<char>(Conversion);
+			Directive += static_cast<char>(Conversion);
 			// Numbers in files must not follow the user's locale: the decimal point is always ".".
 			static const locale_t CLocale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(0));
 			const locale_t Previous = uselocale(CLocale);
-			std::snprintf(Buffer, sizeof(Buffer), Spec.c_str(), Value);
+			std::snprintf(Buffer, sizeof(Buffer), Directive.c_str(), Value);
 			uselocale(Previous);
 			Out += StringConv::Utf8ToUtf16(Buffer);
 			break;
@@ -837,18 +837,18 @@ FString StringFormat::Format(const TCHAR* Fmt, const FArg* Args, int32 NumArgs)
 			int PadWidth = 0;
 			bool bLeft = false;
 			{
-				size_t SpecPos = 1;
-				while (SpecPos < Spec.size() && (Spec[SpecPos] == '-' || Spec[SpecPos] == '+' || Spec[SpecPos] == ' ' ||
-												  Spec[SpecPos] == '#' || Spec[SpecPos] == '0'))
+				size_t DirectivePos = 1;
+				while (DirectivePos < Directive.size() && (Directive[DirectivePos] == '-' || Directive[DirectivePos] == '+' || Directive[DirectivePos] == ' ' ||
+												  Directive[DirectivePos] == '#' || Directive[DirectivePos] == '0'))
 				{
-					bLeft = bLeft || Spec[SpecPos] == '-';
-					++SpecPos;
+					bLeft = bLeft || Directive[DirectivePos] == '-';
+					++DirectivePos;
 				}
-				PadWidth = std::atoi(Spec.c_str() + SpecPos);
-				const size_t Dot = Spec.find('.');
+				PadWidth = std::atoi(Directive.c_str() + DirectivePos);
+				const size_t Dot = Directive.find('.');
 				if (Dot != std::string::npos)
 				{
-					Precision = static_cast<size_t>(std::atoi(Spec.c_str() + Dot + 1));
+					Precision = static_cast<size_t>(std::atoi(Directive.c_str() + Dot + 1));
 				}
 			}
 			const std::u16string_view Shown = Text.substr(0, Precision);
