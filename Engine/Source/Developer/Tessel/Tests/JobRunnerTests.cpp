@@ -254,3 +254,28 @@ TEST(JobRunnerTests, ANewToolTakesOverTheQueueOfAClosedOne)
 	// Its log holds only what it took itself: no banner of the request.
 	EXPECT_FALSE(Reopened->LogMessages[0]->Contains(TEXT("Cooking Started")));
 }
+
+TEST(JobRunnerTests, PartialLinesCarriageReturnsAndInvalidBytesReachTheLogIntact)
+{
+	{
+		FRunFixture Fixture(TEXT("-modasdlc"));
+		Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/StandIn.mode"), "partial@WindowsNoEditor");
+		Fixture.Tool->OnCookMapClicked();
+		ASSERT_TRUE(Fixture.TickUntil([] { return ActiveJobs.Num() == 1; }));
+		EXPECT_TRUE(Fixture.LogHas(TEXT("LogCook: Display: half a line")));
+		// Carriage returns are removed, not turned into line breaks; blank lines leave no entry.
+		EXPECT_TRUE(Fixture.LogHas(TEXT("secondline with a bare return")));
+		EXPECT_FALSE(Fixture.Tool->LogMessages.ContainsByPredicate([](const TSharedPtr<FString>& Line) { return Line->IsEmpty(); }));
+		ASSERT_TRUE(Fixture.RunToEnd());
+	}
+
+	FRunFixture Second;
+	Second.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/StandIn.mode"), "invalid-utf8");
+	Second.Tool->OnCookMapClicked();
+	ASSERT_TRUE(Second.RunToEnd());
+	const TSharedPtr<FString>* Bad = Second.Tool->LogMessages.FindByPredicate(
+		[](const TSharedPtr<FString>& Line) { return Line->Contains(TEXT("bad bytes")); });
+	ASSERT_NE(Bad, nullptr);
+	EXPECT_EQ(**Bad, FString(u"LogCook: Warning: bad bytes \uFFFD\uFFFD and a NUL \uFFFD here"));
+	EXPECT_EQ(Second.DialogText(), FString(TEXT("Job Successful!!")));
+}
