@@ -282,6 +282,9 @@ QWidget* STableViewBase::CreateQWidget()
 																  : QAbstractItemView::SingleSelection);
 	View->setVerticalScrollBarPolicy(bAlwaysShowScrollbar ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAsNeeded);
 	View->setEditTriggers(QAbstractItemView::NoEditTriggers);
+	// Focus only by a click: a list that took the window's first focus would mark a current row, which looks
+	// like a selection the list does not have.
+	View->setFocusPolicy(Qt::ClickFocus);
 	Layout->addWidget(View, 1);
 	QtWidget = Container;
 	RowsShown = 0;

@@ -130,6 +130,11 @@ namespace
 			{
 				Brush = MakeShared<FSlateBrush>();
 				Brush->ResourceName = Name;
+				// The kit's logo is drawn larger than the default icon size.
+				if (Name == TEXT("Merrow.MerrowLogo"))
+				{
+					Brush->ImageSize = FVector2D(40, 40);
+				}
 			}
 			return Brush.Get();
 		}
