@@ -41,25 +41,12 @@ bool FGuid::Parse(const FString& Text, FGuid& OutGuid)
 	uint32 Words[4] = {0, 0, 0, 0};
 	for (int32 Index = 0; Index < 32; ++Index)
 	{
-		const TCHAR Unit = Digits[Index];
-		uint32 Nibble;
-		if (Unit >= u'0' && Unit <= u'9')
-		{
-			Nibble = Unit - u'0';
-		}
-		else if (Unit >= u'A' && Unit <= u'F')
-		{
-			Nibble = Unit - u'A' + 10;
-		}
-		else if (Unit >= u'a' && Unit <= u'f')
-		{
-			Nibble = Unit - u'a' + 10;
-		}
-		else
+		const int32 Nibble = FChar::HexDigitValue(Digits[Index]);
+		if (Nibble < 0)
 		{
 			return false;
 		}
-		Words[Index / 8] = (Words[Index / 8] << 4) | Nibble;
+		Words[Index / 8] = (Words[Index / 8] << 4) | static_cast<uint32>(Nibble);
 	}
 	OutGuid = FGuid(Words[0], Words[1], Words[2], Words[3]);
 	return true;

@@ -251,14 +251,6 @@ void SEditableText::Construct(const FArguments& InArgs)
 	Shown = Text.Get().ToString();
 }
 
-void SEditableTextBox::Construct(const FArguments& InArgs)
-{
-	Text = InArgs._Text;
-	OnTextChanged = InArgs._OnTextChanged;
-	bIsPassword = InArgs._IsPassword;
-	Shown = Text.Get().ToString();
-}
-
 void SMultiLineEditableTextBox::Construct(const FArguments& InArgs)
 {
 	Text = InArgs._Text;

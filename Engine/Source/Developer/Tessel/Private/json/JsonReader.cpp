@@ -437,26 +437,13 @@ bool JsonReader::ParseStringToken()
 						SetErrorMessage(TEXT("String Token Abruptly Ended."));
 						return false;
 					}
-					const TCHAR Hex = ReadUnit();
-					uint32 Nibble;
-					if (Hex >= u'0' && Hex <= u'9')
-					{
-						Nibble = Hex - u'0';
-					}
-					else if (Hex >= u'a' && Hex <= u'f')
-					{
-						Nibble = Hex - u'a' + 10;
-					}
-					else if (Hex >= u'A' && Hex <= u'F')
-					{
-						Nibble = Hex - u'A' + 10;
-					}
-					else
+					const int32 Nibble = FChar::HexDigitValue(ReadUnit());
+					if (Nibble < 0)
 					{
 						SetErrorMessage(TEXT("Invalid Hexadecimal digit parsed."));
 						return false;
 					}
-					Code = (Code << 4) | Nibble;
+					Code = (Code << 4) | static_cast<uint32>(Nibble);
 				}
 				Char = static_cast<TCHAR>(Code);
 				break;

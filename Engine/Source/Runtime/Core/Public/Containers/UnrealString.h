@@ -240,6 +240,23 @@ namespace FChar
 	CORE_API TCHAR ToUpper(TCHAR Character);
 	CORE_API bool IsWhitespace(TCHAR Character);
 	inline bool IsDigit(TCHAR Character) { return Character >= u'0' && Character <= u'9'; }
+	// The value of a hexadecimal digit in either letter case; -1 for any other unit.
+	inline int32 HexDigitValue(TCHAR Character)
+	{
+		if (Character >= u'0' && Character <= u'9')
+		{
+			return Character - u'0';
+		}
+		if (Character >= u'a' && Character <= u'f')
+		{
+			return Character - u'a' + 10;
+		}
+		if (Character >= u'A' && Character <= u'F')
+		{
+			return Character - u'A' + 10;
+		}
+		return -1;
+	}
 }
 
 // Conversion between the tool's 16-bit text and UTF-8 at the edge to the operating system. Invalid input never

@@ -129,16 +129,9 @@ protected:
 	QWidget* CreateQWidget() override { return CreateLineEdit(false); }
 };
 
-class SEditableTextBox : public SEditableTextBase
+// The same as SEditableText, with a frame around the text.
+class SEditableTextBox : public SEditableText
 {
-public:
-	SLATE_BEGIN_ARGS(SEditableTextBox) : _IsPassword(false) {}
-	SLATE_ATTRIBUTE(FText, Text)
-	SLATE_EVENT(FOnTextChanged, OnTextChanged)
-	SLATE_ARGUMENT(bool, IsPassword)
-	SLATE_END_ARGS()
-	void Construct(const FArguments& InArgs);
-
 protected:
 	QWidget* CreateQWidget() override { return CreateLineEdit(true); }
 };
