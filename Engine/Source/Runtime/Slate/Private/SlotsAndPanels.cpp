@@ -156,6 +156,7 @@ void SBoxPanel::ClearChildren()
 {
 	Slots.Empty();
 	AttachedSlots = 0;
+	bTrailingStretch = false;
 	if (Layout)
 	{
 		SlateQt::ClearLayout(Layout);
@@ -175,6 +176,7 @@ QWidget* SBoxPanel::CreateQWidget()
 	Layout->setContentsMargins(0, 0, 0, 0);
 	Layout->setSpacing(0);
 	AttachedSlots = 0;
+	bTrailingStretch = false;
 	QtWidget = Widget;
 	AttachPendingSlots();
 	return Widget;
@@ -182,7 +184,7 @@ QWidget* SBoxPanel::CreateQWidget()
 
 void SBoxPanel::AttachPendingSlots()
 {
-	if (!Layout)
+	if (!Layout || AttachedSlots >= Slots.Num())
 	{
 		return;
 	}
@@ -194,12 +196,17 @@ void SBoxPanel::AttachPendingSlots()
 			continue;
 		}
 		QWidget* Holder = SlateQt::MakeSlotHolder(*Slot.Widget, Slot.SlotPadding, Slot.HAlignment, Slot.VAlignment);
-		// Fill slots share the room by their values; auto slots keep their natural size.
-		Layout->addWidget(Holder, Slot.bAuto ? 0 : std::max(1, static_cast<int>(Slot.Fill * 100.0f)));
+		// Fill slots share the room by their values; auto slots keep their natural size. New slots stand
+		// before the closing stretch, if there is one.
+		const int Stretch = Slot.bAuto ? 0 : std::max(1, static_cast<int>(Slot.Fill * 100.0f));
+		Layout->insertWidget(bTrailingStretch ? Layout->count() - 1 : Layout->count(), Holder, Stretch);
 	}
-	if (Orientation == Orient_Horizontal && std::all_of(Slots.begin(), Slots.end(), [](const FSlot& S) { return S.bAuto; }))
+	// A row of natural-size slots keeps them at its start, as the toolkit lays them out.
+	if (!bTrailingStretch && Orientation == Orient_Horizontal &&
+		std::all_of(Slots.begin(), Slots.end(), [](const FSlot& S) { return S.bAuto; }))
 	{
 		Layout->addStretch(1);
+		bTrailingStretch = true;
 	}
 }
 

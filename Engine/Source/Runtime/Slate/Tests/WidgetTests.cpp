@@ -82,7 +82,9 @@ TEST(WidgetTests, BoundAttributesAreAskedAgainEveryFrame)
 	EXPECT_EQ(QtOf<QLabel>(Text)->text(), QString("second"));
 	EXPECT_TRUE(QtOf<QPushButton>(Button)->isEnabled());
 
-	// Hidden keeps the button's place in the row, Collapsed gives it up.
+	// Hidden keeps the button's place in the row, Collapsed gives it up. The new label's size reaches the
+	// outer layouts over a few frames; the place is measured once they have settled.
+	TickFrames(5);
 	const int NeighbourX = Neighbour->GetQWidget()->mapTo(Window.Window.get(), QPoint(0, 0)).x();
 	Visibility = EVisibility::Hidden;
 	TickFrames();
@@ -92,6 +94,27 @@ TEST(WidgetTests, BoundAttributesAreAskedAgainEveryFrame)
 	TickFrames();
 	EXPECT_LT(Neighbour->GetQWidget()->mapTo(Window.Window.get(), QPoint(0, 0)).x(), NeighbourX);
 	EXPECT_EQ(Button->GetQWidget()->objectName(), QString("Go"));
+}
+
+TEST(WidgetTests, ARowOfAutoSlotsKeepsItsLayoutFromFrameToFrame)
+{
+	TSharedPtr<SHorizontalBox> Row;
+	TSharedRef<SWidget> Root = SAssignNew(Row, SHorizontalBox)
+		+ SHorizontalBox::Slot().AutoWidth()[SNew(STextBlock).Text(LOCTEXT("A", "a"))]
+		+ SHorizontalBox::Slot().AutoWidth()[SNew(STextBlock).Text(LOCTEXT("B", "b"))];
+	FTestWindow Window(Root);
+	QLayout* Layout = Row->GetQWidget()->layout();
+	const int ItemsAtFirst = Layout->count();
+	EXPECT_EQ(ItemsAtFirst, 3); // two slots and the stretch that keeps them at the left
+	TickFrames(50);
+	EXPECT_EQ(Layout->count(), ItemsAtFirst);
+
+	// A slot added later stands before the stretch.
+	Row->AddSlot().AutoWidth()[SNew(STextBlock).Text(LOCTEXT("C", "c"))];
+	TickFrames(5);
+	ASSERT_EQ(Layout->count(), 4);
+	EXPECT_EQ(Layout->itemAt(3)->widget(), nullptr);
+	EXPECT_NE(Layout->itemAt(2)->widget(), nullptr);
 }
 
 TEST(WidgetTests, ButtonsCallTheirHandlerOnlyWhenEnabled)

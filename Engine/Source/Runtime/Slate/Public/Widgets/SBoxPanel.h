@@ -43,6 +43,7 @@ protected:
 	EOrientation Orientation;
 	TArray<FSlot> Slots;
 	int32 AttachedSlots = 0;
+	bool bTrailingStretch = false;
 	QBoxLayout* Layout = nullptr;
 };
 
