@@ -59,9 +59,14 @@ void SWidget::ApplyVisibilityAndEnabled()
 		return;
 	}
 	const EVisibility Visibility = GetVisibility();
-	QSizePolicy Policy = Widget->sizePolicy();
-	Policy.setRetainSizeWhenHidden(Visibility == EVisibility::Hidden);
-	Widget->setSizePolicy(Policy);
+	// Set only on a change: every set asks the layouts above to lay out again, and this runs every frame.
+	const bool bRetain = Visibility == EVisibility::Hidden;
+	if (Widget->sizePolicy().retainSizeWhenHidden() != bRetain)
+	{
+		QSizePolicy Policy = Widget->sizePolicy();
+		Policy.setRetainSizeWhenHidden(bRetain);
+		Widget->setSizePolicy(Policy);
+	}
 	const bool bShow = Visibility == EVisibility::Visible;
 	// Only widgets inside a window are shown or hidden; a top-level widget waits for its window.
 	if (Widget->parentWidget() && Widget->isHidden() == bShow)
