@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 TEST(JsonWriterTests, LayoutOfEveryKindOfMember)
 {
 	TSharedPtr<FJsonObject> Root = MakeShared<FJsonObject>();
@@ -137,4 +139,19 @@ TEST(JsonWriterTests, AccessorsOfTheWrongKindGiveEmptyResults)
 	EXPECT_EQ(Out, FString(TEXT("kept")));
 	EXPECT_TRUE(Object.TryGetStringField(TEXT("num"), Out));
 	EXPECT_EQ(Out, FString(TEXT("5")));
+}
+
+// A number too large for a double reads as infinity, and the writer's "%.17g" form of it is no JSON token: such a
+// document can't make the round trip, which is why the fuzz target exempts it.
+TEST(JsonWriterTests, AnOverflowingNumberReadsAsInfinityAndDoesNotReadBack)
+{
+	const FParseResult Read = ParseJson(u"{\"n\":1.5e501}");
+	ASSERT_TRUE(Read.bOk) << Read.Error.ToUtf8();
+	EXPECT_TRUE(std::isinf(Read.Object->GetNumberField(TEXT("n"))));
+
+	const std::u16string Written = WriteJson(Read.Object);
+	EXPECT_EQ(Written, u"{\r\n\t\"n\": inf\r\n}");
+	const FParseResult Again = ParseJson(Written);
+	EXPECT_FALSE(Again.bOk);
+	EXPECT_EQ(Again.Error, TEXT("Invalid Json Token. Line: 2 Ch: 7"));
 }
