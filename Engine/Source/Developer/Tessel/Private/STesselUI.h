@@ -60,7 +60,34 @@ public:
 	FReply OnCancelClicked();
 	bool CanCancel() const;
 	EVisibility GetStatusVisibility() const;
+
+	// The details panel: bound getters, change handlers and guards of the form.
+	FText GetModDirText() const;
+	FText GetMapsText() const;
+	FText GetTitleText() const;
+	FText GetDescriptionText() const;
+	FText GetChangeNotesText() const;
+	void OnMapsChanged(const FText& InText);
+	void OnTitleChanged(const FText& InText);
+	void OnDescriptionChanged(const FText& InText);
+	void OnChangeNotesChanged(const FText& InText);
+	void OnTestOutputDirChanged(const FText& InText);
+	FString GetVisibilityString() const;
+	void OnVisibilitySelected(TSharedPtr<FString> Item, ESelectInfo::Type SelectInfo);
+	TSharedRef<SWidget> MakeVisibilityRow(TSharedPtr<FString> Item);
+	bool IsTagActive(const FString& Tag) const;
+	void OnTagStateChanged(FString Tag, ECheckBoxState State);
+	const FSlateBrush* GetPreviewBrush() const;
+	FReply OnBrowsePreviewImage();
 	void RefreshPreviewBrush();
+	bool CanCookMap() const;
+	bool CanResetPublisherId() const;
+	bool CanUpload() const;
+	void OnViewItem();
+	EVisibility GetViewItemVisibility() const;
+	// The address of the selected item's page on the Workshop.
+	FString GetWorkshopItemUrl() const;
+	FReply OnUploadClicked();
 	// Opens the dialog that ends a run: success when some log line says so.
 	void ShowResultDialog();
 

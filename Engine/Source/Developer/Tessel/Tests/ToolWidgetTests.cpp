@@ -6,6 +6,7 @@
 #include <QVBoxLayout>
 
 #include "SlateTestMain.h"
+#include "ToolWindow.h"
 
 #include "HAL/PlatformFile.h"
 #include "STesselUI.h"
@@ -18,63 +19,6 @@
 #include <memory>
 
 TESSEL_WIDGET_TEST_MAIN()
-
-namespace
-{
-	// The tool in a shown window, as the tab holds it.
-	struct FOpenTool
-	{
-		FOpenTool()
-		{
-			Tool = SNew(STesselTool);
-			Window = std::make_unique<QWidget>();
-			QVBoxLayout* Layout = new QVBoxLayout(Window.get());
-			Layout->setContentsMargins(0, 0, 0, 0);
-			Layout->addWidget(Tool->GetQWidget());
-			Window->resize(1000, 700);
-			Window->show();
-			TickFrames();
-		}
-		~FOpenTool() { Close(); }
-		void Close()
-		{
-			Tool.Reset();
-			Window.reset();
-			TickFrames();
-		}
-		TSharedPtr<SWidget> Find(const TCHAR* Key) const { return FindWidgetByKey(Tool.ToSharedRef(), Key); }
-		QPushButton* Button(const TCHAR* Key) const
-		{
-			TSharedPtr<SWidget> Widget = Find(Key);
-			return Widget ? qobject_cast<QPushButton*>(Widget->GetQWidget()) : nullptr;
-		}
-		int32 RowsOf(QWidget* ListContainer) const
-		{
-			QAbstractItemView* View = ListContainer ? ListContainer->findChild<QAbstractItemView*>() : nullptr;
-			return View ? View->model()->rowCount() : -1;
-		}
-
-		TSharedPtr<STesselTool> Tool;
-		std::unique_ptr<QWidget> Window;
-	};
-
-	struct FJobGuard
-	{
-		// A job whose child runs until it is cancelled.
-		FJobGuard()
-		{
-			ActiveJobs.Add(MakeShared<FCookJob>(FModSetup(), TEXT(TESSEL_FAKE_CHILD), TEXT("hang"), FString(), FString(), FString(), 0u, true, false));
-		}
-		~FJobGuard()
-		{
-			for (const TSharedPtr<FCookJob>& Job : ActiveJobs)
-			{
-				Job->Process->Cancel(true);
-			}
-			ActiveJobs.Empty();
-		}
-	};
-}
 
 TEST(ToolWidgetTests, FirstOpenWithoutModsShowsTheNoModsViewWithBothLogButtonsDisabled)
 {

@@ -168,9 +168,13 @@ int main(int ArgC, char** ArgV)
 		Mode = ModePlatform == Args.TargetPlatform ? ModeName : FString();
 	}
 
-	Print(FString::Printf(TEXT("LogInit: Display: Running engine for game: Orrery")));
+	Print(TEXT("LogInit: Display: Running engine for game: Orrery"));
+	Print(TEXT("LogInit: Display: Project file: ") + Args.Project);
 	Print(FString::Printf(TEXT("LogCook: Display: Cook target platform %s for mod %s (kind %u, GUID %s)"), *Args.TargetPlatform,
 						  *ModName, Kind, *Args.ModGuid));
+	Print(TEXT("LogCook: Display: Cooking for maps: ") + (Args.Maps.Num() > 0 ? FString::Join(Args.Maps, TEXT(", ")) : FString(TEXT("(none)"))));
+	Print(TEXT("LogAssetRegistry: Display: Asset registry cache read in 0.02 seconds"));
+	Print(TEXT("LogCook: Display: Output: ") + Cooked);
 	std::fflush(stdout);
 
 	if (Mode == TEXT("crash"))
@@ -211,19 +215,29 @@ int main(int ArgC, char** ArgV)
 	{
 		IPlatformFile& Platform = FPlatformFileManager::Get().GetPlatformFile();
 		Platform.CreateDirectoryTree(*Cooked);
+		TArray<FString> Files;
 		Platform.IterateDirectoryRecursively(*Source,
 											 [&](const TCHAR* Path, bool bIsDirectory)
 											 {
-												 const FString Relative = FString(Path).Mid(Source.Len());
-												 if (!bIsDirectory && !Relative.EndsWith(TEXT("StandIn.mode")))
+												 if (!bIsDirectory && !FString(Path).EndsWith(TEXT("StandIn.mode")))
 												 {
-													 Platform.CopyFile(*(Cooked + Relative), Path);
-													 Print(FString::Printf(TEXT("LogCook: Display: Cooking %s"), *Relative));
-													 ++Packages;
+													 Files.Add(FString(Path).Mid(Source.Len()));
 												 }
 												 return true;
 											 });
+		Files.Sort();
+		for (const FString& Relative : Files)
+		{
+			Platform.CopyFile(*(Cooked + Relative), *(Source + Relative));
+			++Packages;
+			Print(FString::Printf(TEXT("LogCook: Display: Cooking %s"), *Relative));
+			Print(FString::Printf(TEXT("LogSavePackage: Display: Saved %s (%lld bytes)"), *(Cooked + Relative),
+								  Platform.FileSize(*(Cooked + Relative))));
+			Print(FString::Printf(TEXT("LogCook: Display: Cooked packages %d Packages Remain %d Total %d"), Packages,
+								  Files.Num() - Packages, Files.Num()));
+		}
 
+		Print(TEXT("LogCook: Display: Writing mod.info and modmeta.info"));
 		TUniquePtr<FArchive> Info(IFileManager::Get().CreateFileWriter(*(Cooked / TEXT("mod.info"))));
 		FString Leading = FString::Printf(TEXT("%s %s"), *ModName, *Args.TargetPlatform);
 		TArray<FString> Maps = Args.Maps;
@@ -262,11 +276,7 @@ int main(int ArgC, char** ArgV)
 			pause();
 		}
 	}
-	for (int32 Step = 0; Step < 200; ++Step)
-	{
-		Print(FString::Printf(TEXT("LogCook: Display: Cooked packages %d Packages Remain %d Total %d"), Packages + Step, 200 - Step,
-							  Packages + 200));
-	}
+	Print(FString::Printf(TEXT("LogCook: Display: Cook finished: %d packages cooked for %s"), Packages, *Args.TargetPlatform));
 	Print(TEXT("LogCook: Display: Done!"));
 	if (Mode != TEXT("no-success"))
 	{

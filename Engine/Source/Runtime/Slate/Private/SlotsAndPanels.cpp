@@ -428,12 +428,29 @@ QWidget* SGridPanel::CreateQWidget()
 	}
 	for (FSlot& Slot : Slots)
 	{
-		if (Slot.Widget)
+		if (!Slot.Widget)
 		{
-			// Several widgets may share one cell; each takes its own alignment in it.
-			Grid->addWidget(SlateQt::MakeSlotHolder(*Slot.Widget, Slot.SlotPadding, Slot.HAlignment, Slot.VAlignment),
-							Slot.Row, Slot.Column);
+			continue;
 		}
+		// Several widgets may share one cell; each takes its own alignment in it.
+		QWidget* Holder = SlateQt::MakeSlotHolder(*Slot.Widget, Slot.SlotPadding, Slot.HAlignment, Slot.VAlignment);
+		// The columns share the width by their fill values whatever the cells hold: a long text wraps in its
+		// column instead of pushing the other one aside. Only what can't shrink (a row of fixed-width buttons)
+		// keeps its least width.
+		QWidget* Child = Slot.Widget->GetQWidget();
+		if (QLabel* Label = qobject_cast<QLabel*>(Child))
+		{
+			Label->setWordWrap(true);
+			Label->setMinimumWidth(0);
+		}
+		else if (!Child->inherits("QLineEdit") && !Child->inherits("QAbstractScrollArea"))
+		{
+			Holder->setMinimumWidth(Holder->minimumSizeHint().width());
+		}
+		QSizePolicy Policy = Holder->sizePolicy();
+		Policy.setHorizontalPolicy(QSizePolicy::Ignored);
+		Holder->setSizePolicy(Policy);
+		Grid->addWidget(Holder, Slot.Row, Slot.Column);
 	}
 	return Widget;
 }

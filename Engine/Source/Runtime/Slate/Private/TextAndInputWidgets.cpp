@@ -1,9 +1,14 @@
 #include <QCheckBox>
+#include <QGraphicsDropShadowEffect>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPlainTextEdit>
+#include <QTextCursor>
+#include <QTextDocument>
+
+#include <algorithm>
 #include <QPushButton>
 
 #include "Widgets/Input/SComboBox.h"
@@ -19,6 +24,7 @@ using SlateQt::ToQString;
 void STextBlock::Construct(const FArguments& InArgs)
 {
 	Justification = InArgs._Justification;
+	TextStyleName = InArgs._TextStyleName;
 	bAutoWrap = InArgs._AutoWrapText;
 	SetText(InArgs._Text);
 }
@@ -41,6 +47,19 @@ QWidget* STextBlock::CreateQWidget()
 	Label->setAlignment(Justification == ETextJustify::Center  ? Qt::AlignCenter
 						: Justification == ETextJustify::Right ? Qt::AlignRight | Qt::AlignVCenter
 															   : Qt::AlignLeft | Qt::AlignVCenter);
+	if (TextStyleName == TEXT("EmbossedText"))
+	{
+		// Raised lettering: a larger bold face over a light edge one pixel below and to the right.
+		QFont Font = Label->font();
+		Font.setBold(true);
+		Font.setPointSizeF(Font.pointSizeF() * 1.25);
+		Label->setFont(Font);
+		QGraphicsDropShadowEffect* Edge = new QGraphicsDropShadowEffect(Label);
+		Edge->setOffset(1.0, 1.0);
+		Edge->setBlurRadius(0.0);
+		Edge->setColor(QColor(255, 255, 255, 200));
+		Label->setGraphicsEffect(Edge);
+	}
 	QtWidget = Label;
 	bShownOnce = false;
 	RefreshAttributes();
@@ -52,11 +71,18 @@ void STextBlock::RefreshAttributes()
 	if (QLabel* Label = qobject_cast<QLabel*>(QtWidget.data()))
 	{
 		const FString Now = Text.Get().ToString();
-		if (!bShownOnce || Now != ShownText)
+		if (!bShownOnce || Now != ShownText || Label->wordWrap() != bShownWrapped)
 		{
 			ShownText = Now;
 			bShownOnce = true;
-			Label->setText(ToQString(Now));
+			bShownWrapped = Label->wordWrap();
+			QString Shown = ToQString(Now);
+			if (Label->wordWrap())
+			{
+				// A wrapped line may also break after a path separator, so that a long path stays readable.
+				Shown.replace(QLatin1Char('\\'), QStringLiteral("\\\u200B")).replace(QLatin1Char('/'), QStringLiteral("/\u200B"));
+			}
+			Label->setText(Shown);
 		}
 	}
 	SWidget::RefreshAttributes();
@@ -243,6 +269,15 @@ QWidget* SHyperlink::CreateQWidget()
 
 // Editable texts -----------------------------------------------------------------------------------------------
 
+namespace
+{
+	// A text without a frame reads as a label: as wide as what it shows.
+	void FitLineToText(QLineEdit* Line)
+	{
+		Line->setMinimumWidth(Line->fontMetrics().horizontalAdvance(Line->text()) + 12);
+	}
+}
+
 void SEditableText::Construct(const FArguments& InArgs)
 {
 	Text = InArgs._Text;
@@ -280,18 +315,29 @@ void SEditableTextBase::ShowText(const FString& NewText)
 {
 	Shown = NewText;
 	bUpdatingQt = true;
+	// Text that changed under the user's hands keeps the cursor where it was, as far as the new text reaches.
 	if (QLineEdit* Line = qobject_cast<QLineEdit*>(QtWidget.data()))
 	{
 		if (FromQString(Line->text()) != NewText)
 		{
+			const int Cursor = Line->cursorPosition();
 			Line->setText(ToQString(NewText));
+			Line->setCursorPosition(std::min(Cursor, static_cast<int>(Line->text().size())));
+			if (!Line->hasFrame())
+			{
+				FitLineToText(Line);
+			}
 		}
 	}
 	else if (QPlainTextEdit* Edit = qobject_cast<QPlainTextEdit*>(QtWidget.data()))
 	{
 		if (FromQString(Edit->toPlainText()) != NewText)
 		{
+			const int Cursor = Edit->textCursor().position();
 			Edit->setPlainText(ToQString(NewText));
+			QTextCursor Moved = Edit->textCursor();
+			Moved.setPosition(std::min(Cursor, static_cast<int>(Edit->document()->characterCount() - 1)));
+			Edit->setTextCursor(Moved);
 		}
 	}
 	bUpdatingQt = false;
@@ -301,6 +347,13 @@ QWidget* SEditableTextBase::CreateLineEdit(bool bFrame)
 {
 	QLineEdit* Line = new QLineEdit(ToQString(Shown));
 	Line->setFrame(bFrame);
+	// A text that nobody hears change only shows a value: it can be selected and copied, not edited.
+	Line->setReadOnly(!OnTextChanged.IsBound());
+	if (!bFrame)
+	{
+		Line->setStyleSheet(QStringLiteral("QLineEdit { background: transparent; }"));
+		FitLineToText(Line);
+	}
 	if (bIsPassword)
 	{
 		Line->setEchoMode(QLineEdit::Password);

@@ -135,6 +135,11 @@ namespace
 				{
 					Brush->ImageSize = FVector2D(40, 40);
 				}
+				// The checkerboard stands for "no image" and covers the whole area it is given.
+				if (Name == TEXT("Checkerboard"))
+				{
+					Brush->Tiling = ESlateBrushTileType::Both;
+				}
 			}
 			return Brush.Get();
 		}

@@ -3,6 +3,14 @@
 #include "CoreMinimal.h"
 #include "Layout/Margin.h"
 
+enum class ESlateBrushTileType
+{
+	NoTile,
+	Horizontal,
+	Vertical,
+	Both,
+};
+
 // How an area is painted: a named image of a style set, a plain colour, or an image file.
 struct FSlateBrush
 {
@@ -10,17 +18,10 @@ struct FSlateBrush
 	FVector2D ImageSize{16, 16};
 	FLinearColor Tint;
 	bool bIsDynamic = false;  // loaded from ResourceName when first drawn
+	ESlateBrushTileType Tiling = ESlateBrushTileType::NoTile;  // Both: the image repeats over the whole area
 
 	virtual ~FSlateBrush() = default;
 	const FString& GetResourceName() const { return ResourceName; }
-};
-
-enum class ESlateBrushTileType
-{
-	NoTile,
-	Horizontal,
-	Vertical,
-	Both,
 };
 
 enum class ESlateBrushImageType
@@ -42,6 +43,7 @@ struct FSlateDynamicImageBrush : FSlateBrush
 		ResourceName = InImagePath;
 		ImageSize = InImageSize;
 		Tint = InTint;
+		Tiling = InTiling;
 		bIsDynamic = true;
 	}
 };

@@ -33,6 +33,8 @@ private:
 	TAttribute<FText> Text;
 	ETextJustify::Type Justification = ETextJustify::Left;
 	bool bAutoWrap = false;
+	FString TextStyleName;
 	FString ShownText;
 	bool bShownOnce = false;
+	bool bShownWrapped = false;
 };
