@@ -1,11 +1,7 @@
 // The host that plays the editor for the tool: it points the engine's paths at a kit, loads the Tessel module,
 // offers its tab in a Window menu, docks the tab when it opens and drives the frame at about 60 Hz.
 
-#include <QAction>
 #include <QApplication>
-#include <QDockWidget>
-#include <QMainWindow>
-#include <QMenuBar>
 #include <QTimer>
 
 #include "CoreMinimal.h"
@@ -13,10 +9,12 @@
 #include "Framework/Application/SlateApplication.h"
 #include "Framework/Docking/TabManager.h"
 #include "Modules/ModuleManager.h"
+#include "HostWindow.h"
 #include "TesselCommands.h"
+#include "WindowScript.h"
 
 #include <cstdio>
-#include <map>
+#include <memory>
 
 namespace
 {
@@ -50,69 +48,19 @@ namespace
 		return CommandLine;
 	}
 
-	// The editor's main window: a dock area and a Window menu with every registered tab.
-	class FHostWindow : public QMainWindow
+	// The host's services: Qt's windows and dialogs, with each dialog's text also handed to the scripted run.
+	class FHostEditorServices : public FQtEditorServices
 	{
 	public:
-		FHostWindow()
+		void OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content) override
 		{
-			setWindowTitle(QStringLiteral("Tessel Editor"));
-			resize(1200, 760);
-			setDockNestingEnabled(true);
-			QMenu* WindowMenu = menuBar()->addMenu(QStringLiteral("&Window"));
-			for (const FTabSpawnerEntry& Entry : FGlobalTabmanager::Get()->GetNomadTabSpawners())
+			if (Script)
 			{
-				const FString TabId = Entry.GetTabId();
-				QAction* Action = WindowMenu->addAction(SlateQt::ToQString(Entry.GetDisplayName().ToString()));
-				connect(Action, &QAction::triggered, [this, TabId] { OpenTab(TabId); });
+				Script->OnDialog(Title.ToString(), Content->GetDisplayText());
 			}
-			WindowMenu->addSeparator();
-			connect(WindowMenu->addAction(QStringLiteral("&Quit")), &QAction::triggered, this, &QWidget::close);
+			FQtEditorServices::OpenDialog(Title, Content);
 		}
-
-		void OpenTab(const FString& TabId)
-		{
-			if (Docks.count(TabId))
-			{
-				Docks[TabId]->raise();
-				return;
-			}
-			TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->InvokeTab(TabId);
-			if (!Tab)
-			{
-				return;
-			}
-			QDockWidget* Dock = new QDockWidget(SlateQt::ToQString(Tab->GetTabLabel().ToString()), this);
-			Dock->setAttribute(Qt::WA_DeleteOnClose);
-			Dock->setWidget(Tab->GetQWidget());
-			addDockWidget(Qt::LeftDockWidgetArea, Dock);
-			Tabs[TabId] = Tab;
-			Docks[TabId] = Dock;
-			// Closing the tab releases it, and with it the tool widget.
-			connect(Dock, &QObject::destroyed, [this, TabId] { CloseTab(TabId); });
-		}
-
-		void CloseTab(const FString& TabId)
-		{
-			Docks.erase(TabId);
-			Tabs.erase(TabId);
-		}
-
-		void CloseAllTabs()
-		{
-			while (!Docks.empty())
-			{
-				QDockWidget* Dock = Docks.begin()->second;
-				const FString TabId = Docks.begin()->first;
-				Dock->setWidget(nullptr);
-				CloseTab(TabId);
-				delete Dock;
-			}
-		}
-
-	private:
-		std::map<FString, QDockWidget*> Docks;
-		std::map<FString, TSharedPtr<SDockTab>> Tabs;
+		FWindowScript* Script = nullptr;
 	};
 }
 
@@ -124,7 +72,7 @@ int main(int ArgC, char** ArgV)
 	FString Kit;
 	if (!FParse::Value(CommandLine, TEXT("-Kit="), Kit, false) || Kit.IsEmpty())
 	{
-		std::fprintf(stderr, "usage: TesselEditor -Kit=<kit folder> [-ListMods | -Cook=<mod folder> | -OpenTab | -Screenshot=<file.png>] [-modasdlc] [-SetModID=<n>]\n");
+		std::fprintf(stderr, "usage: TesselEditor -Kit=<kit folder> [-ListMods | -Cook=<mod folder> [-Screenshot=<file.png>] | -OpenTab | -Screenshot=<file.png>] [-modasdlc] [-SetModID=<n>] [-ModTitle=<title>]\n");
 		return 2;
 	}
 	FPaths::SetKitRoot(FPaths::ConvertRelativePathToFull(Kit));
@@ -143,7 +91,10 @@ int main(int ArgC, char** ArgV)
 	}
 
 	FString CookModDir;
-	if (FParse::Value(CommandLine, TEXT("-Cook="), CookModDir, false))
+	const bool bCook = FParse::Value(CommandLine, TEXT("-Cook="), CookModDir, false);
+	FString ScreenshotPath;
+	const bool bScreenshot = FParse::Value(CommandLine, TEXT("-Screenshot="), ScreenshotPath, false);
+	if (bCook && !bScreenshot)
 	{
 		const FString Result = TesselCommands::CookMod(CookModDir, [](const FString& Line) { std::puts(Line.ToUtf8().c_str()); });
 		if (Result.IsEmpty())
@@ -166,22 +117,32 @@ int main(int ArgC, char** ArgV)
 	int Result = 0;
 	{
 		FHostWindow Window;
-		TSharedPtr<FQtEditorServices> Services = MakeShared<FQtEditorServices>();
+		TSharedPtr<FHostEditorServices> Services = MakeShared<FHostEditorServices>();
 		IEditorServices::Set(Services);
 
 		QTimer Frame;
 		QObject::connect(&Frame, &QTimer::timeout, [] { FSlateApplication::Get().Tick(1.0f / 60.0f, false); });
 		Frame.start(16);
 
-		FString ScreenshotPath;
-		const bool bScreenshot = FParse::Value(CommandLine, TEXT("-Screenshot="), ScreenshotPath, false);
+		// -OpenTab and the scripted runs open the tool's tab whatever the last layout was.
 		if (FParse::Param(CommandLine, TEXT("OpenTab")) || bScreenshot)
 		{
 			Window.OpenTab(TEXT("TesselTools"));
 		}
+		else
+		{
+			Window.RestoreTabs();
+		}
 		Window.show();
 
-		if (bScreenshot)
+		std::unique_ptr<FWindowScript> Script;
+		if (bScreenshot && bCook)
+		{
+			Script = std::make_unique<FWindowScript>(Window, CookModDir, ScreenshotPath);
+			Services->Script = Script.get();
+			Script->Start();
+		}
+		else if (bScreenshot)
 		{
 			// A few frames so that bound values and lazily loaded images are drawn, then the picture.
 			QTimer::singleShot(500, [&Window, ScreenshotPath]
@@ -193,6 +154,7 @@ int main(int ArgC, char** ArgV)
 		}
 		Result = QApplication::exec();
 		Frame.stop();
+		Services->Script = nullptr;
 		Window.CloseAllTabs();
 		IEditorServices::Set(nullptr);
 	}

@@ -226,11 +226,13 @@ int main(int ArgC, char** ArgV)
 												 return true;
 											 });
 		Files.Sort();
+		const FString PackageRoot = bTotalConversion ? FString(TEXT("/Game")) : FString(TEXT("/Game/Mods/")) + ModName;
 		for (const FString& Relative : Files)
 		{
 			Platform.CopyFile(*(Cooked + Relative), *(Source + Relative));
 			++Packages;
-			Print(FString::Printf(TEXT("LogCook: Display: Cooking %s"), *Relative));
+			// Packages by their long names, as the engine logs them: the content root is /Game.
+			Print(FString::Printf(TEXT("LogCook: Display: Cooking %s"), *(PackageRoot + FPaths::GetBaseFilename(Relative, false))));
 			Print(FString::Printf(TEXT("LogSavePackage: Display: Saved %s (%lld bytes)"), *(Cooked + Relative),
 								  Platform.FileSize(*(Cooked + Relative))));
 			Print(FString::Printf(TEXT("LogCook: Display: Cooked packages %d Packages Remain %d Total %d"), Packages,

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QMainWindow>
+
+#include "CoreMinimal.h"
+#include "Widgets/Docking/SDockTab.h"
+
+#include <map>
+
+class QDockWidget;
+
+// The editor's main window: a dock area and a Window menu with every registered tab. Like an editor that keeps
+// its layout, it reopens the tabs that were open when it last closed, and the tool's tab on the very first start.
+class FHostWindow : public QMainWindow
+{
+public:
+	FHostWindow();
+
+	// Opens the tab, or raises it when it is open already; null when no spawner has the id.
+	TSharedPtr<SDockTab> OpenTab(const FString& TabId);
+	void CloseAllTabs();
+	// The tabs of the last run, or the tool's tab when there was none.
+	void RestoreTabs();
+	TSharedPtr<SDockTab> FindTab(const FString& TabId) const;
+
+protected:
+	void closeEvent(QCloseEvent* Event) override;
+
+private:
+	void CloseTab(const FString& TabId);
+	void RememberTabs() const;
+
+	std::map<FString, QDockWidget*> Docks;
+	std::map<FString, TSharedPtr<SDockTab>> Tabs;
+	bool bClosing = false;
+};
