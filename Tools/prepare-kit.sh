@@ -33,3 +33,5 @@ place() {
 	install -m 0755 "$built" "$target"
 }
 place CookCommandlet/TesselCookCommandlet Engine/Binaries/Win64/UE4Editor.exe
+place SteamCmd/TesselSteamCmd ModTools/SteamCMD/steamcmd.exe
+place Uploader/TesselUploader ModTools/Uploader/QuillonModUploader.exe

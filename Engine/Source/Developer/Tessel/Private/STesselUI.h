@@ -87,9 +87,54 @@ public:
 	EVisibility GetViewItemVisibility() const;
 	// The address of the selected item's page on the Workshop.
 	FString GetWorkshopItemUrl() const;
-	FReply OnUploadClicked();
 	// Opens the dialog that ends a run: success when some log line says so.
 	void ShowResultDialog();
+
+	// Workshop upload
+	// What came of the login dialog's route, for callers that report it (the command-line tool).
+	enum class ESteamUploadResult : uint8
+	{
+		NoUsername,
+		NoPassword,
+		NoTemplate,
+		SteamCmdRan,
+	};
+	// The click on "Upload": the uploader program first; unless it publishes, the Steam login dialog, then
+	// the item file and SteamCMD.
+	FReply OnUploadClicked();
+	FText GetSteamUsernameText() const;
+	FText GetSteamPasswordText() const;
+	void OnSteamUsernameChanged(const FText& NewText);
+	void OnSteamPasswordChanged(const FText& NewText);
+	FReply OnSteamAuthAccept();
+	FReply OnSteamAuthDecline();
+	// Makes a new SteamAuthWindow and shows it modally; bSteamAuthConfirmed is false unless "Accept" closed it.
+	void ShowSteamAuthDialog();
+	// Everything after an accepted dialog, with SteamUsername and SteamPassword as they stand: the two checks
+	// (each with its error dialog), the item file, SteamCMD and the readback of the published id.
+	ESteamUploadResult UploadWithSteamCredentials();
+	// Runs the uploader program on the selected record; true when its exit code is a published id, which is
+	// then in ItemSeamId and saved.
+	bool RunUploaderRoute();
+	static FString GetUploaderPath();
+	// The uploader's whole command line for a record: unquoted program path, then the switches with values.
+	static FString ComposeUploaderCommandLine(const FModSetup& Mod);
+	// The command line as the program is given it: one byte a character, "?" for each above 0x7F.
+	static std::string ToEightBitCommandLine(const FString& CommandLine);
+	// Fills the template into the item file and copies the preview beside the content; false, after the
+	// error dialog, when the template can't be read.
+	bool MakeWorkshopItemFile();
+	// The template's text with the six tokens replaced from the record.
+	FString FillWorkshopTemplate(const FString& Template, const FModSetup& Mod) const;
+	// Position of the visibility text among VisibilityOptions, ignoring case; 0 for any other text.
+	int32 GetVisibilityNumber(const FString& Visibility) const;
+	static FString GetWorkshopTemplatePath();
+	static FString GetWorkshopItemFilePath(const FString& ModDir);
+	static FString GetSteamCmdPath();
+	// Runs SteamCMD on the selected record's item file, waits for it, and takes the published id back.
+	void RunSteamCmd();
+	// The id on the first line that names "publishedfileid": its first numeric piece between double quotes.
+	static bool ReadPublishedFileId(const FString& ItemFileText, FString& OutId);
 
 	TArray<TSharedPtr<FString>> LogMessages;
 	bool bSteamAuthConfirmed = false;

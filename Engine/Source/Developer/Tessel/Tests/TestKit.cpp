@@ -40,3 +40,28 @@ void FTestKit::InstallCookCommandlet() const
 	FPlatformFileManager::Get().GetPlatformFile().CopyFile(*Exe, TEXT(TESSEL_COOK_COMMANDLET));
 	chmod(Exe.ToUtf8().c_str(), 0755);
 }
+
+namespace
+{
+	void InstallProgram(const FString& To, const TCHAR* From)
+	{
+		FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*FPaths::GetPath(To));
+		FPlatformFileManager::Get().GetPlatformFile().CopyFile(*To, From);
+		chmod(To.ToUtf8().c_str(), 0755);
+	}
+}
+
+void FTestKit::InstallSteamCmd() const
+{
+	InstallProgram(Dir / TEXT("ModTools/SteamCMD/steamcmd.exe"), TEXT(TESSEL_STEAMCMD));
+}
+
+void FTestKit::InstallUploader() const
+{
+	InstallProgram(Dir / TEXT("ModTools/Uploader/QuillonModUploader.exe"), TEXT(TESSEL_UPLOADER));
+}
+
+void FTestKit::InstallWorkshopTemplate() const
+{
+	FPlatformFileManager::Get().GetPlatformFile().CopyFile(*(Dir / TEXT("ModTools/SteamVDF.template")), TEXT(TESSEL_WORKSHOP_TEMPLATE));
+}

@@ -18,6 +18,12 @@ public:
 	FString WriteFile(const FString& Relative, const std::string& Bytes) const { return Dir.WriteFile(Relative, Bytes); }
 	// Places the stand-in cook commandlet where the kit's editor executable stands.
 	void InstallCookCommandlet() const;
+	// Places the stand-in SteamCMD at ModTools/SteamCMD/steamcmd.exe.
+	void InstallSteamCmd() const;
+	// Places the stand-in uploader at ModTools/Uploader/QuillonModUploader.exe.
+	void InstallUploader() const;
+	// Copies the demo kit's item template to ModTools/SteamVDF.template.
+	void InstallWorkshopTemplate() const;
 
 private:
 	FTempDirectory Dir;

@@ -4,6 +4,8 @@
 #include <QEvent>
 #include <QEventLoop>
 #include <QFileDialog>
+#include <QGuiApplication>
+#include <QScreen>
 #include <QUrl>
 #include <QVBoxLayout>
 #include <QWidget>
@@ -106,8 +108,52 @@ void FQtEditorServices::OpenDialog(const FText& Title, const TSharedRef<SWidget>
 void FQtEditorServices::RunModalWindow(const TSharedRef<SWindow>& Window)
 {
 	QWidget* Widget = Window->GetQWidget();
-	Widget->setWindowFlags(Qt::Dialog);
+	// A title and a close button always; the close button ends the loop like RequestDestroyWindow does.
+	Qt::WindowFlags Flags = Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
+	if (Window->HasMinimizeBox())
+	{
+		Flags |= Qt::WindowMinimizeButtonHint;
+	}
+	if (Window->HasMaximizeBox())
+	{
+		Flags |= Qt::WindowMaximizeButtonHint;
+	}
+	Widget->setWindowFlags(Flags);
 	Widget->setWindowModality(Qt::ApplicationModal);
+	const FVector2D ClientSize = Window->GetClientSize();
+	switch (Window->GetSizingRule())
+	{
+	case ESizingRule::Autosized:
+		// Sized to what the content asks for, and kept there: the user can't resize it.
+		Widget->adjustSize();
+		Widget->setFixedSize(Widget->sizeHint().isValid() ? Widget->sizeHint() : Widget->size());
+		break;
+	case ESizingRule::FixedSize:
+		Widget->setFixedSize(static_cast<int>(ClientSize.X), static_cast<int>(ClientSize.Y));
+		break;
+	case ESizingRule::UserSized:
+		break;
+	}
+	if (Window->GetAutoCenter() != EAutoCenter::None)
+	{
+		// The preferred work area is that of the screen the editor's main window is on.
+		QScreen* Screen = nullptr;
+		if (Window->GetAutoCenter() == EAutoCenter::PreferredWorkArea && MainWindow && MainWindow->HasQWidget())
+		{
+			Screen = MainWindow->GetQWidget()->screen();
+		}
+		if (!Screen)
+		{
+			Screen = QGuiApplication::primaryScreen();
+		}
+		if (Screen)
+		{
+			// The client area is centred; the frame's size is known only once the window is shown.
+			QRect Placed(QPoint(0, 0), Widget->size());
+			Placed.moveCenter(Screen->availableGeometry().center());
+			Widget->setGeometry(Placed);
+		}
+	}
 	QEventLoop Loop;
 	FCloseWatcher Watcher(Loop);
 	Widget->installEventFilter(&Watcher);

@@ -10,6 +10,10 @@ void SWindow::Construct(const FArguments& InArgs)
 {
 	Title = InArgs._Title;
 	ClientSize = InArgs._ClientSize;
+	SizingRule = InArgs._SizingRule;
+	AutoCenter = InArgs._AutoCenter;
+	bHasMaximizeBox = InArgs._SupportsMaximize;
+	bHasMinimizeBox = InArgs._SupportsMinimize;
 	if (!Title.IsBound())
 	{
 		SetTextKey(Title.Get());
@@ -29,7 +33,11 @@ QWidget* SWindow::CreateQWidget()
 {
 	QWidget* Widget = SCompoundWidget::CreateQWidget();
 	Widget->setWindowTitle(SlateQt::ToQString(Title.Get().ToString()));
-	Widget->resize(static_cast<int>(ClientSize.X), static_cast<int>(ClientSize.Y));
+	// An autosized window is sized to its content when it is shown.
+	if (SizingRule != ESizingRule::Autosized)
+	{
+		Widget->resize(static_cast<int>(ClientSize.X), static_cast<int>(ClientSize.Y));
+	}
 	return Widget;
 }
 

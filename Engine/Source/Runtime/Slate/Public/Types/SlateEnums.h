@@ -107,3 +107,20 @@ namespace EScrollBarVisibility
 		AlwaysVisible,
 	};
 }
+
+// How a window takes its size: fixed at its client size, from its content, or resizable by the user.
+enum class ESizingRule : uint8
+{
+	FixedSize,
+	Autosized,
+	UserSized,
+};
+
+// Where a window first appears: where the platform puts it, or centred in a work area (the screen less
+// its task bars), either the primary screen's or the one the editor's main window is on.
+enum class EAutoCenter : uint8
+{
+	None,
+	PrimaryWorkArea,
+	PreferredWorkArea,
+};
