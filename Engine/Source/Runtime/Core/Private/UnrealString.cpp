@@ -514,24 +514,17 @@ FString FString::TrimQuotes(bool* bQuotesRemoved) const
 
 FString FString::ReplaceQuotesWithEscapedQuotes() const
 {
+	// Every double quote gets its backslash, also one that has backslashes before it already: the uploader's
+	// command line relies on each quote of a value being escaped.
 	std::u16string Out;
 	Out.reserve(Data.size());
-	for (size_t Pos = 0; Pos < Data.size(); ++Pos)
+	for (const char16_t Unit : Data)
 	{
-		if (Data[Pos] == u'"')
+		if (Unit == u'"')
 		{
-			// Count the backslashes in front: an odd number means the quote is escaped already.
-			size_t Slashes = 0;
-			while (Slashes < Pos && Data[Pos - 1 - Slashes] == u'\\')
-			{
-				++Slashes;
-			}
-			if (Slashes % 2 == 0)
-			{
-				Out += u'\\';
-			}
+			Out += u'\\';
 		}
-		Out += Data[Pos];
+		Out += Unit;
 	}
 	return FString(std::move(Out));
 }

@@ -127,7 +127,7 @@ TEST(StringTests, QuotesTrimmedAndEscaped)
 	ExpectUnits(FString(TEXT("\"")).TrimQuotes(), u"");
 	ExpectUnits(FString(TEXT("\"\"\"")).TrimQuotes(), u"\"");
 	ExpectUnits(FString(TEXT("say \"hi\"")).ReplaceQuotesWithEscapedQuotes(), u"say \\\"hi\\\"");
-	ExpectUnits(FString(TEXT("already \\\"ok")).ReplaceQuotesWithEscapedQuotes(), u"already \\\"ok");
+	ExpectUnits(FString(TEXT("already \\\"ok")).ReplaceQuotesWithEscapedQuotes(), u"already \\\\\"ok");
 }
 
 TEST(StringTests, NumericTextAndFromInt)
