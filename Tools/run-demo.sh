@@ -2,7 +2,8 @@
 # The tool's main job on the demo kit, with a build that already exists:
 #   Tools/run-demo.sh <build dir> <new kit folder> <picture.png>
 # Prepares a copy of the kit, prints the catalogue, cooks and packages "Islands" for both targets in the tool's
-# window (offscreen when there is no display), lists the packaged tree, and saves a picture of the window.
+# window (offscreen when there is no display), saves a picture of the window, publishes the mod through the
+# stand-in uploader and SteamCMD, saves a second picture (<picture>-published.png), and lists what was made.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 if [ $# -ne 3 ]; then
@@ -22,8 +23,12 @@ fi
 echo "== The catalogue"
 "$editor" -Kit="$kit" -ListMods
 echo
-echo "== Cooking Islands for WindowsNoEditor and WindowsServer in the tool's window"
-"$editor" -Kit="$kit" -Cook=Islands -modasdlc -Screenshot="$picture"
+echo "== Cooking and publishing Islands in the tool's window"
+# The stand-in SteamCMD takes any login whose password has no blank; a real one takes yours.
+STEAM_USERNAME="${STEAM_USERNAME:-demo-author}" STEAM_PASSWORD="${STEAM_PASSWORD:-demo-password}" \
+	"$editor" -Kit="$kit" -Cook=Islands -modasdlc -Screenshot="$picture" -Publish -PublishTitle="Island Pack" \
+	-PublishDescription="Two islands joined by a rope bridge, and a crate of props." \
+	-PublishPreview="$kit/Previews/Islands.png"
 echo
-echo "== Packaged output in $kit/ModTools/Output/Islands"
-(cd "$kit/ModTools/Output" && find . -type f | sort)
+echo "== Packaged and published in $kit/ModTools"
+(cd "$kit/ModTools" && find Output ModConfigs -type f | sort)

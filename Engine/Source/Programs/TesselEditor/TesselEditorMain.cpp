@@ -14,6 +14,8 @@
 #include "WindowScript.h"
 
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <memory>
 
 namespace
@@ -60,6 +62,30 @@ namespace
 			}
 			FQtEditorServices::OpenDialog(Title, Content);
 		}
+		void RunModalWindow(const TSharedRef<SWindow>& Window) override
+		{
+			if (Script)
+			{
+				Script->OnModalWindow(Window);
+			}
+			FQtEditorServices::RunModalWindow(Window);
+		}
+		bool OpenFileDialog(const void* Parent, const FString& Title, const FString& DefaultPath, const FString& DefaultFile,
+							const FString& FileTypes, uint32 Flags, TArray<FString>& OutFilenames) override
+		{
+			return Script ? Script->AnswerFileDialog(OutFilenames)
+						  : FQtEditorServices::OpenFileDialog(Parent, Title, DefaultPath, DefaultFile, FileTypes, Flags, OutFilenames);
+		}
+		bool LaunchURL(const FString& URL) override
+		{
+			// A scripted run names the page instead of opening a browser.
+			if (Script)
+			{
+				Script->OnLaunchUrl(URL);
+				return true;
+			}
+			return FQtEditorServices::LaunchURL(URL);
+		}
 		FWindowScript* Script = nullptr;
 	};
 }
@@ -72,7 +98,7 @@ int main(int ArgC, char** ArgV)
 	FString Kit;
 	if (!FParse::Value(CommandLine, TEXT("-Kit="), Kit, false) || Kit.IsEmpty())
 	{
-		std::fprintf(stderr, "usage: TesselEditor -Kit=<kit folder> [-ListMods | -Cook=<mod folder> [-Screenshot=<file.png>] | -OpenTab | -Screenshot=<file.png>] [-modasdlc] [-SetModID=<n>] [-ModTitle=<title>]\n");
+		std::fprintf(stderr, "usage: TesselEditor -Kit=<kit folder> [-ListMods | -Cook=<mod folder> [-Screenshot=<file.png>] | -OpenTab | -Screenshot=<file.png>] [-Publish -PublishTitle=<t> -PublishDescription=<d> -PublishPreview=<png>] [-modasdlc] [-SetModID=<n>] [-ModTitle=<title>]\n");
 		return 2;
 	}
 	FPaths::SetKitRoot(FPaths::ConvertRelativePathToFull(Kit));
@@ -139,6 +165,18 @@ int main(int ArgC, char** ArgV)
 		if (bScreenshot && bCook)
 		{
 			Script = std::make_unique<FWindowScript>(Window, CookModDir, ScreenshotPath);
+			if (FParse::Param(CommandLine, TEXT("Publish")))
+			{
+				// The login comes from the environment, never from the command line, where others could read it.
+				FWindowScript::FPublication Publication;
+				FParse::Value(CommandLine, TEXT("-PublishTitle="), Publication.Title, false);
+				FParse::Value(CommandLine, TEXT("-PublishDescription="), Publication.Description, false);
+				FParse::Value(CommandLine, TEXT("-PublishPreview="), Publication.PreviewImage, false);
+				Publication.PreviewImage = FPaths::ConvertRelativePathToFull(FString::FromUtf8(std::filesystem::current_path().string()), Publication.PreviewImage);
+				Publication.SteamUsername = FString::FromUtf8(std::getenv("STEAM_USERNAME") ? std::getenv("STEAM_USERNAME") : "");
+				Publication.SteamPassword = FString::FromUtf8(std::getenv("STEAM_PASSWORD") ? std::getenv("STEAM_PASSWORD") : "");
+				Script->SetPublication(Publication);
+			}
 			Services->Script = Script.get();
 			Script->Start();
 		}

@@ -4,6 +4,7 @@
 
 #include "HostWindow.h"
 #include "Widgets/Input/SInputWidgets.h"
+#include "Widgets/Layout/SLayoutWidgets.h"
 #include "Widgets/Views/SListView.h"
 
 #include <cstdio>
@@ -23,10 +24,35 @@ namespace
 		return Lists.IsValidIndex(Which) ? TSharedPtr<STableViewBase>(StaticCastSharedRef<STableViewBase>(Lists[Which])) : nullptr;
 	}
 
-	TSharedPtr<SButton> ButtonOf(const TSharedPtr<SWidget>& Tool, const TCHAR* Key)
+	template <typename WidgetType = SButton>
+	TSharedPtr<WidgetType> FindByKey(const TSharedPtr<SWidget>& Root, const TCHAR* Key)
 	{
-		TSharedPtr<SWidget> Found = FindWidgetByKey(Tool.ToSharedRef(), Key);
-		return Found ? StaticCastSharedPtr<SButton>(Found) : nullptr;
+		TSharedPtr<SWidget> Found = Root ? FindWidgetByKey(Root.ToSharedRef(), Key) : nullptr;
+		return Found ? StaticCastSharedPtr<WidgetType>(Found) : nullptr;
+	}
+
+	// The text box a person finds beside a label of a form: the widget in the other column of the label's row.
+	TSharedPtr<SEditableTextBase> TextBoxBeside(const TSharedPtr<SWidget>& Root, const TCHAR* LabelKey)
+	{
+		for (const TSharedRef<SWidget>& Widget : FindWidgetsByType(Root.ToSharedRef(), TEXT("SGridPanel")))
+		{
+			const TArray<SGridPanel::FSlot>& Slots = static_cast<const SGridPanel&>(*Widget).GetSlots();
+			for (const SGridPanel::FSlot& Label : Slots)
+			{
+				if (Label.Widget->GetTextKey() != LabelKey)
+				{
+					continue;
+				}
+				for (const SGridPanel::FSlot& Other : Slots)
+				{
+					if (Other.Row == Label.Row && Other.Column != Label.Column)
+					{
+						return StaticCastSharedPtr<SEditableTextBase>(Other.Widget);
+					}
+				}
+			}
+		}
+		return nullptr;
 	}
 }
 
@@ -36,6 +62,12 @@ FWindowScript::FWindowScript(FHostWindow& InWindow, const FString& InModDir, con
 	QObject::connect(&Timer, &QTimer::timeout, [this] { Step(); });
 }
 
+void FWindowScript::SetPublication(const FPublication& InPublication)
+{
+	Publication = InPublication;
+	bPublish = true;
+}
+
 void FWindowScript::Start()
 {
 	Timer.start(16);
@@ -43,9 +75,40 @@ void FWindowScript::Start()
 
 void FWindowScript::OnDialog(const FString& Title, const FString& Body)
 {
-	// Printed at the end, after the last lines of the log.
+	// Printed later, after the last lines of the log.
 	DialogTitle = Title;
 	DialogBody = Body;
+}
+
+void FWindowScript::OnModalWindow(const TSharedRef<SWindow>& LoginWindow)
+{
+	// The login dialog, filled in as a person types, then "Accept".
+	TSharedPtr<SWidget> Content = LoginWindow->GetContent();
+	TSharedPtr<SEditableTextBase> User = Content ? TextBoxBeside(Content, TEXT("SteamUsername")) : nullptr;
+	TSharedPtr<SEditableTextBase> Password = Content ? TextBoxBeside(Content, TEXT("SteamPassword")) : nullptr;
+	TSharedPtr<SButton> Accept = FindByKey(Content, TEXT("Accept"));
+	if (!User || !Password || !Accept)
+	{
+		std::fprintf(stderr, "The login dialog has no user name, password or Accept\n");
+		LoginWindow->RequestDestroyWindow();
+		return;
+	}
+	User->SetTextFromUser(Publication.SteamUsername);
+	Password->SetTextFromUser(Publication.SteamPassword);
+	std::printf("Steam Authentication: signed in as %s\n", Publication.SteamUsername.ToUtf8().c_str());
+	std::fflush(stdout);
+	Accept->Click();
+}
+
+bool FWindowScript::AnswerFileDialog(TArray<FString>& OutFiles) const
+{
+	OutFiles = {Publication.PreviewImage};
+	return true;
+}
+
+void FWindowScript::OnLaunchUrl(const FString& Url)
+{
+	ItemUrl = Url;
 }
 
 void FWindowScript::MirrorLog()
@@ -55,7 +118,7 @@ void FWindowScript::MirrorLog()
 	{
 		return;
 	}
-	// A cook starts by emptying the log; the mirror starts over with it.
+	// A cook or an upload starts by emptying the log; the mirror starts over with it.
 	if (Log->GetNumRowsShown() < LinesShown)
 	{
 		LinesShown = 0;
@@ -65,6 +128,16 @@ void FWindowScript::MirrorLog()
 		std::puts(Log->GetRowText(LinesShown).ToUtf8().c_str());
 	}
 	std::fflush(stdout);
+}
+
+bool FWindowScript::SavePicture(const FString& Path)
+{
+	if (!Window.grab().save(SlateQt::ToQString(Path)))
+	{
+		return false;
+	}
+	std::printf("Picture of the tool saved to %s\n", Path.ToUtf8().c_str());
+	return true;
 }
 
 void FWindowScript::Step()
@@ -98,8 +171,8 @@ void FWindowScript::Step()
 	}
 	case EStage::PressCook:
 	{
-		TSharedPtr<SButton> CookMap = ButtonOf(Tool, TEXT("CookMapMod"));
-		TSharedPtr<SButton> CookMod = ButtonOf(Tool, TEXT("CookMod"));
+		TSharedPtr<SButton> CookMap = FindByKey(Tool, TEXT("CookMapMod"));
+		TSharedPtr<SButton> CookMod = FindByKey(Tool, TEXT("CookMod"));
 		if (!CookMap || !CookMod)
 		{
 			Finish(1, "The form has no cook buttons");
@@ -113,31 +186,94 @@ void FWindowScript::Step()
 	case EStage::WaitForRun:
 	{
 		MirrorLog();
-		TSharedPtr<SButton> Cancel = ButtonOf(Tool, TEXT("CancelJob"));
+		TSharedPtr<SButton> Cancel = FindByKey(Tool, TEXT("CancelJob"));
 		if (Cancel && !Cancel->IsEnabled())
 		{
-			Stage = EStage::Settle;
+			Stage = EStage::SettleAfterCook;
 			Frames = 0;
 		}
 		return;
 	}
-	case EStage::Settle:
+	case EStage::SettleAfterCook:
 		// A few frames so that the last lines and the guards are drawn before the picture.
 		MirrorLog();
-		if (++Frames >= 10)
+		if (++Frames < 10)
 		{
-			Timer.stop();
-			const bool bSaved = Window.grab().save(SlateQt::ToQString(PicturePath));
-			if (!bSaved)
-			{
-				Finish(1, "Could not save the picture");
-				return;
-			}
-			std::printf("%s: %s\n", DialogTitle.ToUtf8().c_str(), DialogBody.ToUtf8().c_str());
-			std::printf("Picture of the tool saved to %s\n", PicturePath.ToUtf8().c_str());
-			Finish(DialogBody == TEXT("Job Successful!!") ? 0 : 1, nullptr);
+			return;
 		}
+		std::printf("%s: %s\n", DialogTitle.ToUtf8().c_str(), DialogBody.ToUtf8().c_str());
+		if (!SavePicture(PicturePath))
+		{
+			Finish(1, "Could not save the picture");
+			return;
+		}
+		if (DialogBody != TEXT("Job Successful!!"))
+		{
+			Finish(1, nullptr);
+			return;
+		}
+		if (!bPublish)
+		{
+			Finish(0, nullptr);
+			return;
+		}
+		Stage = EStage::FillForm;
 		return;
+	case EStage::FillForm:
+	{
+		TSharedPtr<SEditableTextBase> Title = TextBoxBeside(Tool, TEXT("ModTitle"));
+		TSharedPtr<SEditableTextBase> Description = TextBoxBeside(Tool, TEXT("ModDescription"));
+		TSharedPtr<SButton> Browse = FindByKey(Tool, TEXT("SelectPreviewImage"));
+		if (!Title || !Description || !Browse)
+		{
+			Finish(1, "The form has no title, description or Browse...");
+			return;
+		}
+		std::printf("\nPublishing %s as \"%s\"\n", ModDir.ToUtf8().c_str(), Publication.Title.ToUtf8().c_str());
+		Title->SetTextFromUser(Publication.Title);
+		Description->SetTextFromUser(Publication.Description);
+		Browse->Click();
+		Stage = EStage::PressUpload;
+		return;
+	}
+	case EStage::PressUpload:
+	{
+		TSharedPtr<SButton> Upload = FindByKey(Tool, TEXT("UploadMod"));
+		if (!Upload || !Upload->IsEnabled())
+		{
+			Finish(1, "\"Upload\" is not enabled");
+			return;
+		}
+		// Blocks, as the tool does, until the uploader and SteamCMD have ended; what they print follows ours.
+		std::fflush(stdout);
+		Upload->Click();
+		Stage = EStage::SettleAfterUpload;
+		Frames = 0;
+		return;
+	}
+	case EStage::SettleAfterUpload:
+	{
+		MirrorLog();
+		if (++Frames < 10)
+		{
+			return;
+		}
+		// The link shows once the item has an id; following it names the item's page.
+		TSharedPtr<SHyperlink> Link = FindByKey<SHyperlink>(Tool, TEXT("ViewItem"));
+		if (Link)
+		{
+			Link->Navigate();
+		}
+		if (ItemUrl.IsEmpty())
+		{
+			Finish(1, "The mod was not published");
+			return;
+		}
+		std::printf("Published: %s\n", ItemUrl.ToUtf8().c_str());
+		const FString Published = PicturePath.EndsWith(TEXT(".png")) ? PicturePath.LeftChop(4) + TEXT("-published.png") : PicturePath + TEXT("-published.png");
+		Finish(SavePicture(Published) ? 0 : 1, nullptr);
+		return;
+	}
 	}
 }
 

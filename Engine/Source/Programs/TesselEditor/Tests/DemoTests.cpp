@@ -1,6 +1,7 @@
 // The README's main command, as a newcomer runs it, on a fresh copy of the kit in a temporary folder: the kit is
-// prepared, the catalogue listed, "Islands" cooked and packaged for both targets in the tool's window, and a
-// picture of the window saved. Every result is checked for real, so that a broken demo fails here first.
+// prepared, the catalogue listed, "Islands" cooked and packaged for both targets in the tool's window, published
+// through the stand-in programs, and pictures of the window saved. Every result is checked for real, so that a
+// broken demo fails here first.
 
 #include <QImage>
 #include <QSet>
@@ -29,7 +30,8 @@ namespace
 	FRun RunDemo(const FTempDirectory& Work)
 	{
 		const std::string Dir = Work.Get().ToUtf8();
-		const std::string Command = "cd '" TESSEL_SOURCE_DIR "' && env -u DISPLAY -u WAYLAND_DISPLAY XDG_CONFIG_HOME='" + Dir +
+		const std::string Command = "cd '" TESSEL_SOURCE_DIR "' && env -u DISPLAY -u WAYLAND_DISPLAY -u STEAM_USERNAME "
+									"-u STEAM_PASSWORD XDG_CONFIG_HOME='" + Dir +
 									"/config' bash Tools/run-demo.sh '" TESSEL_BUILD_DIR "' '" + Dir + "/DemoKit' '" + Dir +
 									"/demo.png' 2>&1";
 		FRun Run;
@@ -49,6 +51,47 @@ namespace
 		return Run;
 	}
 
+	// Whether any file below Root holds Needle, as UTF-8 or as UTF-16 little-endian text.
+	bool AnyFileHolds(const FString& Root, const std::string& Needle)
+	{
+		std::string Wide;
+		for (char Byte : Needle)
+		{
+			Wide += Byte;
+			Wide += '\0';
+		}
+		for (const auto& Entry : std::filesystem::recursive_directory_iterator(Root.ToUtf8()))
+		{
+			if (Entry.is_regular_file())
+			{
+				const std::string Bytes = FTempDirectory::ReadBytes(FString::FromUtf8(Entry.path().string()));
+				if (Bytes.find(Needle) != std::string::npos || Bytes.find(Wide) != std::string::npos)
+				{
+					return true;
+				}
+			}
+		}
+		return false;
+	}
+
+	bool IsDrawnWindow(const FString& Path)
+	{
+		QImage Picture;
+		if (!Picture.load(QString::fromStdU16String(Path.GetStd())) || Picture.width() < 800)
+		{
+			return false;
+		}
+		QSet<QRgb> Colours;
+		for (int Y = 0; Y < Picture.height(); Y += 3)
+		{
+			for (int X = 0; X < Picture.width(); X += 3)
+			{
+				Colours.insert(Picture.pixel(X, Y));
+			}
+		}
+		return Colours.size() > 20;
+	}
+
 	int64 SizeFileValue(const FString& Path)
 	{
 		const std::string Text = FTempDirectory::ReadBytes(Path);
@@ -56,7 +99,7 @@ namespace
 	}
 }
 
-TEST(DemoTests, TheMainCommandCooksPackagesAndPicturesIslands)
+TEST(DemoTests, TheMainCommandCooksPackagesPublishesAndPicturesIslands)
 {
 	FTempDirectory Work;
 	const FRun Run = RunDemo(Work);
@@ -102,17 +145,21 @@ TEST(DemoTests, TheMainCommandCooksPackagesAndPicturesIslands)
 	EXPECT_TRUE(FPaths::FileExists(Output / TEXT("mod.info")));
 	EXPECT_TRUE(FPaths::FileExists(Output / TEXT("modmeta.info")));
 
-	// The picture exists and shows a drawn window, not an empty one.
-	QImage Picture;
-	ASSERT_TRUE(Picture.load(QString::fromStdU16String((Work / TEXT("demo.png")).GetStd())));
-	EXPECT_GE(Picture.width(), 800);
-	QSet<QRgb> Colours;
-	for (int Y = 0; Y < Picture.height(); Y += 3)
-	{
-		for (int X = 0; X < Picture.width(); X += 3)
-		{
-			Colours.insert(Picture.pixel(X, Y));
-		}
-	}
-	EXPECT_GT(Colours.size(), 20);
+	// Published through the dialog route: the item file names the new item, the preview was copied beside the
+	// packaged tree, the id reached Mods.db when the tool closed, and the password stands in no file.
+	EXPECT_NE(Run.Output.find("Steam Authentication: signed in as demo-author"), std::string::npos);
+	EXPECT_NE(Run.Output.find("Published: https://steamcommunity.com/sharedfiles/filedetails/?id=2900000001"), std::string::npos)
+		<< Run.Output;
+	const std::string ItemFile = FTempDirectory::ReadBytes(Work / TEXT("DemoKit/ModTools/ModConfigs/Islands.vdf"));
+	EXPECT_NE(ItemFile.find("\"publishedfileid\""), std::string::npos) << ItemFile;
+	EXPECT_NE(ItemFile.find("\"2900000001\""), std::string::npos) << ItemFile;
+	EXPECT_EQ(FTempDirectory::ReadBytes(Output / TEXT("preview.jpg")), FTempDirectory::ReadBytes(Work / TEXT("DemoKit/Previews/Islands.png")));
+	const FString Database = Work / TEXT("DemoKit/Orrery/Saved/Mods.db");
+	EXPECT_TRUE(AnyFileHolds(FPaths::GetPath(Database), "\"ItemSeamId\": \"2900000001\""));
+	EXPECT_FALSE(AnyFileHolds(Work.Get(), "demo-password"));
+	EXPECT_EQ(Run.Output.find("demo-password"), std::string::npos);
+
+	// Both pictures exist and show a drawn window, not an empty one.
+	EXPECT_TRUE(IsDrawnWindow(Work / TEXT("demo.png")));
+	EXPECT_TRUE(IsDrawnWindow(Work / TEXT("demo-published.png")));
 }
