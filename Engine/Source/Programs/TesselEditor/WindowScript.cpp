@@ -4,7 +4,7 @@
 
 #include "HostWindow.h"
 #include "Widgets/Input/SInputWidgets.h"
-#include "Widgets/Layout/SLayoutWidgets.h"
+#include "Widgets/Layout/SGridPanel.h"
 #include "Widgets/Views/SListView.h"
 
 #include <cstdio>

@@ -2,6 +2,8 @@
 
 #include "HAL/PlatformFile.h"
 #include "Widgets/Input/SInputWidgets.h"
+#include "Widgets/Layout/SBorder.h"
+#include "Widgets/Layout/SSplitter.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 #include "cook/CookJob.h"

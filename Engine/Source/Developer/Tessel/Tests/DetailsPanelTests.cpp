@@ -16,6 +16,7 @@
 #include "ToolWindow.h"
 #include "Widgets/Input/SComboBox.h"
 #include "Widgets/Input/SInputWidgets.h"
+#include "Widgets/Layout/SGridPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
 #include <chrono>

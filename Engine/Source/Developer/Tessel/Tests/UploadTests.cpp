@@ -6,7 +6,7 @@
 #include "Misc/FileHelper.h"
 #include "Testing/EditorServicesDouble.h"
 #include "Widgets/Input/SInputWidgets.h"
-#include "Widgets/Layout/SLayoutWidgets.h"
+#include "Widgets/Layout/SGridPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
 #include <gtest/gtest.h>

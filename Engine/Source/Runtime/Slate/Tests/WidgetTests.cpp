@@ -13,7 +13,6 @@
 #include "Widgets/Images/SImageWidgets.h"
 #include "Widgets/Input/SComboBox.h"
 #include "Widgets/Input/SInputWidgets.h"
-#include "Widgets/Layout/SLayoutWidgets.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 #include "Widgets/Views/SListView.h"

@@ -3,6 +3,7 @@
 #include "Dialogs/Dialogs.h"
 #include "Editor/EditorEngine.h"
 #include "Widgets/Input/SInputWidgets.h"
+#include "Widgets/Layout/SGridPanel.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
