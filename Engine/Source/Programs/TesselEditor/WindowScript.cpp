@@ -3,7 +3,9 @@
 #include <QApplication>
 
 #include "HostWindow.h"
-#include "Widgets/Input/SInputWidgets.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Input/SEditableText.h"
+#include "Widgets/Input/SHyperlink.h"
 #include "Widgets/Layout/SGridPanel.h"
 #include "Widgets/Views/SListView.h"
 

@@ -1,7 +1,7 @@
 #include "STesselUI.h"
 
 #include "HAL/PlatformFile.h"
-#include "Widgets/Input/SInputWidgets.h"
+#include "Widgets/Input/SButton.h"
 #include "Widgets/Layout/SBorder.h"
 #include "Widgets/Layout/SSplitter.h"
 #include "Widgets/SBoxPanel.h"

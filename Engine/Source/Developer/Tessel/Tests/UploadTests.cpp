@@ -5,7 +5,8 @@
 #include "HAL/PlatformFile.h"
 #include "Misc/FileHelper.h"
 #include "Testing/EditorServicesDouble.h"
-#include "Widgets/Input/SInputWidgets.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Input/SEditableTextBox.h"
 #include "Widgets/Layout/SGridPanel.h"
 #include "Widgets/Text/STextBlock.h"
 

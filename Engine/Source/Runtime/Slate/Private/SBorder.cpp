@@ -1,5 +1,6 @@
 #include <QWidget>
 
+#include "SlateQt.h"
 #include "Widgets/Layout/SBorder.h"
 
 void SBorder::Construct(const FArguments& InArgs)

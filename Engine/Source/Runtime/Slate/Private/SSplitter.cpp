@@ -1,5 +1,6 @@
 #include <QSplitter>
 
+#include "SlateQt.h"
 #include "Widgets/Layout/SSplitter.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 #pragma once
 
-class QWidget;
+// ToQString, FromQString, MakeSlotHolder and ClearLayout are declared with the slots.
+#include "Widgets/SlotBase.h"
 
 namespace SlateQt
 {
