@@ -7,7 +7,7 @@
 #include "Widgets/Input/SEditableText.h"
 #include "Widgets/Input/SHyperlink.h"
 #include "Widgets/Layout/SGridPanel.h"
-#include "Widgets/Views/SListView.h"
+#include "Widgets/Views/STableViewBase.h"
 
 #include <cstdio>
 

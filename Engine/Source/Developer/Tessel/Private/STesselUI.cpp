@@ -6,6 +6,8 @@
 #include "Widgets/Layout/SSplitter.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
+#include "Widgets/Views/SHeaderRow.h"
+#include "Widgets/Views/STableRow.h"
 #include "cook/CookJob.h"
 
 #define LOCTEXT_NAMESPACE "STesselTool"

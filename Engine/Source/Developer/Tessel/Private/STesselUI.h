@@ -2,7 +2,7 @@
 
 #include "CoreMinimal.h"
 #include "Styling/SlateBrush.h"
-#include "Widgets/Images/SImageWidgets.h"
+#include "Widgets/Images/SThrobber.h"
 #include "Widgets/Layout/SScrollBox.h"
 #include "Widgets/SCompoundWidget.h"
 #include "Widgets/SWindow.h"

@@ -14,6 +14,7 @@
 #include "TestKit.h"
 #include "Testing/EditorServicesDouble.h"
 #include "ToolWindow.h"
+#include "Widgets/Images/SImage.h"
 #include "Widgets/Input/SCheckBox.h"
 #include "Widgets/Input/SComboBox.h"
 #include "Widgets/Input/SEditableText.h"
