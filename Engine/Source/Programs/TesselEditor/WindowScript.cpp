@@ -3,9 +3,11 @@
 #include <QApplication>
 
 #include "HostWindow.h"
-#include "Widgets/Input/SInputWidgets.h"
-#include "Widgets/Layout/SLayoutWidgets.h"
-#include "Widgets/Views/SListView.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Input/SEditableText.h"
+#include "Widgets/Input/SHyperlink.h"
+#include "Widgets/Layout/SGridPanel.h"
+#include "Widgets/Views/STableViewBase.h"
 
 #include <cstdio>
 

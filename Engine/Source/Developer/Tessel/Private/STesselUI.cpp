@@ -1,9 +1,13 @@
 #include "STesselUI.h"
 
 #include "HAL/PlatformFile.h"
-#include "Widgets/Input/SInputWidgets.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Layout/SBorder.h"
+#include "Widgets/Layout/SSplitter.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
+#include "Widgets/Views/SHeaderRow.h"
+#include "Widgets/Views/STableRow.h"
 #include "cook/CookJob.h"
 
 #define LOCTEXT_NAMESPACE "STesselTool"

@@ -2,8 +2,8 @@
 
 #include "CoreMinimal.h"
 #include "Styling/SlateBrush.h"
-#include "Widgets/Images/SImageWidgets.h"
-#include "Widgets/Layout/SLayoutWidgets.h"
+#include "Widgets/Images/SThrobber.h"
+#include "Widgets/Layout/SScrollBox.h"
 #include "Widgets/SCompoundWidget.h"
 #include "Widgets/SWindow.h"
 #include "Widgets/Views/SListView.h"

@@ -14,8 +14,14 @@
 #include "TestKit.h"
 #include "Testing/EditorServicesDouble.h"
 #include "ToolWindow.h"
+#include "Widgets/Images/SImage.h"
+#include "Widgets/Input/SCheckBox.h"
 #include "Widgets/Input/SComboBox.h"
-#include "Widgets/Input/SInputWidgets.h"
+#include "Widgets/Input/SEditableText.h"
+#include "Widgets/Input/SEditableTextBox.h"
+#include "Widgets/Input/SHyperlink.h"
+#include "Widgets/Input/SMultiLineEditableTextBox.h"
+#include "Widgets/Layout/SGridPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
 #include <chrono>

@@ -11,7 +11,6 @@
 #include "HAL/PlatformFile.h"
 #include "STesselUI.h"
 #include "TestKit.h"
-#include "Widgets/Input/SInputWidgets.h"
 #include "Widgets/Text/STextBlock.h"
 #include "cook/CookJob.h"
 

@@ -13,7 +13,7 @@
 #include "EditorServices.h"
 #include "STesselUI.h"
 #include "TestKit.h"
-#include "Widgets/Input/SInputWidgets.h"
+#include "Widgets/Input/SEditableTextBox.h"
 
 #include <memory>
 

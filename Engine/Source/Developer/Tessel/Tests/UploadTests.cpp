@@ -5,8 +5,9 @@
 #include "HAL/PlatformFile.h"
 #include "Misc/FileHelper.h"
 #include "Testing/EditorServicesDouble.h"
-#include "Widgets/Input/SInputWidgets.h"
-#include "Widgets/Layout/SLayoutWidgets.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Input/SEditableTextBox.h"
+#include "Widgets/Layout/SGridPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,9 @@
 
 #include "Dialogs/Dialogs.h"
 #include "Editor/EditorEngine.h"
-#include "Widgets/Input/SInputWidgets.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Input/SEditableTextBox.h"
+#include "Widgets/Layout/SGridPanel.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 

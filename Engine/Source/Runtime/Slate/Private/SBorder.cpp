@@ -1,0 +1,25 @@
+#include <QWidget>
+
+#include "SlateQt.h"
+#include "Widgets/Layout/SBorder.h"
+
+void SBorder::Construct(const FArguments& InArgs)
+{
+	BorderImage = InArgs._BorderImage;
+	ChildSlot.Padding(InArgs._Padding).HAlign(InArgs._HAlign).VAlign(InArgs._VAlign);
+	if (InArgs._Content)
+	{
+		ChildSlot[InArgs._Content.ToSharedRef()];
+	}
+}
+
+QWidget* SBorder::CreateQWidget()
+{
+	QWidget* Widget = SCompoundWidget::CreateQWidget();
+	Widget->setAttribute(Qt::WA_StyledBackground, true);
+	Widget->setProperty("slateBrush", BorderImage ? SlateQt::ToQString(BorderImage->ResourceName) : QString());
+	// The selector keeps the frame to the border itself; a plain rule would frame every child as well.
+	Widget->setProperty("slateBorder", true);
+	Widget->setStyleSheet(QStringLiteral("*[slateBorder=\"true\"] { background-color: palette(window); border: 1px solid palette(mid); }"));
+	return Widget;
+}

@@ -1,0 +1,72 @@
+#include <QCheckBox>
+
+#include "Widgets/Input/SCheckBox.h"
+
+void SCheckBox::Construct(const FArguments& InArgs)
+{
+	IsCheckedAttribute = InArgs._IsChecked;
+	OwnState = IsCheckedAttribute.Get();
+	OnCheckStateChanged = InArgs._OnCheckStateChanged;
+	if (InArgs._Content)
+	{
+		ChildSlot[InArgs._Content.ToSharedRef()];
+	}
+}
+
+ECheckBoxState SCheckBox::GetCheckedState() const
+{
+	return IsCheckedAttribute.IsBound() ? IsCheckedAttribute.Get() : OwnState;
+}
+
+void SCheckBox::ToggleCheckedState()
+{
+	if (!IsEnabled())
+	{
+		return;
+	}
+	const ECheckBoxState NewState =
+		GetCheckedState() == ECheckBoxState::Checked ? ECheckBoxState::Unchecked : ECheckBoxState::Checked;
+	if (!IsCheckedAttribute.IsBound())
+	{
+		OwnState = NewState;
+	}
+	TSharedRef<SWidget> KeepAlive = AsShared();
+	OnCheckStateChanged.ExecuteIfBound(NewState);
+	RefreshAttributes();
+}
+
+QWidget* SCheckBox::CreateQWidget()
+{
+	QCheckBox* Box = new QCheckBox();
+	TWeakPtr<SWidget> Weak = weak_from_this();
+	QObject::connect(Box, &QCheckBox::clicked,
+					 [Weak]
+					 {
+						 if (TSharedPtr<SWidget> Self = Weak.Pin())
+						 {
+							 SCheckBox* CheckBox = static_cast<SCheckBox*>(Self.Get());
+							 if (!CheckBox->bUpdatingQt)
+							 {
+								 CheckBox->ToggleCheckedState();
+							 }
+						 }
+					 });
+	QtWidget = Box;
+	RefreshAttributes();
+	return Box;
+}
+
+void SCheckBox::RefreshAttributes()
+{
+	if (QCheckBox* Box = qobject_cast<QCheckBox*>(QtWidget.data()))
+	{
+		const bool bChecked = GetCheckedState() == ECheckBoxState::Checked;
+		if (Box->isChecked() != bChecked)
+		{
+			bUpdatingQt = true;
+			Box->setChecked(bChecked);
+			bUpdatingQt = false;
+		}
+	}
+	SWidget::RefreshAttributes();
+}

@@ -1,0 +1,43 @@
+#include <QPushButton>
+
+#include "SlateQt.h"
+#include "Widgets/Input/SHyperlink.h"
+
+using SlateQt::ToQString;
+
+void SHyperlink::Construct(const FArguments& InArgs)
+{
+	Text = InArgs._Text;
+	OnNavigate = InArgs._OnNavigate;
+	if (!Text.IsBound())
+	{
+		SetTextKey(Text.Get());
+	}
+}
+
+void SHyperlink::Navigate()
+{
+	if (IsEnabled() && GetVisibility() == EVisibility::Visible)
+	{
+		TSharedRef<SWidget> KeepAlive = AsShared();
+		OnNavigate.ExecuteIfBound();
+	}
+}
+
+QWidget* SHyperlink::CreateQWidget()
+{
+	QPushButton* Link = new QPushButton(ToQString(Text.Get().ToString()));
+	Link->setFlat(true);
+	Link->setCursor(Qt::PointingHandCursor);
+	Link->setStyleSheet(QStringLiteral("QPushButton { color: palette(link); text-decoration: underline; border: none; }"));
+	TWeakPtr<SWidget> Weak = weak_from_this();
+	QObject::connect(Link, &QPushButton::clicked,
+					 [Weak]
+					 {
+						 if (TSharedPtr<SWidget> Self = Weak.Pin())
+						 {
+							 static_cast<SHyperlink*>(Self.Get())->Navigate();
+						 }
+					 });
+	return Link;
+}

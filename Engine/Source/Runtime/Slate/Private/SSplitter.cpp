@@ -1,0 +1,44 @@
+#include <QSplitter>
+
+#include "SlateQt.h"
+#include "Widgets/Layout/SSplitter.h"
+
+#include <algorithm>
+
+void SSplitter::Construct(const FArguments& InArgs)
+{
+	Slots = InArgs.Slots;
+	Orientation = InArgs._Orientation;
+}
+
+SSplitter::FSlot& SSplitter::AddSlot()
+{
+	Slots.Add(FSlot());
+	return Slots.Last();
+}
+
+TArray<TSharedRef<SWidget>> SSplitter::GetChildren() const
+{
+	return WidgetsOfSlots(Slots);
+}
+
+QWidget* SSplitter::CreateQWidget()
+{
+	QSplitter* Splitter = new QSplitter(Orientation == Orient_Horizontal ? Qt::Horizontal : Qt::Vertical);
+	Splitter->setChildrenCollapsible(false);
+	QList<int> Sizes;
+	for (FSlot& Slot : Slots)
+	{
+		if (Slot.Widget)
+		{
+			Splitter->addWidget(SlateQt::MakeSlotHolder(*Slot.Widget, Slot.SlotPadding, Slot.HAlignment, Slot.VAlignment));
+			Sizes.append(static_cast<int>(Slot.SizeValue * 1000.0f));
+		}
+	}
+	Splitter->setSizes(Sizes);
+	for (int Index = 0; Index < Sizes.size(); ++Index)
+	{
+		Splitter->setStretchFactor(Index, std::max(1, Sizes[Index] / 100));
+	}
+	return Splitter;
+}

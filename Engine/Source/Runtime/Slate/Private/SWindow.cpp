@@ -1,0 +1,53 @@
+#include <QWidget>
+
+#include "SlateQt.h"
+#include "Widgets/SWindow.h"
+
+void SWindow::Construct(const FArguments& InArgs)
+{
+	Title = InArgs._Title;
+	ClientSize = InArgs._ClientSize;
+	SizingRule = InArgs._SizingRule;
+	AutoCenter = InArgs._AutoCenter;
+	bHasMaximizeBox = InArgs._SupportsMaximize;
+	bHasMinimizeBox = InArgs._SupportsMinimize;
+	if (!Title.IsBound())
+	{
+		SetTextKey(Title.Get());
+	}
+	if (InArgs._Content)
+	{
+		ChildSlot.Padding(8)[InArgs._Content.ToSharedRef()];
+	}
+}
+
+void SWindow::SetContent(const TSharedRef<SWidget>& InContent)
+{
+	ChildSlot.Padding(8)[InContent];
+}
+
+QWidget* SWindow::CreateQWidget()
+{
+	QWidget* Widget = SCompoundWidget::CreateQWidget();
+	Widget->setWindowTitle(SlateQt::ToQString(Title.Get().ToString()));
+	// An autosized window is sized to its content when it is shown.
+	if (SizingRule != ESizingRule::Autosized)
+	{
+		Widget->resize(static_cast<int>(ClientSize.X), static_cast<int>(ClientSize.Y));
+	}
+	return Widget;
+}
+
+void SWindow::RequestDestroyWindow()
+{
+	bDestroyRequested = true;
+	if (QtWidget)
+	{
+		QtWidget->close();
+	}
+}
+
+void* SWindow::GetNativeWindowHandle()
+{
+	return reinterpret_cast<void*>(GetQWidget()->winId());
+}

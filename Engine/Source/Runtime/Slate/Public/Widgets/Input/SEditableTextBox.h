@@ -1,0 +1,10 @@
+#pragma once
+
+#include "Widgets/Input/SEditableText.h"
+
+// The same as SEditableText, with a frame around the text.
+class SEditableTextBox : public SEditableText
+{
+protected:
+	QWidget* CreateQWidget() override { return CreateLineEdit(true); }
+};

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Widgets/SWidget.h"
+
+class SSpacer : public SWidget
+{
+public:
+	SLATE_BEGIN_ARGS(SSpacer) {}
+	SLATE_END_ARGS()
+	void Construct(const FArguments&) {}
+
+protected:
+	QWidget* CreateQWidget() override;
+};

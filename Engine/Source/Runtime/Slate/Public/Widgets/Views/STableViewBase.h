@@ -1,0 +1,68 @@
+#pragma once
+
+#include "Widgets/SWidget.h"
+#include "Widgets/Views/ITableRow.h"
+#include "Widgets/Views/SHeaderRow.h"
+
+#include <unordered_map>
+
+class FTableModelQt;
+class FTableListViewQt;
+
+// The part of a list that does not depend on the item type: the Qt view over a virtual model. Rows are made
+// by the row generator only when Qt asks for a row on screen, so that a list of a million items costs a
+// million items and not a million widgets.
+class STableViewBase : public SWidget
+{
+public:
+	~STableViewBase() override;
+
+	// The items array has changed; the list shows its new state at the next frame.
+	void RequestListRefresh() { bRefreshPending = true; }
+	void RefreshAttributes() override;
+	TArray<TSharedRef<SWidget>> GetChildren() const override;
+
+	// Rows the view holds now (after the last refresh was applied).
+	int32 GetNumRowsShown() const { return RowsShown; }
+	float GetItemHeight() const { return ItemHeight; }
+	ESelectionMode::Type GetSelectionMode() const { return SelectionMode; }
+	bool IsScrollbarAlwaysVisible() const { return bAlwaysShowScrollbar; }
+	TSharedPtr<SHeaderRow> GetHeaderRow() const { return HeaderRow; }
+	// The text of the row made for the item at Index, as the list draws it.
+	FString GetRowText(int32 Index);
+	// The first and last item indices on screen; -1 when nothing shows.
+	void GetVisibleRange(int32& OutFirst, int32& OutLast) const;
+
+	// A click on a row, as a user makes it.
+	void ClickRow(int32 Index);
+
+protected:
+	virtual int32 NumItems() const = 0;
+	virtual const void* ItemIdentity(int32 Index) const = 0;
+	virtual TSharedRef<ITableRow> MakeRow(int32 Index) = 0;
+	virtual int32 SelectedIndex() const = 0;
+	virtual void SelectIndexFromUser(int32 Index) = 0;
+
+	QWidget* CreateQWidget() override;
+	void ApplyRefresh();
+	void ScrollToIndex(int32 Index);
+	void MirrorSelection();
+
+	float ItemHeight = 16.0f;
+	ESelectionMode::Type SelectionMode = ESelectionMode::Multi;
+	bool bAlwaysShowScrollbar = false;
+	TSharedPtr<SHeaderRow> HeaderRow;
+	bool bRefreshPending = false;
+	int32 RowsShown = 0;
+	const void* FirstIdentity = nullptr;
+	const void* LastIdentity = nullptr;
+	int32 PendingScrollIndex = INDEX_NONE;
+	std::unordered_map<int32, FString> RowTextCache;
+
+	// Guarded: the Qt widgets may be deleted with their parent before this widget goes.
+	QPointer<FTableModelQt> Model;
+	QPointer<FTableListViewQt> View;
+
+	friend class FTableModelQt;
+	friend class FTableListViewQt;
+};
