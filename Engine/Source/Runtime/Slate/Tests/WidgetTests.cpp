@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include "SlateTestMain.h"
+#include "SlateTestWindow.h"
 
 #include "Framework/Docking/TabManager.h"
 #include "Widgets/Images/SImage.h"
@@ -29,29 +30,6 @@ TESSEL_WIDGET_TEST_MAIN()
 
 namespace
 {
-	// A shown top-level window around one widget, as a tab would hold it.
-	struct FTestWindow
-	{
-		explicit FTestWindow(const TSharedRef<SWidget>& Content) : Root(Content)
-		{
-			Window = std::make_unique<QWidget>();
-			QVBoxLayout* Layout = new QVBoxLayout(Window.get());
-			Layout->addWidget(Content->GetQWidget());
-			Window->resize(600, 400);
-			Window->show();
-			TickFrames();
-		}
-		~FTestWindow() { Window.reset(); }
-		TSharedRef<SWidget> Root;
-		std::unique_ptr<QWidget> Window;
-	};
-
-	template <typename QtType>
-	QtType* QtOf(const TSharedPtr<SWidget>& Widget)
-	{
-		return Widget ? qobject_cast<QtType*>(Widget->GetQWidget()) : nullptr;
-	}
-
 	TSharedRef<ITableRow> MakeTextRow(TSharedPtr<FString> Item, const TSharedRef<STableViewBase>& Owner, int32* Calls)
 	{
 		++*Calls;
