@@ -313,6 +313,8 @@ namespace
 		Print(TEXT("Uploading content..."));
 		if (Mode == TEXT("crash"))
 		{
+			// The default action, so that a sanitizer build dies of the signal too instead of reporting it.
+			std::signal(SIGSEGV, SIG_DFL);
 			std::raise(SIGSEGV);
 		}
 		if (Mode == TEXT("hang"))

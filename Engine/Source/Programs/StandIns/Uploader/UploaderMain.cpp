@@ -102,6 +102,8 @@ int main(int ArgC, char** ArgV)
 	const FString Answer = ChosenAnswer();
 	if (Answer == TEXT("crash"))
 	{
+		// The default action, so that a sanitizer build dies of the signal too instead of reporting it.
+		std::signal(SIGSEGV, SIG_DFL);
 		std::raise(SIGSEGV);
 	}
 	bool bDigits = !Answer.IsEmpty() && Answer.Len() <= 3;
