@@ -108,6 +108,8 @@ public:
 	void OnSteamPasswordChanged(const FText& NewText);
 	FReply OnSteamAuthAccept();
 	FReply OnSteamAuthDecline();
+	// Stores the dialog's answer and closes it.
+	FReply AnswerSteamAuth(bool bConfirmed);
 	// Makes a new SteamAuthWindow and shows it modally; bSteamAuthConfirmed is false unless "Accept" closed it.
 	void ShowSteamAuthDialog();
 	// Everything after an accepted dialog, with SteamUsername and SteamPassword as they stand: the two checks

@@ -34,6 +34,15 @@ FString FTestKit::AddMod(const FString& Name, std::initializer_list<const TCHAR*
 	return Folder;
 }
 
+FString FTestKit::AddPackagedMod(const FString& Name) const
+{
+	const FString Folder = AddMod(Name, {TEXT("Alpha.umap")});
+	const FString Output = FString(TEXT("ModTools/Output")) / Name;
+	WriteFile(Output / TEXT("mod.info"), "info");
+	WriteFile(Output / TEXT("WindowsNoEditor/Alpha.umap.z"), "cooked");
+	return Folder;
+}
+
 void FTestKit::InstallCookCommandlet() const
 {
 	const FString Exe = Dir / TEXT("Engine/Binaries/Win64/UE4Editor.exe");

@@ -16,6 +16,9 @@ public:
 	// Makes a mod folder (and the given files in it, relative to the folder).
 	FString AddMod(const FString& Name, std::initializer_list<const TCHAR*> Files = {}) const;
 	FString WriteFile(const FString& Relative, const std::string& Bytes) const { return Dir.WriteFile(Relative, Bytes); }
+	// A mod folder with one map whose cook has already left its packaged tree (a ".z" and mod.info) under
+	// ModTools/Output, so that "Upload" can open once the publication fields are filled.
+	FString AddPackagedMod(const FString& Name) const;
 	// Places the stand-in cook commandlet where the kit's editor executable stands.
 	void InstallCookCommandlet() const;
 	// Places the stand-in SteamCMD at ModTools/SteamCMD/steamcmd.exe.

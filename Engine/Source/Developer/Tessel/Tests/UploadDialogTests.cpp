@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 
 #include "SlateTestMain.h"
+#include "ToolWindow.h"
 
 #include "EditorServices.h"
 #include "STesselUI.h"
@@ -26,27 +27,19 @@ namespace
 		FShownUploadKit()
 		{
 			IEditorServices::Set(nullptr);
-			Kit.AddMod(TEXT("Islands"), {TEXT("Alpha.umap")});
-			Kit.WriteFile(TEXT("ModTools/Output/Islands/mod.info"), "info");
-			Kit.WriteFile(TEXT("ModTools/Output/Islands/WindowsNoEditor/Alpha.umap.z"), "cooked");
+			Kit.AddPackagedMod(TEXT("Islands"));
 			Kit.InstallWorkshopTemplate();
 			Kit.InstallSteamCmd();
-			Tool = SNew(STesselTool);
+			Open = std::make_unique<FOpenTool>();
+			Tool = Open->Tool;
 			Tool->SelectedMod->Title = TEXT("Island Pack");
 			Tool->SelectedMod->Description = TEXT("Two islands.");
 			Tool->SelectedMod->PreviewImage = Kit.WriteFile(TEXT("islands.png"), "\x89PNG\r\n\x1a\n");
-			Host = std::make_unique<QWidget>();
-			QVBoxLayout* Layout = new QVBoxLayout(Host.get());
-			Layout->addWidget(Tool->GetQWidget());
-			Host->resize(900, 600);
-			Host->show();
-			TickFrames();
 		}
 		~FShownUploadKit()
 		{
 			Tool.Reset();
-			Host.reset();
-			TickFrames();
+			Open.reset();
 		}
 
 		QWidget* DialogWindow() const { return Tool->SteamAuthWindow->GetQWidget(); }
@@ -68,8 +61,8 @@ namespace
 		bool ItemFileExists() const { return FPaths::FileExists(Kit.Root() / TEXT("ModTools/ModConfigs/Islands.vdf")); }
 
 		FTestKit Kit;
+		std::unique_ptr<FOpenTool> Open;
 		TSharedPtr<STesselTool> Tool;
-		std::unique_ptr<QWidget> Host;
 	};
 }
 

@@ -62,9 +62,7 @@ namespace
 		FUploadKit()
 		{
 			IEditorServices::Set(Editor);
-			Kit.AddMod(TEXT("Islands"), {TEXT("Alpha.umap")});
-			Kit.WriteFile(TEXT("ModTools/Output/Islands/mod.info"), "info");
-			Kit.WriteFile(TEXT("ModTools/Output/Islands/WindowsNoEditor/Islands/Content/Alpha.umap.z"), "cooked");
+			Kit.AddPackagedMod(TEXT("Islands"));
 			Preview = Kit.WriteFile(TEXT("Pictures/islands.png"), PngBytes);
 			Kit.InstallWorkshopTemplate();
 			Kit.InstallSteamCmd();

@@ -144,17 +144,17 @@ void STesselTool::OnSteamPasswordChanged(const FText& NewText)
 
 FReply STesselTool::OnSteamAuthAccept()
 {
-	bSteamAuthConfirmed = true;
-	if (SteamAuthWindow)
-	{
-		SteamAuthWindow->RequestDestroyWindow();
-	}
-	return FReply::Handled();
+	return AnswerSteamAuth(true);
 }
 
 FReply STesselTool::OnSteamAuthDecline()
 {
-	bSteamAuthConfirmed = false;
+	return AnswerSteamAuth(false);
+}
+
+FReply STesselTool::AnswerSteamAuth(bool bConfirmed)
+{
+	bSteamAuthConfirmed = bConfirmed;
 	if (SteamAuthWindow)
 	{
 		SteamAuthWindow->RequestDestroyWindow();
