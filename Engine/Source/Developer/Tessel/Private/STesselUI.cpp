@@ -15,9 +15,10 @@
 void STesselTool::Construct(const FArguments& InArgs)
 {
 	bSteamAuthConfirmed = false;
-	VisibilityOptions.Add(MakeShared<FString>(TEXT("Public")));
-	VisibilityOptions.Add(MakeShared<FString>(TEXT("Friends Only")));
-	VisibilityOptions.Add(MakeShared<FString>(TEXT("Hidden")));
+	for (const FString& Label : GetVisibilityLabels())
+	{
+		VisibilityOptions.Add(MakeShared<FString>(Label));
+	}
 	RefreshModList(false);
 	BuildLayout();
 }

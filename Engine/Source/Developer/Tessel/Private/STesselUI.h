@@ -72,6 +72,10 @@ public:
 	void OnDescriptionChanged(const FText& InText);
 	void OnChangeNotesChanged(const FText& InText);
 	void OnTestOutputDirChanged(const FText& InText);
+	// The three visibilities in the order of the drop-down; a visibility's position is its number in the item file.
+	static const TArray<FString>& GetVisibilityLabels();
+	// The ten Workshop tags in the order of their check boxes; a tag's stored value is its label.
+	static const TArray<FString>& GetTagLabels();
 	FString GetVisibilityString() const;
 	void OnVisibilitySelected(TSharedPtr<FString> Item, ESelectInfo::Type SelectInfo);
 	TSharedRef<SWidget> MakeVisibilityRow(TSharedPtr<FString> Item);
@@ -133,6 +137,8 @@ public:
 	static FString GetWorkshopTemplatePath();
 	static FString GetWorkshopItemFilePath(const FString& ModDir);
 	static FString GetSteamCmdPath();
+	// SteamCMD's arguments: the login, the build of the item file, and the end.
+	static FString ComposeSteamCmdParameters(const FString& Username, const FString& Password, const FString& ItemFilePath);
 	// Runs SteamCMD on the selected record's item file, waits for it, and takes the published id back.
 	void RunSteamCmd();
 	// The id on the first line that names "publishedfileid": its first numeric piece between double quotes.

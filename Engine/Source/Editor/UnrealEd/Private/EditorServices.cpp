@@ -185,3 +185,19 @@ bool FQtEditorServices::LaunchURL(const FString& URL)
 {
 	return QDesktopServices::openUrl(QUrl(SlateQt::ToQString(URL)));
 }
+
+void FConsoleEditorServices::OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content)
+{
+	Dialogs.Add(FDialogText{Title.ToString(), Content->GetDisplayText()});
+}
+
+void FConsoleEditorServices::RunModalWindow(const TSharedRef<SWindow>& Window)
+{
+	Window->RequestDestroyWindow();
+}
+
+bool FConsoleEditorServices::OpenFileDialog(const void*, const FString&, const FString&, const FString&, const FString&,
+											uint32, TArray<FString>&)
+{
+	return false;
+}

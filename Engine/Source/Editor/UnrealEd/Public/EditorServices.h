@@ -41,3 +41,26 @@ public:
 
 	TSharedPtr<SWindow> MainWindow;
 };
+
+// The services for a run without windows (the command-line programs): each dialog is kept as text for the
+// caller to print, a modal window is closed at once as if declined, no file is chosen and no page is opened.
+class FConsoleEditorServices : public IEditorServices
+{
+public:
+	struct FDialogText
+	{
+		FString Title;
+		FString Text;
+	};
+
+	void OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content) override;
+	void RunModalWindow(const TSharedRef<SWindow>& Window) override;
+	bool OpenFileDialog(const void* ParentWindowHandle, const FString& Title, const FString& DefaultPath,
+						const FString& DefaultFile, const FString& FileTypes, uint32 Flags,
+						TArray<FString>& OutFilenames) override;
+	TSharedPtr<SWindow> GetParentWindow() override { return nullptr; }
+	bool LaunchURL(const FString& URL) override { return false; }
+
+	// Every dialog opened so far, oldest first.
+	TArray<FDialogText> Dialogs;
+};

@@ -4,6 +4,8 @@ TArray<TSharedPtr<FCookJob>> ActiveJobs;
 
 int64 ModId = 123456789;
 
+std::function<void(const FPackagingProgress&)> OnPackagingProgress;
+
 FMonitoredJob::FMonitoredJob(const FString& Executable, const FString& Parameters)
 	: Process(MakeUnique<FMonitoredProcess>(Executable, Parameters, true))
 {

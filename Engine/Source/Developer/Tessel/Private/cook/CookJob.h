@@ -5,6 +5,8 @@
 #include "Misc/MonitoredProcess.h"
 #include "catalogue/ModSetup.h"
 
+#include <functional>
+
 // The kind of a cook request.
 enum class ECookKind : uint32
 {
@@ -64,3 +66,16 @@ extern TArray<TSharedPtr<FCookJob>> ActiveJobs;
 
 // The number every cooked mod of this process carries; "SetModID=" on the command line replaces it.
 extern int64 ModId;
+
+// How far the packaging walk of one target is, for a front end that shows it (the command-line tool).
+struct FPackagingProgress
+{
+	FString TargetDir;
+	int32 FilesDone = 0;
+	int32 FilesTotal = 0;
+	int64 BytesDone = 0;
+	int64 BytesTotal = 0;
+};
+
+// Told once before the walk and after each file of it. Unset, as in the window, the walk counts nothing.
+extern std::function<void(const FPackagingProgress&)> OnPackagingProgress;

@@ -71,6 +71,20 @@ void STesselTool::OnTestOutputDirChanged(const FText& InText)
 	TestOutputDir = InText.ToString();
 }
 
+const TArray<FString>& STesselTool::GetVisibilityLabels()
+{
+	static const TArray<FString> Labels{TEXT("Public"), TEXT("Friends Only"), TEXT("Hidden")};
+	return Labels;
+}
+
+const TArray<FString>& STesselTool::GetTagLabels()
+{
+	static const TArray<FString> Labels{TEXT("Mod"),		TEXT("Total Conversion"), TEXT("Map"),		  TEXT("Structures"),
+										TEXT("Weapons"),	TEXT("Outfits"),		  TEXT("Creatures"), TEXT("Game Modes"),
+										TEXT("Visuals/Sounds"), TEXT("Rebalancing")};
+	return Labels;
+}
+
 FString STesselTool::GetVisibilityString() const
 {
 	return SelectedMod->Visibility;

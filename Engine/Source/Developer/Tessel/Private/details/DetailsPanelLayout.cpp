@@ -24,11 +24,6 @@
 
 namespace
 {
-	// The tag vocabulary in the order of the check boxes; a tag's stored value is its label.
-	const TCHAR* const TagLabels[] = {TEXT("Mod"),		 TEXT("Total Conversion"), TEXT("Map"),		   TEXT("Structures"),
-									  TEXT("Weapons"),	 TEXT("Outfits"),		   TEXT("Creatures"), TEXT("Game Modes"),
-									  TEXT("Visuals/Sounds"), TEXT("Rebalancing")};
-
 	// Every cell of both grids: nothing at the sides, 5 above and below.
 	const FMargin CellPadding(0.0f, 5.0f);
 
@@ -229,7 +224,8 @@ TSharedRef<SWidget> STesselTool::BuildDetailsPanel()
 
 	// One row for each tag: its label on the left of the cell and its check box in the cell's middle.
 	AddLabel(Uploading, 4, LOCTEXT("ModTags", "Tags:"));
-	for (int32 Index = 0; Index < static_cast<int32>(std::size(TagLabels)); ++Index)
+	const TArray<FString>& TagLabels = GetTagLabels();
+	for (int32 Index = 0; Index < TagLabels.Num(); ++Index)
 	{
 		const FString Tag = TagLabels[Index];
 		const int32 Row = 4 + Index;

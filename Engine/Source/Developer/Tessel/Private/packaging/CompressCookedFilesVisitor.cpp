@@ -41,6 +41,10 @@ bool FCompressCookedFilesVisitor::Visit(const TCHAR* FilenameOrDirectory, bool b
 		// The rest keeps its leading separator, which the path join absorbs.
 		const FString Rel = FullPath.Mid(StartedRoot.Len(), MAX_int32);
 		FileManager.Copy(*(TargetRoot / Rel), *FullPath, true, false);
+		if (OnFileDone)
+		{
+			OnFileDone(FileManager.FileSize(*FullPath));
+		}
 		return true;
 	}
 
@@ -68,11 +72,14 @@ bool FCompressCookedFilesVisitor::Visit(const TCHAR* FilenameOrDirectory, bool b
 	delete Reader;
 	delete Writer;
 
-	if (!FileManager.Move(*ZPath, *TmpPath, true, false))
+	if (FileManager.Move(*ZPath, *TmpPath, true, false))
 	{
-		return true;
+		FFileHelper::SaveStringToFile(FString::Printf(TEXT("%d%s"), Size, TEXT("\r\n")), *(ZPath + TEXT(".uncompressed_size")),
+									  EEncodingOptions::AutoDetect);
 	}
-	FFileHelper::SaveStringToFile(FString::Printf(TEXT("%d%s"), Size, TEXT("\r\n")), *(ZPath + TEXT(".uncompressed_size")),
-								  EEncodingOptions::AutoDetect);
+	if (OnFileDone)
+	{
+		OnFileDone(Size);
+	}
 	return true;
 }

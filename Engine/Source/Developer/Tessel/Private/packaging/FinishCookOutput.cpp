@@ -5,6 +5,7 @@
 #include "packaging/CompressCookedFilesVisitor.h"
 #include "packaging/ModArchiveForms.h"
 
+#include <algorithm>
 #include <cwchar>
 
 namespace
@@ -95,6 +96,30 @@ void FCookJob::FinishCookOutput()
 
 	// A normal run: the compressed tree, the staging folder gone, and the description files beside the targets.
 	FCompressCookedFilesVisitor Visitor(StagedModDir, TargetDir);
+	if (OnPackagingProgress)
+	{
+		// The totals take one extra listing of the tree, paid only when someone watches.
+		FPackagingProgress Progress;
+		Progress.TargetDir = TargetDir;
+		FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(
+			*StagedModDir,
+			[&Progress](const TCHAR* Path, bool bIsDirectory)
+			{
+				if (!bIsDirectory)
+				{
+					++Progress.FilesTotal;
+					Progress.BytesTotal += std::max<int64>(IFileManager::Get().FileSize(Path), 0);
+				}
+				return true;
+			});
+		OnPackagingProgress(Progress);
+		Visitor.OnFileDone = [Progress](int64 FileBytes) mutable
+		{
+			++Progress.FilesDone;
+			Progress.BytesDone += std::max<int64>(FileBytes, 0);
+			OnPackagingProgress(Progress);
+		};
+	}
 	FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(*StagedModDir, Visitor);
 	IFileManager::Get().DeleteDirectory(*StagingDir, false, true);
 	if (bLastTarget)

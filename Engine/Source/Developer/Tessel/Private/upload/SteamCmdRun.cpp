@@ -9,6 +9,11 @@ FString STesselTool::GetSteamCmdPath()
 	return GetModToolsDir() / TEXT("SteamCMD/steamcmd.exe");
 }
 
+FString STesselTool::ComposeSteamCmdParameters(const FString& Username, const FString& Password, const FString& ItemFilePath)
+{
+	return FString::Printf(TEXT("+login %s %s +workshop_build_item \"%s\" +quit"), *Username, *Password, *ItemFilePath);
+}
+
 bool STesselTool::ReadPublishedFileId(const FString& ItemFileText, FString& OutId)
 {
 	TArray<FString> Lines;
@@ -50,8 +55,7 @@ void STesselTool::RunSteamCmd()
 
 	const FString ItemFilePath = GetWorkshopItemFilePath(Mod.ModDir);
 	// Holds the password: it goes to the process and nowhere else, neither the log nor a file.
-	const FString Parameters = FString::Printf(TEXT("+login %s %s +workshop_build_item \"%s\" +quit"), *SteamUsername,
-											   *SteamPassword, *ItemFilePath);
+	const FString Parameters = ComposeSteamCmdParameters(SteamUsername, SteamPassword, ItemFilePath);
 
 	FProcHandle Process = FPlatformProcess::CreateProc(*GetSteamCmdPath(), *Parameters, true, false, false, nullptr, 0,
 													   nullptr, -1);

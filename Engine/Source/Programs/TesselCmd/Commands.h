@@ -1,0 +1,45 @@
+#pragma once
+
+#include "CoreMinimal.h"
+
+#include <optional>
+
+// What every command takes: the kit (empty: the nearest above the working folder) and the output form.
+struct FGlobalOptions
+{
+	FString Kit;
+	bool bJson = false;
+};
+
+struct FCookOptions
+{
+	FString Mod;
+	bool bAll = false;
+	// "map", "game-mod", "total-conversion" or "map-extension"; unset, the kind the mod's maps suggest.
+	std::optional<FString> Kind;
+	bool bModAsDlc = false;
+	std::optional<int64> ModIdValue;
+	std::optional<FString> ModTitle;
+	FString TestOutput;
+};
+
+struct FPublishOptions
+{
+	FString Mod;
+	bool bAll = false;
+	bool bDryRun = false;
+};
+
+struct FInspectOptions
+{
+	FString Path;
+	FString Extract;
+};
+
+// Each command returns its exit code (see EExitCode) or throws FCommandError.
+int RunList(const FGlobalOptions& Options);
+int RunSet(const FGlobalOptions& Options, const FString& Mod, const TArray<FString>& Assignments);
+int RunCheck(const FGlobalOptions& Options, const FString& Mod);
+int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook);
+int RunPublish(const FGlobalOptions& Options, const FPublishOptions& Publish);
+int RunInspect(const FGlobalOptions& Options, const FInspectOptions& Inspect);

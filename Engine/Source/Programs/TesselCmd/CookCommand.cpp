@@ -1,0 +1,250 @@
+#include "CommandOutput.h"
+#include "Commands.h"
+#include "KitSession.h"
+#include "cook/CookJob.h"
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace
+{
+	struct FKindName
+	{
+		const TCHAR* Name;
+		ECookKind Kind;
+	};
+	// The cook buttons by the names the command takes: "Cook Map", "Cook Game Mod", "Cook Total Conversion" and
+	// "Cook Map Extension".
+	const FKindName KindNames[] = {
+		{TEXT("map"), ECookKind::Map},
+		{TEXT("game-mod"), ECookKind::GameMod},
+		{TEXT("total-conversion"), ECookKind::TotalConversion},
+		{TEXT("map-extension"), ECookKind::IslandExtension},
+	};
+
+	const TCHAR* KindName(ECookKind Kind)
+	{
+		for (const FKindName& Entry : KindNames)
+		{
+			if (Entry.Kind == Kind)
+			{
+				return Entry.Name;
+			}
+		}
+		return TEXT("");
+	}
+
+	ECookKind ParseKind(const FString& Name)
+	{
+		for (const FKindName& Entry : KindNames)
+		{
+			if (Name.Equals(Entry.Name, ESearchCase::IgnoreCase))
+			{
+				return Entry.Kind;
+			}
+		}
+		throw FCommandError{EExitCode::BadInput,
+							FString::Printf(TEXT("unknown kind \"%s\": map, game-mod, total-conversion or map-extension"), *Name)};
+	}
+
+	// The options as the editor's command line hands them to the tool at every cook.
+	FString ComposeEditorCommandLine(const FCookOptions& Cook)
+	{
+		TArray<FString> Pieces;
+		if (Cook.bModAsDlc)
+		{
+			Pieces.Add(TEXT("-modasdlc"));
+		}
+		if (Cook.ModIdValue)
+		{
+			Pieces.Add(FString::Printf(TEXT("-SetModID=%lld"), static_cast<long long>(*Cook.ModIdValue)));
+		}
+		if (Cook.ModTitle)
+		{
+			// Quoted, so that blanks, commas and parentheses stay in the title; a quote has no way through.
+			if (Cook.ModTitle->Contains(TEXT("\""), ESearchCase::CaseSensitive))
+			{
+				throw FCommandError{EExitCode::BadInput,
+									FString::Printf(TEXT("--mod-title \"%s\": a double quote can't pass the editor's command line"),
+													**Cook.ModTitle)};
+			}
+			Pieces.Add(FString::Printf(TEXT("-ModTitle=\"%s\""), **Cook.ModTitle));
+		}
+		return FString::Join(Pieces, TEXT(" "));
+	}
+
+	FString FormatBytes(int64 Bytes)
+	{
+		if (Bytes < 10 * 1024)
+		{
+			return FString::Printf(TEXT("%lld bytes"), Bytes);
+		}
+		if (Bytes < 10 * 1024 * 1024)
+		{
+			return FString::Printf(TEXT("%.1f KB"), Bytes / 1024.0);
+		}
+		return FString::Printf(TEXT("%.1f MB"), Bytes / 1048576.0);
+	}
+
+	// The packaging walk's progress on one line of the terminal, rewritten in place.
+	class FTerminalProgress
+	{
+	public:
+		FTerminalProgress() : bTerminal(isatty(fileno(stderr)) != 0)
+		{
+			if (bTerminal)
+			{
+				OnPackagingProgress = [this](const FPackagingProgress& Progress) { Show(Progress); };
+			}
+		}
+		~FTerminalProgress() { OnPackagingProgress = nullptr; }
+
+		// Ends the progress line before other text is printed.
+		void Interrupt()
+		{
+			if (bOpen)
+			{
+				std::fputc('\n', stderr);
+				bOpen = false;
+			}
+		}
+
+	private:
+		void Show(const FPackagingProgress& Progress)
+		{
+			if (Progress.FilesTotal == 0)
+			{
+				return;
+			}
+			const FString Line = FString::Printf(TEXT("\rPackaging %s: %d of %d files, %s of %s"),
+												 *FPaths::GetCleanFilename(Progress.TargetDir), Progress.FilesDone, Progress.FilesTotal,
+												 *FormatBytes(Progress.BytesDone), *FormatBytes(Progress.BytesTotal));
+			std::fputs(Line.ToUtf8().c_str(), stderr);
+			std::fputs("\x1b[K", stderr);
+			std::fflush(stderr);
+			bOpen = true;
+			if (Progress.FilesDone == Progress.FilesTotal)
+			{
+				Interrupt();
+			}
+		}
+
+		const bool bTerminal;
+		bool bOpen = false;
+	};
+
+	struct FCookResult
+	{
+		FString Mod;
+		ECookKind Kind = ECookKind::Map;
+		FString Dialog;
+		bool bSuccess = false;
+		// False when the mod was left out before any job was queued.
+		bool bRan = false;
+		FString Output;
+	};
+
+	FCookResult CookOne(FHeadlessTool& Tool, const TSharedPtr<FModSetup>& Mod, const FCookOptions& Cook,
+						const FCommandOutput& Output, FTerminalProgress& Progress)
+	{
+		FCookResult Result;
+		Result.Mod = Mod->ModDir;
+		Result.Kind = Cook.Kind ? ParseKind(*Cook.Kind) : (Mod->Maps.IsEmpty() ? ECookKind::GameMod : ECookKind::Map);
+		Result.Output = Cook.TestOutput.IsEmpty() ? STesselTool::GetModOutputDir() / Mod->ModDir : ToFullPath(Cook.TestOutput);
+		if (Result.Kind == ECookKind::Map && Mod->Maps.IsEmpty())
+		{
+			// "Cook Map" is disabled for such a mod.
+			Result.Dialog = TEXT("no maps to cook: use --kind game-mod");
+			return Result;
+		}
+		Tool.Select(Mod->ModDir);
+		Tool.Get().TestOutputDir = Cook.TestOutput.IsEmpty() ? FString() : Result.Output;
+		Tool.SaveOnClose();
+		Result.bRan = true;
+		Result.Dialog = Tool.Cook(Result.Kind,
+								  [&](const FString& Line)
+								  {
+									  Progress.Interrupt();
+									  Output.Progress(Line);
+								  });
+		Progress.Interrupt();
+		// The run's own verdict: the dialog names success when some log line said "Success".
+		Result.bSuccess = Result.Dialog == TEXT("Job Successful!!");
+		return Result;
+	}
+}
+
+int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
+{
+	if (Cook.bAll == !Cook.Mod.IsEmpty())
+	{
+		throw FCommandError{EExitCode::BadInput, TEXT("cook: name one mod or give --all")};
+	}
+	if (Cook.Kind)
+	{
+		ParseKind(*Cook.Kind);
+	}
+	FCommandLine::Set(ComposeEditorCommandLine(Cook));
+	LocateKit(Options.Kit);
+	RequireReadableDatabase();
+
+	FHeadlessTool Tool;
+	TArray<TSharedPtr<FModSetup>> Mods;
+	if (Cook.bAll)
+	{
+		Mods = Tool.GetMods();
+	}
+	else
+	{
+		const TSharedPtr<FModSetup> Mod = SelectMod(Tool, Cook.Mod);
+		if (Cook.Kind && ParseKind(*Cook.Kind) == ECookKind::Map && Mod->Maps.IsEmpty())
+		{
+			throw FCommandError{EExitCode::BadInput, FString::Printf(TEXT("%s has no maps: cook it with --kind game-mod"), *Mod->ModDir)};
+		}
+		Mods.Add(Mod);
+	}
+
+	const FCommandOutput Output(Options.bJson);
+	FTerminalProgress Progress;
+	TArray<FCookResult> Results;
+	for (const TSharedPtr<FModSetup>& Mod : Mods)
+	{
+		if (Cook.bAll)
+		{
+			Output.Progress(FString::Printf(TEXT("=== %s"), *Mod->ModDir));
+		}
+		Results.Add(CookOne(Tool, Mod, Cook, Output, Progress));
+		const FCookResult& Result = Results.Last();
+		Output.Progress(Result.bRan ? FString::Printf(TEXT("Quillon Dev Kit: %s"), *Result.Dialog)
+									: FString::Printf(TEXT("Left out: %s"), *Result.Dialog));
+	}
+
+	const bool bAllSucceeded = !Results.ContainsByPredicate([](const FCookResult& Result) { return !Result.bSuccess; });
+	if (Output.IsJson())
+	{
+		TArray<TSharedPtr<FJsonValue>> Items;
+		for (const FCookResult& Result : Results)
+		{
+			TSharedPtr<FJsonObject> Item = MakeShared<FJsonObject>();
+			Item->SetStringField(TEXT("mod"), Result.Mod);
+			Item->SetStringField(TEXT("kind"), KindName(Result.Kind));
+			Item->SetBoolField(TEXT("success"), Result.bSuccess);
+			Item->SetStringField(TEXT("dialog"), Result.Dialog);
+			Item->SetStringField(TEXT("output"), Result.Output);
+			Items.Add(JsonObject(Item));
+		}
+		TSharedRef<FJsonObject> Document = MakeShared<FJsonObject>();
+		Document->SetArrayField(TEXT("results"), Items);
+		FCommandOutput::Print(Document);
+	}
+	else if (Cook.bAll)
+	{
+		Output.Line(TEXT(""));
+		for (const FCookResult& Result : Results)
+		{
+			Output.Line(FString::Printf(TEXT("%s  %s (%s)"), Result.bSuccess ? TEXT("ok  ") : TEXT("FAIL"), *Result.Mod,
+										KindName(Result.Kind)));
+		}
+	}
+	return static_cast<int>(bAllSucceeded ? EExitCode::Success : EExitCode::JobFailed);
+}

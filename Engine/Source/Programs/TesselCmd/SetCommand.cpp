@@ -1,0 +1,198 @@
+#include "CommandOutput.h"
+#include "Commands.h"
+#include "HAL/FileManager.h"
+#include "KitSession.h"
+#include "Misc/FileHelper.h"
+#include "ModRecordText.h"
+
+namespace
+{
+	// The publication fields a user may set, by the names the command takes. Letter case, "-" and "_" are
+	// ignored, so "change-notes", "ChangeNotes" and "change_notes" name the same field.
+	struct FSettableField
+	{
+		const TCHAR* Name;
+		FString FModSetup::*Member;
+	};
+	const FSettableField SettableFields[] = {
+		{TEXT("title"), &FModSetup::Title},
+		{TEXT("description"), &FModSetup::Description},
+		{TEXT("preview"), &FModSetup::PreviewImage},
+		{TEXT("previewimage"), &FModSetup::PreviewImage},
+		{TEXT("visibility"), &FModSetup::Visibility},
+		{TEXT("tags"), &FModSetup::Tags},
+		{TEXT("changenotes"), &FModSetup::ChangeNotes},
+		{TEXT("changenote"), &FModSetup::ChangeNotes},
+	};
+
+	FString NormalizeFieldName(const FString& Name)
+	{
+		FString Result;
+		for (const TCHAR Unit : Name)
+		{
+			if (Unit != u'-' && Unit != u'_')
+			{
+				Result += FChar::ToLower(Unit);
+			}
+		}
+		return Result;
+	}
+
+	FString OneOf(const TArray<FString>& Labels)
+	{
+		TArray<FString> Quoted;
+		for (const FString& Label : Labels)
+		{
+			Quoted.Add(TEXT("\"") + Label + TEXT("\""));
+		}
+		return FString::Join(Quoted, TEXT(", "));
+	}
+
+	// The label among Labels that Value names, letter case ignored; throws BadInput otherwise.
+	FString MatchLabel(const FString& Value, const TArray<FString>& Labels, const TCHAR* What)
+	{
+		for (const FString& Label : Labels)
+		{
+			if (Label.Equals(Value, ESearchCase::IgnoreCase))
+			{
+				return Label;
+			}
+		}
+		throw FCommandError{EExitCode::BadInput,
+							FString::Printf(TEXT("%s \"%s\" is not one of %s"), What, *Value, *OneOf(Labels))};
+	}
+
+	FString ReadValue(const FString& Text)
+	{
+		// "@file" takes the value from a file, for long descriptions and change notes; "@@" is a literal "@".
+		if (Text.StartsWith(TEXT("@@"), ESearchCase::CaseSensitive))
+		{
+			return Text.Mid(1);
+		}
+		if (!Text.StartsWith(TEXT("@"), ESearchCase::CaseSensitive))
+		{
+			return Text;
+		}
+		const FString Path = ToFullPath(Text.Mid(1));
+		FString Value;
+		if (!FFileHelper::LoadFileToString(Value, *Path))
+		{
+			throw FCommandError{EExitCode::BadInput, FString::Printf(TEXT("%s: can't be read"), *Path)};
+		}
+		return Value;
+	}
+
+	FString CleanValue(FString FModSetup::*Member, const FString& Value)
+	{
+		if (Member == &FModSetup::Visibility)
+		{
+			return MatchLabel(Value, STesselTool::GetVisibilityLabels(), TEXT("visibility"));
+		}
+		if (Member == &FModSetup::Tags)
+		{
+			// Stored as the check boxes store them: labels joined by "," in the order given, each once.
+			TArray<FString> Pieces;
+			Value.ParseIntoArray(Pieces, TEXT(","), true);
+			TArray<FString> Tags;
+			for (const FString& Piece : Pieces)
+			{
+				const FString Trimmed = Piece.TrimStartAndEnd();
+				if (Trimmed.IsEmpty())
+				{
+					continue;
+				}
+				const FString Tag = MatchLabel(Trimmed, STesselTool::GetTagLabels(), TEXT("tag"));
+				if (!Tags.Contains(Tag))
+				{
+					Tags.Add(Tag);
+				}
+			}
+			return FString::Join(Tags, TEXT(","));
+		}
+		if (Member == &FModSetup::PreviewImage && !Value.IsEmpty())
+		{
+			const FString Path = ToFullPath(Value);
+			if (!IFileManager::Get().FileExists(*Path))
+			{
+				throw FCommandError{EExitCode::BadInput, FString::Printf(TEXT("%s: no such preview image"), *Path)};
+			}
+			return Path;
+		}
+		return Value;
+	}
+}
+
+int RunSet(const FGlobalOptions& Options, const FString& ModName, const TArray<FString>& Assignments)
+{
+	LocateKit(Options.Kit);
+	RequireReadableDatabase();
+	FHeadlessTool Tool;
+	// The one save is the explicit one below; whatever fails before it, the file stays as it was.
+
+	const TSharedPtr<FModSetup> Mod = SelectMod(Tool, ModName);
+
+	// Every assignment is checked before any is made.
+	FModSetup Edited = *Mod;
+	for (const FString& Assignment : Assignments)
+	{
+		FString Name;
+		FString Text;
+		if (!Assignment.Split(TEXT("="), &Name, &Text))
+		{
+			throw FCommandError{EExitCode::BadInput, FString::Printf(TEXT("\"%s\": expected <field>=<value>"), *Assignment)};
+		}
+		const FString Key = NormalizeFieldName(Name);
+		const FSettableField* Field = nullptr;
+		for (const FSettableField& Candidate : SettableFields)
+		{
+			if (Key == Candidate.Name)
+			{
+				Field = &Candidate;
+			}
+		}
+		if (!Field)
+		{
+			throw FCommandError{EExitCode::BadInput,
+								FString::Printf(TEXT("unknown field \"%s\": set title, description, preview, visibility, tags or "
+													 "change-notes"),
+												*Name)};
+		}
+		Edited.*(Field->Member) = CleanValue(Field->Member, ReadValue(Text));
+	}
+
+	*Mod = Edited;
+	Tool.Get().SaveModDatabase();
+
+	// The tool's save reports nothing, so the file is read back to be sure the edit arrived.
+	TArray<FModSetup> Saved;
+	FString SavedUser;
+	const FString Path = STesselTool::GetModDatabasePath();
+	const FModSetup* Found = nullptr;
+	if (ReadDatabaseRecords(Path, Saved, SavedUser))
+	{
+		Found = Saved.FindByPredicate([&](const FModSetup& Record) { return Record.ModDir == Edited.ModDir; });
+	}
+	const FCommandOutput Output(Options.bJson);
+	if (!Found || FCommandOutput::ToJsonText(Found->ToJsonValue()->AsObject().ToSharedRef()) !=
+					  FCommandOutput::ToJsonText(Edited.ToJsonValue()->AsObject().ToSharedRef()))
+	{
+		throw FCommandError{EExitCode::JobFailed, FString::Printf(TEXT("%s: the edit could not be saved"), *Path)};
+	}
+
+	if (Output.IsJson())
+	{
+		TSharedRef<FJsonObject> Document = MakeShared<FJsonObject>();
+		Document->SetStringField(TEXT("database"), Path);
+		Document->SetField(TEXT("mod"), Edited.ToJsonValue());
+		FCommandOutput::Print(Document);
+	}
+	else
+	{
+		Output.Line(FString::Printf(TEXT("Saved %s"), *Path));
+		for (const FString& Line : DescribeModRecord(Edited))
+		{
+			Output.Line(Line);
+		}
+	}
+	return static_cast<int>(EExitCode::Success);
+}

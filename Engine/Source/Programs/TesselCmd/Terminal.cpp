@@ -1,0 +1,100 @@
+#include "Terminal.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <iostream>
+#include <termios.h>
+#include <unistd.h>
+
+bool PromptOnTerminal(const FString& Prompt, bool bSecret, FString& OutAnswer)
+{
+	if (!isatty(STDIN_FILENO))
+	{
+		return false;
+	}
+	std::fputs(Prompt.ToUtf8().c_str(), stderr);
+	std::fflush(stderr);
+	termios Saved{};
+	const bool bHideEcho = bSecret && tcgetattr(STDIN_FILENO, &Saved) == 0;
+	if (bHideEcho)
+	{
+		termios Quiet = Saved;
+		Quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+		tcsetattr(STDIN_FILENO, TCSAFLUSH, &Quiet);
+	}
+	std::string Line;
+	const bool bRead = static_cast<bool>(std::getline(std::cin, Line));
+	if (bHideEcho)
+	{
+		tcsetattr(STDIN_FILENO, TCSAFLUSH, &Saved);
+		// The line feed the user typed was not echoed either.
+		std::fputc('\n', stderr);
+	}
+	if (!Line.empty() && Line.back() == '\r')
+	{
+		Line.pop_back();
+	}
+	OutAnswer = FString::FromUtf8(Line);
+	return bRead;
+}
+
+FStdoutTap::FStdoutTap(bool bToStderr)
+{
+	std::fflush(stdout);
+	int Pipe[2];
+	if (pipe(Pipe) != 0)
+	{
+		return;
+	}
+	// Only the write end reaches a child, as its standard output.
+	fcntl(Pipe[0], F_SETFD, FD_CLOEXEC);
+	SavedStdout = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
+	Destination = bToStderr ? STDERR_FILENO : SavedStdout;
+	dup2(Pipe[1], STDOUT_FILENO);
+	close(Pipe[1]);
+	bActive = true;
+	Reader = std::thread([this, ReadEnd = Pipe[0]] { Pump(ReadEnd, Destination); });
+}
+
+FStdoutTap::~FStdoutTap()
+{
+	Finish();
+}
+
+void FStdoutTap::Pump(int ReadEnd, int To)
+{
+	char Buffer[4096];
+	while (true)
+	{
+		const ssize_t Count = read(ReadEnd, Buffer, sizeof(Buffer));
+		if (Count <= 0)
+		{
+			break;
+		}
+		Captured.append(Buffer, static_cast<size_t>(Count));
+		for (ssize_t Written = 0; Written < Count;)
+		{
+			const ssize_t Step = write(To, Buffer + Written, static_cast<size_t>(Count - Written));
+			if (Step <= 0)
+			{
+				break;
+			}
+			Written += Step;
+		}
+	}
+	close(ReadEnd);
+}
+
+FString FStdoutTap::Finish()
+{
+	if (bActive)
+	{
+		std::fflush(stdout);
+		// Our standard output was the last write end the tap waits on; children have ended by now.
+		dup2(SavedStdout, STDOUT_FILENO);
+		Reader.join();
+		close(SavedStdout);
+		bActive = false;
+	}
+	return FString::FromUtf8(Captured);
+}

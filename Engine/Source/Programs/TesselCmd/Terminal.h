@@ -1,0 +1,31 @@
+#pragma once
+
+#include "CoreMinimal.h"
+
+#include <string>
+#include <thread>
+
+// Asks on the terminal: the prompt goes to stderr and the answer is read from standard input, without echo
+// when bSecret. False when standard input is no terminal or ends before a line.
+bool PromptOnTerminal(const FString& Prompt, bool bSecret, FString& OutAnswer);
+
+// Catches what children started meanwhile write to our standard output, as they inherit it, and passes it on
+// at once: to standard output, or to standard error when stdout must hold nothing but a JSON document.
+class FStdoutTap
+{
+public:
+	explicit FStdoutTap(bool bToStderr);
+	// Stops the tap if Finish wasn't called.
+	~FStdoutTap();
+	// Puts standard output back and returns everything that passed, once every writer has let go of it.
+	FString Finish();
+
+private:
+	void Pump(int ReadEnd, int Destination);
+
+	int SavedStdout = -1;
+	int Destination = -1;
+	std::thread Reader;
+	std::string Captured;
+	bool bActive = false;
+};
