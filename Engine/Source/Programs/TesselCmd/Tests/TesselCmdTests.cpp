@@ -1,0 +1,599 @@
+// TesselCmd end to end: each command run as a child on a kit made in a temporary folder, through the stand-in
+// programs, with its exit code, its stderr and its JSON result read as a build server would.
+
+#include <gtest/gtest.h>
+
+#include "CommandRun.h"
+#include "HAL/FileManager.h"
+#include "HAL/PlatformFile.h"
+#include "Misc/FileHelper.h"
+#include "STesselUI.h"
+#include "Serialization/Archive.h"
+#include "TestKit.h"
+#include "Testing/EditorServicesDouble.h"
+#include "cook/CookJob.h"
+#include "json/JsonSerializer.h"
+#include "packaging/ModArchiveForms.h"
+
+#include <chrono>
+#include <functional>
+#include <thread>
+
+namespace
+{
+	// A real PNG header, enough for the preview check and for SteamCMD's size check.
+	const std::string PngBytes = std::string("\x89PNG\r\n\x1a\n", 8) + std::string(200, 'p');
+
+	std::string Utf8(const FString& Text)
+	{
+		return Text.ToUtf8();
+	}
+
+	TSharedPtr<FJsonObject> ParseJson(const std::string& Utf8Text)
+	{
+		const std::u16string Units = FString::FromUtf8(Utf8Text).GetStd();
+		TArray<uint8> Bytes;
+		for (const char16_t Unit : Units)
+		{
+			Bytes.Add(static_cast<uint8>(Unit & 0xFF));
+			Bytes.Add(static_cast<uint8>(Unit >> 8));
+		}
+		FMemoryArchive Archive(Bytes, true);
+		TSharedPtr<FJsonObject> Root;
+		if (!JsonSerializer::Deserialize(MakeShared<JsonReader>(&Archive), Root))
+		{
+			ADD_FAILURE() << "not one JSON document:\n" << Utf8Text;
+			return MakeShared<FJsonObject>();
+		}
+		return Root;
+	}
+
+	// A Mods.db as the tool writes it: UTF-16 little-endian JSON.
+	void WriteDatabase(const FTestKit& Kit, const std::u16string& Json)
+	{
+		std::string Bytes;
+		for (const char16_t Unit : Json)
+		{
+			Bytes += static_cast<char>(Unit & 0xFF);
+			Bytes += static_cast<char>(Unit >> 8);
+		}
+		Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), Bytes);
+	}
+
+	std::u16string OneRecordDatabase(const std::u16string& ModDir, const std::u16string& Title, const std::u16string& Guid)
+	{
+		return u"{\"SteamUsername\": \"\", \"Mods\": [{\"ModDir\": \"" + ModDir + u"\", \"Maps\": \"Alpha\", \"Title\": \"" + Title +
+			   u"\", \"Description\": \"\", \"PreviewImage\": \"\", \"Visibility\": \"Public\", \"ChangeNotes\": \"\", "
+			   u"\"ItemSeamId\": \"\", \"GUID\": \"" +
+			   Guid + u"\", \"Tags\": \"\"}]}";
+	}
+
+	std::string DatabaseBytes(const FTestKit& Kit)
+	{
+		return FTempDirectory::ReadBytes(Kit.Root() / TEXT("Orrery/Saved/Mods.db"));
+	}
+
+	// Every file below Folder with its bytes, by the path below Folder.
+	std::map<std::string, std::string> ReadTree(const FString& Folder)
+	{
+		std::map<std::string, std::string> Files;
+		FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(
+			*Folder,
+			[&](const TCHAR* Path, bool bIsDirectory)
+			{
+				if (!bIsDirectory)
+				{
+					Files[Utf8(FString(Path).Mid(Folder.Len()))] = FTempDirectory::ReadBytes(FString(Path));
+				}
+				return true;
+			});
+		return Files;
+	}
+
+	// A kit with every program in its place and one mod, "Islands", with two maps and a packaged tree.
+	struct FReadyKit
+	{
+		FReadyKit()
+		{
+			Kit.AddMod(TEXT("Islands"), {TEXT("Alpha.umap"), TEXT("Beta.umap")});
+			Kit.InstallCookCommandlet();
+			Kit.InstallSteamCmd();
+			Kit.InstallUploader();
+			Kit.InstallWorkshopTemplate();
+			Preview = Kit.WriteFile(TEXT("Previews/Islands.png"), PngBytes);
+		}
+		FCommandRun Run(std::vector<std::string> Args, std::map<std::string, std::string> Environment = {}) const
+		{
+			Args.insert(Args.begin(), {"--kit", Utf8(Kit.Root())});
+			return RunTesselCmd(std::move(Args), std::move(Environment));
+		}
+		// Fills the fields "Upload" needs and cooks, so that the mod can go up.
+		void MakeUploadable() const
+		{
+			ASSERT_EQ(Run({"set", "Islands", "title=Island Pack", "description=Two islands", "preview=" + Utf8(Preview)}).ExitCode, 0);
+			ASSERT_EQ(Run({"cook", "Islands"}).ExitCode, 0);
+		}
+		FTestKit Kit;
+		FString Preview;
+	};
+
+	const std::string Password = "s3cret-Pa55";
+
+	// No file under Folder holds Text.
+	void ExpectNoFileHolds(const FString& Folder, const std::string& Text)
+	{
+		for (const auto& [Path, Bytes] : ReadTree(Folder))
+		{
+			EXPECT_EQ(Bytes.find(Text), std::string::npos) << Path;
+		}
+	}
+}
+
+TEST(TesselCmdTests, ListMergesFoldersAndRecordsAndWritesNothing)
+{
+	FTestKit Kit;
+	Kit.AddMod(TEXT("Islands"), {TEXT("Alpha.umap")});
+	Kit.AddMod(TEXT("Caves"), {TEXT("Deep.umap"), TEXT("Notes.txt")});
+	// A record whose folder is gone, and one for Islands with a title.
+	WriteDatabase(Kit, u"{\"SteamUsername\": \"author\", \"Mods\": [{\"ModDir\": \"Gone\"}, {\"ModDir\": \"Islands\", \"Title\": \"Island "
+					   u"Pack\", \"Visibility\": \"Hidden\"}]}");
+	const std::string Before = DatabaseBytes(Kit);
+
+	// Found from a folder inside the kit, as on a build server that runs in the checkout.
+	const FCommandRun Run = RunTesselCmd(FCommandSetup{{"--json", "list"}, {}, Utf8(Kit.ModsDir())});
+	ASSERT_EQ(Run.ExitCode, 0) << Run.Stderr;
+	const TSharedPtr<FJsonObject> Root = ParseJson(Run.Stdout);
+	EXPECT_EQ(Root->GetStringField(TEXT("kit")), Kit.Root());
+	const TArray<TSharedPtr<FJsonValue>>& Mods = Root->GetArrayField(TEXT("mods"));
+	ASSERT_EQ(Mods.Num(), 2);
+	// The record first, as loaded (its maps as the file had them: none); then the new folder with its map.
+	EXPECT_EQ(Mods[0]->AsObject()->GetStringField(TEXT("ModDir")), FString(TEXT("Islands")));
+	EXPECT_EQ(Mods[0]->AsObject()->GetStringField(TEXT("Title")), FString(TEXT("Island Pack")));
+	EXPECT_EQ(Mods[0]->AsObject()->GetStringField(TEXT("Visibility")), FString(TEXT("Hidden")));
+	EXPECT_EQ(Mods[1]->AsObject()->GetStringField(TEXT("ModDir")), FString(TEXT("Caves")));
+	EXPECT_EQ(Mods[1]->AsObject()->GetStringField(TEXT("Maps")), FString(TEXT("Deep")));
+	EXPECT_EQ(Mods[1]->AsObject()->GetStringField(TEXT("Visibility")), FString(TEXT("Public")));
+	EXPECT_EQ(DatabaseBytes(Kit), Before);
+
+	// The text form names every field of every record.
+	const FCommandRun Text = RunTesselCmd({"--kit", Utf8(Kit.Root()), "list"});
+	ASSERT_EQ(Text.ExitCode, 0);
+	for (const char* Expected : {"Islands\n", "  Title:        Island Pack\n", "Caves\n", "  Maps:         Deep\n", "  ItemSeamId:"})
+	{
+		EXPECT_NE(Text.Stdout.find(Expected), std::string::npos) << Expected;
+	}
+	EXPECT_EQ(DatabaseBytes(Kit), Before);
+}
+
+TEST(TesselCmdTests, SetSavesCleanedFieldsAndRefusesBadOnesWithoutWriting)
+{
+	FReadyKit Ready;
+	const std::string Notes = Utf8(Ready.Kit.WriteFile(TEXT("notes.txt"), "Line one\nLine two \"quoted\""));
+	const FCommandRun Run = Ready.Run({"--json", "set", "islands", "title=Island Pack", "description=@" + Notes, "Change-Notes=@@first",
+									   "visibility=friends only", "tags=map, Mod,map", "preview=" + Utf8(Ready.Preview)});
+	ASSERT_EQ(Run.ExitCode, 0) << Run.Stderr;
+	const TSharedPtr<FJsonObject> Mod = ParseJson(Run.Stdout)->GetObjectField(TEXT("mod"));
+	EXPECT_EQ(Mod->GetStringField(TEXT("Title")), FString(TEXT("Island Pack")));
+	EXPECT_EQ(Mod->GetStringField(TEXT("Description")), FString(TEXT("Line one\nLine two \"quoted\"")));
+	EXPECT_EQ(Mod->GetStringField(TEXT("ChangeNotes")), FString(TEXT("@first")));
+	EXPECT_EQ(Mod->GetStringField(TEXT("Visibility")), FString(TEXT("Friends Only")));
+	EXPECT_EQ(Mod->GetStringField(TEXT("Tags")), FString(TEXT("Map,Mod")));
+	EXPECT_EQ(Mod->GetStringField(TEXT("PreviewImage")), Ready.Preview);
+
+	// The file holds the same, as the tool reads it.
+	TSharedRef<STesselTool> Tool = SNew(STesselTool);
+	ASSERT_EQ(Tool->ModList.Num(), 1);
+	EXPECT_EQ(Tool->ModList[0]->Title, FString(TEXT("Island Pack")));
+	EXPECT_EQ(Tool->ModList[0]->Tags, FString(TEXT("Map,Mod")));
+	Tool->ModList.Empty();
+
+	const std::string Saved = DatabaseBytes(Ready.Kit);
+	struct FBadCase
+	{
+		std::vector<std::string> Args;
+		const char* Expected;
+	};
+	const FBadCase BadCases[] = {
+		{{"set", "Islands", "title=Kept out", "colour=red"}, "unknown field \"colour\""},
+		{{"set", "Islands", "title=Kept out", "tags=Map,Boats"}, "tag \"Boats\" is not one of"},
+		{{"set", "Islands", "visibility=Secret"}, "visibility \"Secret\" is not one of \"Public\", \"Friends Only\", \"Hidden\""},
+		{{"set", "Islands", "preview=/no/such.png"}, "/no/such.png: no such preview image"},
+		{{"set", "Islands", "description=@/no/such.txt"}, "/no/such.txt: can't be read"},
+		{{"set", "Islands", "title"}, "expected <field>=<value>"},
+		{{"set", "Atlantis", "title=x"}, "Atlantis: no such mod in"},
+	};
+	for (const FBadCase& Case : BadCases)
+	{
+		const FCommandRun Bad = Ready.Run(Case.Args);
+		EXPECT_EQ(Bad.ExitCode, 2) << Case.Expected;
+		EXPECT_NE(Bad.Stderr.find(Case.Expected), std::string::npos) << Bad.Stderr;
+		// One line, and nothing on stdout.
+		EXPECT_EQ(std::count(Bad.Stderr.begin(), Bad.Stderr.end(), '\n'), 1) << Bad.Stderr;
+		EXPECT_TRUE(Bad.Stdout.empty()) << Bad.Stdout;
+		EXPECT_EQ(DatabaseBytes(Ready.Kit), Saved) << Case.Expected;
+	}
+}
+
+TEST(TesselCmdTests, ABrokenDatabaseOrKitIsNamedAndNothingIsWritten)
+{
+	FReadyKit Ready;
+	// UTF-8, as another editor may have saved it: the tool reads 16-bit units.
+	Ready.Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), "{\"SteamUsername\": \"x\", \"Mods\": []}");
+	const std::string Broken = DatabaseBytes(Ready.Kit);
+	const std::string DatabasePath = Utf8(Ready.Kit.Root() / TEXT("Orrery/Saved/Mods.db"));
+	for (const std::vector<std::string>& Args : std::vector<std::vector<std::string>>{
+			 {"list"}, {"set", "Islands", "title=x"}, {"check", "Islands"}, {"cook", "Islands"}, {"publish", "Islands"}})
+	{
+		const FCommandRun Run = Ready.Run(Args);
+		EXPECT_EQ(Run.ExitCode, 2) << Args[0];
+		EXPECT_EQ(Run.Stderr.rfind("TesselCmd: " + DatabasePath + ": ", 0), 0u) << Run.Stderr;
+		EXPECT_NE(Run.Stderr.find("Line: "), std::string::npos) << Run.Stderr;
+		EXPECT_EQ(DatabaseBytes(Ready.Kit), Broken) << Args[0];
+	}
+	// Nothing was cooked or started either.
+	EXPECT_FALSE(IFileManager::Get().DirectoryExists(*(Ready.Kit.Root() / TEXT("ModTools/Output"))));
+
+	const FCommandRun Inspect = RunTesselCmd({"inspect", DatabasePath});
+	EXPECT_EQ(Inspect.ExitCode, 2);
+	EXPECT_NE(Inspect.Stderr.find(DatabasePath + ": Invalid Json Token. Line: 1 Ch: "), std::string::npos) << Inspect.Stderr;
+
+	FTempDirectory NotAKit;
+	const FCommandRun NoKit = RunTesselCmd({"--kit", Utf8(NotAKit.Get()), "list"});
+	EXPECT_EQ(NoKit.ExitCode, 2);
+	EXPECT_NE(NoKit.Stderr.find(Utf8(NotAKit.Get()) + ": not a kit"), std::string::npos) << NoKit.Stderr;
+	const FCommandRun Nowhere = RunTesselCmd(FCommandSetup{{"list"}, {}, Utf8(NotAKit.Get())});
+	EXPECT_EQ(Nowhere.ExitCode, 2);
+	EXPECT_NE(Nowhere.Stderr.find("no kit at or above"), std::string::npos) << Nowhere.Stderr;
+}
+
+TEST(TesselCmdTests, CheckNamesEveryProblemWithWhatToDo)
+{
+	FReadyKit Ready;
+	FCommandRun Fresh = Ready.Run({"--json", "check", "Islands"});
+	EXPECT_EQ(Fresh.ExitCode, 1);
+	TSharedPtr<FJsonObject> Root = ParseJson(Fresh.Stdout);
+	EXPECT_FALSE(Root->GetBoolField(TEXT("ready")));
+	auto ResultOf = [](const TSharedPtr<FJsonObject>& Document, const TCHAR* Name) -> TSharedPtr<FJsonObject>
+	{
+		for (const TSharedPtr<FJsonValue>& Check : Document->GetArrayField(TEXT("checks")))
+		{
+			if (Check->AsObject()->GetStringField(TEXT("name")) == Name)
+			{
+				return Check->AsObject();
+			}
+		}
+		ADD_FAILURE() << "no check " << Utf8(Name);
+		return MakeShared<FJsonObject>();
+	};
+	for (const TCHAR* Name : {TEXT("title"), TEXT("description"), TEXT("preview"), TEXT("packaged")})
+	{
+		EXPECT_EQ(ResultOf(Root, Name)->GetStringField(TEXT("result")), FString(TEXT("fail"))) << Utf8(Name);
+		EXPECT_FALSE(ResultOf(Root, Name)->GetStringField(TEXT("advice")).IsEmpty()) << Utf8(Name);
+	}
+	EXPECT_EQ(ResultOf(Root, TEXT("steamcmd"))->GetStringField(TEXT("result")), FString(TEXT("ok")));
+
+	Ready.MakeUploadable();
+	const FCommandRun Ok = Ready.Run({"check", "Islands"});
+	EXPECT_EQ(Ok.ExitCode, 0) << Ok.Stdout;
+	EXPECT_NE(Ok.Stdout.find("Islands is ready to upload."), std::string::npos);
+	EXPECT_EQ(Ok.Stdout.find("FAIL"), std::string::npos) << Ok.Stdout;
+
+	// The Workshop's limits, a picture that is no picture, and a program gone from the kit.
+	const std::string TooLong(129, 'T');
+	const std::string NotAPicture = Utf8(Ready.Kit.WriteFile(TEXT("Previews/fake.png"), "GIF? no, just text....."));
+	ASSERT_EQ(Ready.Run({"set", "Islands", "title=" + TooLong, "change-notes=" + std::string(8001, 'n'), "preview=" + NotAPicture}).ExitCode, 0);
+	FPlatformFileManager::Get().GetPlatformFile().DeleteFile(*STesselTool::GetSteamCmdPath());
+	const FCommandRun Limits = Ready.Run({"check", "Islands"});
+	EXPECT_EQ(Limits.ExitCode, 1);
+	for (const char* Expected : {"FAIL  title        129 characters, more than the Workshop's 128",
+								 "FAIL  change-notes 8001 characters, more than the Workshop's 8000",
+								 "not a PNG, JPEG or GIF picture: save the picture as PNG, JPEG or GIF",
+								 "FAIL  steamcmd", "ok    description"})
+	{
+		EXPECT_NE(Limits.Stdout.find(Expected), std::string::npos) << Expected << "\n" << Limits.Stdout;
+	}
+	const std::string Big = Utf8(Ready.Kit.WriteFile(TEXT("Previews/big.png"), std::string("\x89PNG\r\n\x1a\n", 8) + std::string(1024 * 1024, 'p')));
+	ASSERT_EQ(Ready.Run({"set", "Islands", "preview=" + Big}).ExitCode, 0);
+	EXPECT_NE(Ready.Run({"check", "Islands"}).Stdout.find("1048584 bytes, more than the Workshop's 1 MB"), std::string::npos);
+}
+
+TEST(TesselCmdTests, TheCookMatchesTheWindowsByteForByte)
+{
+	// Two kits with the same mod and the same GUID: one cooked by TesselCmd, one by the window's button.
+	const std::u16string Database = OneRecordDatabase(u"Islands", u"Island Pack", u"0123456789ABCDEF0123456789ABCDEF");
+	FString CommandLineOutput;
+	std::map<std::string, std::string> FromCommandLine;
+	{
+		FReadyKit Ready;
+		WriteDatabase(Ready.Kit, Database);
+		const FCommandRun Run = Ready.Run({"cook", "Islands", "--modasdlc"});
+		ASSERT_EQ(Run.ExitCode, 0) << Run.Stdout << Run.Stderr;
+		// The log as it came, the two targets in order, and the dialog's text last.
+		const size_t Client = Run.Stdout.find("Cook Job: Platform 'WindowsNoEditor' Command Line: \"Orrery/Orrery.uproject\" -run=Cook -Map=Alpha -CookCultures=en");
+		const size_t Server = Run.Stdout.find("Cook Job: Platform 'WindowsServer'");
+		ASSERT_NE(Client, std::string::npos) << Run.Stdout;
+		ASSERT_NE(Server, std::string::npos);
+		EXPECT_LT(Client, Server);
+		EXPECT_NE(Run.Stdout.find("-ModGUID=0123456789ABCDEF0123456789ABCDEF"), std::string::npos);
+		const std::string Last = "Quillon Dev Kit: Job Successful!!\n";
+		EXPECT_EQ(Run.Stdout.substr(Run.Stdout.size() - Last.size()), Last);
+		// No terminal, no progress line.
+		EXPECT_EQ(Run.Stderr.find("Packaging"), std::string::npos);
+		FromCommandLine = ReadTree(Ready.Kit.Root() / TEXT("ModTools/Output/Islands"));
+	}
+	std::map<std::string, std::string> FromWindow;
+	{
+		FReadyKit Ready;
+		WriteDatabase(Ready.Kit, Database);
+		FCommandLine::Set(TEXT("-modasdlc"));
+		IEditorServices::Set(MakeShared<FEditorServicesDouble>());
+		{
+			TSharedRef<STesselTool> Tool = SNew(STesselTool);
+			Tool->SelectedMod = Tool->ModList[0];
+			Tool->OnCookMapClicked();
+			const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+			while (ActiveJobs.Num() > 0 && std::chrono::steady_clock::now() < Deadline)
+			{
+				Tool->Tick(FGeometry(), 0.0, 0.016f);
+				std::this_thread::sleep_for(std::chrono::milliseconds(5));
+			}
+			ASSERT_EQ(ActiveJobs.Num(), 0);
+		}
+		IEditorServices::Set(nullptr);
+		FCommandLine::Set(TEXT(""));
+		FromWindow = ReadTree(Ready.Kit.Root() / TEXT("ModTools/Output/Islands"));
+	}
+	// Both targets, every package as ".z" beside its size file, and the description files beside them.
+	for (const char* Expected : {"/WindowsNoEditor/Alpha.umap.z", "/WindowsNoEditor/Alpha.umap.z.uncompressed_size",
+								 "/WindowsServer/Beta.umap.z", "/mod.info", "/modmeta.info"})
+	{
+		EXPECT_EQ(FromCommandLine.count(Expected), 1u) << Expected;
+	}
+	EXPECT_EQ(FromCommandLine, FromWindow);
+}
+
+TEST(TesselCmdTests, CookOptionsReachTheCookAsTheEditorsCommandLine)
+{
+	FReadyKit Ready;
+	Ready.Kit.AddMod(TEXT("Props"), {TEXT("Crate.uasset")});
+	FTempDirectory TestOutput;
+	const FCommandRun Test =
+		Ready.Run({"--json", "cook", "Islands", "--test-output", Utf8(TestOutput.Get()), "--mod-id", "42", "--mod-title", "Isle)Two, at last"});
+	ASSERT_EQ(Test.ExitCode, 0) << Test.Stderr;
+	// With --json the log goes to stderr and stdout holds the result alone.
+	EXPECT_NE(Test.Stderr.find("Quillon Dev Kit: Job Successful!!"), std::string::npos);
+	const TSharedPtr<FJsonObject> Result = ParseJson(Test.Stdout)->GetArrayField(TEXT("results"))[0]->AsObject();
+	EXPECT_TRUE(Result->GetBoolField(TEXT("success")));
+	EXPECT_EQ(Result->GetStringField(TEXT("kind")), FString(TEXT("map")));
+	EXPECT_EQ(Result->GetStringField(TEXT("output")), TestOutput.Get());
+
+	// The test run's mod file carries the number and the whole title, blanks, comma and parenthesis kept.
+	TUniquePtr<FArchive> Reader(IFileManager::Get().CreateFileReader(*(TestOutput / TEXT("42.mod"))));
+	ASSERT_TRUE(Reader);
+	int64 Number = 0;
+	FString Title;
+	*Reader << Number;
+	ModArchiveForms::SerializeString(*Reader, Title);
+	EXPECT_EQ(Number, 42);
+	EXPECT_EQ(Title, FString(TEXT("Isle)Two, at last")));
+	// A test run leaves the packaged tree alone.
+	EXPECT_FALSE(IFileManager::Get().DirectoryExists(*(STesselTool::GetModOutputDir() / TEXT("Islands"))));
+
+	const FCommandRun NoMaps = Ready.Run({"cook", "Props", "--kind", "map"});
+	EXPECT_EQ(NoMaps.ExitCode, 2);
+	EXPECT_NE(NoMaps.Stderr.find("Props has no maps: cook it with --kind game-mod"), std::string::npos);
+	EXPECT_EQ(Ready.Run({"cook", "Props", "--kind", "boat"}).ExitCode, 2);
+	EXPECT_EQ(Ready.Run({"cook", "Islands", "--mod-title", "Say \"hi\""}).ExitCode, 2);
+	EXPECT_EQ(Ready.Run({"cook"}).ExitCode, 2);
+	EXPECT_EQ(Ready.Run({"cook", "Islands", "--all"}).ExitCode, 2);
+	EXPECT_FALSE(IFileManager::Get().DirectoryExists(*STesselTool::GetModOutputDir()));
+
+	// A cook without "Success" fails the run; --all reports each mod and fails when one did.
+	const FCommandRun Failed = Ready.Run({"cook", "Islands"}, {{"TESSEL_COOK_MODE", "no-success"}});
+	EXPECT_EQ(Failed.ExitCode, 1);
+	EXPECT_NE(Failed.Stdout.find("Quillon Dev Kit: Job Finsihed (possible errors)!!"), std::string::npos);
+	Ready.Kit.WriteFile(TEXT("Orrery/Content/Mods/Props/StandIn.mode"), "crash");
+	const FCommandRun All = Ready.Run({"--json", "cook", "--all"});
+	EXPECT_EQ(All.ExitCode, 1);
+	const TArray<TSharedPtr<FJsonValue>> Results = ParseJson(All.Stdout)->GetArrayField(TEXT("results"));
+	ASSERT_EQ(Results.Num(), 2);
+	for (const TSharedPtr<FJsonValue>& Item : Results)
+	{
+		const bool bProps = Item->AsObject()->GetStringField(TEXT("mod")) == TEXT("Props");
+		EXPECT_EQ(Item->AsObject()->GetBoolField(TEXT("success")), !bProps);
+		EXPECT_EQ(Item->AsObject()->GetStringField(TEXT("kind")), FString(bProps ? TEXT("game-mod") : TEXT("map")));
+	}
+
+	// Without the editor's executable the cook can't start, and says so through its exit code.
+	FPlatformFileManager::Get().GetPlatformFile().DeleteFile(*STesselTool::GetEditorExecutablePath());
+	EXPECT_EQ(Ready.Run({"cook", "Islands"}).ExitCode, 1);
+}
+
+TEST(TesselCmdTests, TheCookShowsThePackagingOnATerminal)
+{
+	FReadyKit Ready;
+	// "script" gives the child a terminal; its output is what the terminal showed.
+	const std::string Command = std::string(TESSEL_CMD) + " --kit " + Utf8(Ready.Kit.Root()) + " cook Islands";
+	const std::string Shell = "script -qec '" + Command + "' /dev/null";
+	FILE* Pipe = popen(Shell.c_str(), "r");
+	ASSERT_TRUE(Pipe);
+	std::string Shown;
+	char Buffer[4096];
+	for (size_t Count; (Count = fread(Buffer, 1, sizeof(Buffer), Pipe)) > 0;)
+	{
+		Shown.append(Buffer, Count);
+	}
+	ASSERT_EQ(pclose(Pipe), 0) << Shown;
+	// Two maps and the two description files, counted up to the end.
+	EXPECT_NE(Shown.find("\rPackaging WindowsNoEditor: 0 of 4 files"), std::string::npos) << Shown;
+	EXPECT_NE(Shown.find("\rPackaging WindowsNoEditor: 4 of 4 files"), std::string::npos) << Shown;
+	EXPECT_NE(Shown.find("Quillon Dev Kit: Job Successful!!"), std::string::npos);
+}
+
+TEST(TesselCmdTests, ADryRunWritesTheItemFileAndStartsNothing)
+{
+	FReadyKit Ready;
+	Ready.MakeUploadable();
+	const FString ArgsOut = Ready.Kit.Root() / TEXT("uploader-args");
+	const FCommandRun Run = Ready.Run({"publish", "Islands", "--dry-run"},
+									  {{"STEAM_USERNAME", "author"}, {"STEAM_PASSWORD", Password}, {"TESSEL_UPLOADER_ARGS_OUT", Utf8(ArgsOut)}});
+	ASSERT_EQ(Run.ExitCode, 0) << Run.Stderr;
+	EXPECT_FALSE(IFileManager::Get().FileExists(*ArgsOut));
+	EXPECT_FALSE(IFileManager::Get().DirectoryExists(*(Ready.Kit.Root() / TEXT("ModTools/SteamCMD/logs"))));
+
+	const FString ItemFile = STesselTool::GetWorkshopItemFilePath(TEXT("Islands"));
+	FString ItemText;
+	ASSERT_TRUE(FFileHelper::LoadFileToString(ItemText, *ItemFile));
+	EXPECT_NE(Run.Stdout.find(Utf8(ItemText.TrimStartAndEnd())), std::string::npos) << Run.Stdout;
+	EXPECT_EQ(FTempDirectory::ReadBytes(STesselTool::GetModOutputDir() / TEXT("Islands/preview.jpg")), PngBytes);
+	const std::string Uploader = Utf8(STesselTool::GetUploaderPath()) + " -preview \"" + Utf8(Ready.Preview) +
+								 "\" -title \"Island Pack\" -desc \"Two islands\" -vis \"Public\" -content \"";
+	EXPECT_NE(Run.Stdout.find(Uploader), std::string::npos) << Run.Stdout;
+	EXPECT_NE(Run.Stdout.find(" +login author ******** +workshop_build_item \"" + Utf8(ItemFile) + "\" +quit"), std::string::npos)
+		<< Run.Stdout;
+	EXPECT_EQ(Run.Stdout.find(Password), std::string::npos);
+	ExpectNoFileHolds(Ready.Kit.Root(), Password);
+}
+
+TEST(TesselCmdTests, PublishTakesTheWindowsRoutesAndKeepsThePasswordSecret)
+{
+	FReadyKit Ready;
+	const FCommandRun NotReady = Ready.Run({"publish", "Islands"}, {{"TESSEL_UPLOADER_EXIT", "150"}});
+	EXPECT_EQ(NotReady.ExitCode, 1);
+	EXPECT_NE(NotReady.Stderr.find("Islands: not ready to upload"), std::string::npos) << NotReady.Stderr;
+	Ready.MakeUploadable();
+
+	// The uploader publishes: its exit code is the id, saved at once.
+	const FCommandRun ByUploader = Ready.Run({"--json", "publish", "Islands"}, {{"TESSEL_UPLOADER_EXIT", "150"}});
+	ASSERT_EQ(ByUploader.ExitCode, 0) << ByUploader.Stderr;
+	TSharedPtr<FJsonObject> Result = ParseJson(ByUploader.Stdout)->GetArrayField(TEXT("results"))[0]->AsObject();
+	EXPECT_EQ(Result->GetStringField(TEXT("route")), FString(TEXT("uploader")));
+	EXPECT_EQ(Result->GetStringField(TEXT("publishedFileId")), FString(TEXT("150")));
+	EXPECT_EQ(Result->GetStringField(TEXT("url")), FString(TEXT("https://steamcommunity.com/sharedfiles/filedetails/?id=150")));
+	auto SavedId = [&Ready]
+	{
+		return ParseJson(Ready.Run({"--json", "list"}).Stdout)->GetArrayField(TEXT("mods"))[0]->AsObject()->GetStringField(TEXT("ItemSeamId"));
+	};
+	EXPECT_EQ(SavedId(), FString(TEXT("150")));
+
+	// Without a login and without a terminal to ask on, SteamCMD is not started.
+	const FCommandRun NoLogin = Ready.Run({"publish", "Islands"});
+	EXPECT_EQ(NoLogin.ExitCode, 2);
+	EXPECT_NE(NoLogin.Stderr.find("Steam username is required to upload a mod."), std::string::npos) << NoLogin.Stderr;
+
+	// A wrong password: SteamCMD says so, and the run fails.
+	const std::map<std::string, std::string> Login{{"STEAM_USERNAME", "author"}, {"STEAM_PASSWORD", Password}};
+	std::map<std::string, std::string> Wrong = Login;
+	Wrong["TESSEL_STEAMCMD_MODE"] = "wrong-password";
+	const FCommandRun Refused = Ready.Run({"publish", "Islands"}, Wrong);
+	EXPECT_EQ(Refused.ExitCode, 1);
+	EXPECT_NE(Refused.Stdout.find("FAILED (Invalid Password)"), std::string::npos) << Refused.Stdout;
+	EXPECT_NE(Refused.Stderr.find("Islands: SteamCMD did not publish the item"), std::string::npos) << Refused.Stderr;
+
+	// The uploader declines (99), SteamCMD publishes a new item: the tool reads the id back.
+	TSharedRef<STesselTool> Reset = SNew(STesselTool);
+	Reset->SelectedMod = Reset->ModList[0];
+	Reset->OnResetPublisherIdClicked();
+	Reset->ModList.Empty();
+	const FCommandRun BySteamCmd = Ready.Run({"--json", "publish", "Islands"}, Login);
+	ASSERT_EQ(BySteamCmd.ExitCode, 0) << BySteamCmd.Stderr;
+	Result = ParseJson(BySteamCmd.Stdout)->GetArrayField(TEXT("results"))[0]->AsObject();
+	EXPECT_EQ(Result->GetStringField(TEXT("route")), FString(TEXT("steamcmd")));
+	EXPECT_EQ(Result->GetStringField(TEXT("publishedFileId")), FString(TEXT("2900000001")));
+	// SteamCMD's own words reach stderr and the result, never stdout's JSON.
+	EXPECT_NE(Result->GetStringField(TEXT("steamCmdOutput")).Find(TEXT("Success.")), INDEX_NONE);
+	EXPECT_NE(BySteamCmd.Stderr.find("Logging in user 'author'"), std::string::npos);
+	EXPECT_EQ(SavedId(), FString(TEXT("2900000001")));
+
+	for (const FCommandRun* Run : {&Refused, &BySteamCmd})
+	{
+		EXPECT_EQ(Run->Stdout.find(Password), std::string::npos);
+		EXPECT_EQ(Run->Stderr.find(Password), std::string::npos);
+	}
+	ExpectNoFileHolds(Ready.Kit.Root(), Password);
+}
+
+TEST(TesselCmdTests, InspectChecksPackagesTreesAndDescriptionFiles)
+{
+	FReadyKit Ready;
+	Ready.MakeUploadable();
+	const FString Target = STesselTool::GetModOutputDir() / TEXT("Islands/WindowsNoEditor");
+	const FString Alpha = Target / TEXT("Alpha.umap.z");
+	const std::string Source = FTempDirectory::ReadBytes(Ready.Kit.ModsDir() / TEXT("Islands/Alpha.umap"));
+
+	FTempDirectory Scratch;
+	const FString Extracted = Scratch / TEXT("alpha.bin");
+	const FCommandRun Good = RunTesselCmd({"--json", "inspect", Utf8(Alpha), "--extract", Utf8(Extracted)});
+	ASSERT_EQ(Good.ExitCode, 0) << Good.Stderr;
+	const TSharedPtr<FJsonObject> Report = ParseJson(Good.Stdout);
+	EXPECT_EQ(Report->GetNumberField(TEXT("chunks")), 1.0);
+	EXPECT_EQ(Report->GetNumberField(TEXT("uncompressedBytes")), static_cast<double>(Source.size()));
+	EXPECT_EQ(Report->GetNumberField(TEXT("sizeFile")), static_cast<double>(Source.size()));
+	EXPECT_EQ(FTempDirectory::ReadBytes(Extracted), Source);
+
+	const FCommandRun Tree = RunTesselCmd({"--json", "inspect", Utf8(Target / TEXT(".."))});
+	ASSERT_EQ(Tree.ExitCode, 0) << Tree.Stderr;
+	const TSharedPtr<FJsonObject> Summary = ParseJson(Tree.Stdout);
+	EXPECT_EQ(Summary->GetArrayField(TEXT("packages")).Num(), 2);
+	EXPECT_TRUE(Summary->GetBoolField(TEXT("modInfo")));
+	EXPECT_EQ(Summary->GetArrayField(TEXT("problems")).Num(), 0);
+
+	// A chunk record that lies: named, exit 2, and nothing extracted.
+	std::string Lying = FTempDirectory::ReadBytes(Alpha);
+	Lying[40] = 5;
+	const FString LyingPath = Scratch.WriteFile(TEXT("lying.umap.z"), Lying);
+	const FString NotWritten = Scratch / TEXT("lying.bin");
+	const FCommandRun Bad = RunTesselCmd({"inspect", Utf8(LyingPath), "--extract", Utf8(NotWritten)});
+	EXPECT_EQ(Bad.ExitCode, 2);
+	EXPECT_NE(Bad.Stderr.find(Utf8(LyingPath) + ": chunk record 2 says"), std::string::npos) << Bad.Stderr;
+	EXPECT_FALSE(IFileManager::Get().FileExists(*NotWritten));
+	EXPECT_FALSE(IFileManager::Get().FileExists(*(NotWritten + TEXT(".partial"))));
+
+	// A size file that disagrees makes the tree fail, naming the file.
+	FFileHelper::SaveStringToFile(TEXT("999\r\n"), *(Alpha + TEXT(".uncompressed_size")));
+	const FCommandRun Mismatch = RunTesselCmd({"inspect", Utf8(Target)});
+	EXPECT_EQ(Mismatch.ExitCode, 2);
+	EXPECT_NE(Mismatch.Stderr.find(Utf8(Alpha) + ": decodes to " + std::to_string(Source.size()) + " bytes, but its size file says 999"),
+			  std::string::npos)
+		<< Mismatch.Stderr;
+
+	// The test run's mod file, whole and cut short.
+	FTempDirectory TestOutput;
+	ASSERT_EQ(Ready.Run({"cook", "Islands", "--test-output", Utf8(TestOutput.Get()), "--mod-id", "7", "--mod-title", "Isle"}).ExitCode, 0);
+	const FCommandRun Mod = RunTesselCmd({"--json", "inspect", Utf8(TestOutput / TEXT("7.mod"))});
+	ASSERT_EQ(Mod.ExitCode, 0) << Mod.Stderr;
+	const TSharedPtr<FJsonObject> ModFile = ParseJson(Mod.Stdout);
+	EXPECT_EQ(ModFile->GetNumberField(TEXT("modNumber")), 7.0);
+	EXPECT_EQ(ModFile->GetStringField(TEXT("title")), FString(TEXT("Isle")));
+	EXPECT_EQ(ModFile->GetNumberField(TEXT("magic")), static_cast<double>(0xFF22FF33u));
+	EXPECT_EQ(ModFile->GetArrayField(TEXT("maps")).Num(), 2);
+	EXPECT_EQ(ModFile->GetObjectField(TEXT("metadata"))->GetStringField(TEXT("ModName")), FString(TEXT("Islands")));
+	const std::string Whole = FTempDirectory::ReadBytes(TestOutput / TEXT("7.mod"));
+	const FString Cut = Scratch.WriteFile(TEXT("7.mod"), Whole.substr(0, 14));
+	const FCommandRun Truncated = RunTesselCmd({"inspect", Utf8(Cut)});
+	EXPECT_EQ(Truncated.ExitCode, 2);
+	EXPECT_NE(Truncated.Stderr.find("truncated or broken in the title, which begins at byte 8 of 14"), std::string::npos)
+		<< Truncated.Stderr;
+
+	const FCommandRun Info = RunTesselCmd({"inspect", Utf8(Target / TEXT("../mod.info"))});
+	EXPECT_EQ(Info.ExitCode, 0);
+	EXPECT_NE(Info.Stdout.find("  Maps:           Alpha, Beta"), std::string::npos) << Info.Stdout;
+
+	const FCommandRun Unknown = RunTesselCmd({"inspect", Utf8(Ready.Preview)});
+	EXPECT_EQ(Unknown.ExitCode, 2);
+	EXPECT_NE(Unknown.Stderr.find("not a file inspect knows"), std::string::npos);
+}
+
+TEST(TesselCmdTests, HelpAndUsageErrors)
+{
+	const FCommandRun Help = RunTesselCmd({"cook", "--help"});
+	EXPECT_EQ(Help.ExitCode, 0);
+	for (const char* Expected : {"--modasdlc", "--mod-id", "--mod-title", "--test-output", "--kind", "Exit codes: 0 success, 1 the job failed, 2"})
+	{
+		EXPECT_NE(Help.Stdout.find(Expected), std::string::npos) << Expected;
+	}
+	EXPECT_EQ(RunTesselCmd(std::vector<std::string>{}).ExitCode, 2);
+	EXPECT_EQ(RunTesselCmd({"bake"}).ExitCode, 2);
+	// The password has no option of its own.
+	EXPECT_EQ(RunTesselCmd({"publish", "Islands", "--password", "x"}).ExitCode, 2);
+}
