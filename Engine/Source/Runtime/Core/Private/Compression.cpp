@@ -259,52 +259,17 @@ namespace
 
 	bool LoadCompressedStream(FArchive& Ar, uint8* Memory, FArchive* Writer, int64 Length)
 	{
-		int64 Tag = 0;
-		int64 StreamChunkSize = 0;
-		FRecord Summary;
-		Ar << Tag << StreamChunkSize << Summary.CompressedSize << Summary.UncompressedSize;
-		if (Ar.IsError() || Tag != FCompression::PackageFileTag || StreamChunkSize <= 0 ||
-			StreamChunkSize > MaxLoadingChunkSize || Summary.UncompressedSize != Length || Summary.CompressedSize < 0)
+		FCompressedStreamRecords Stream;
+		if (!FCompression::ReadStreamRecords(Ar, Stream).IsEmpty() || Stream.UncompressedSize != Length)
 		{
 			return false;
 		}
-		const int64 MaxCompressedChunk =
-			FCompression::CompressMemoryBound(COMPRESS_ZLIB, static_cast<int32>(StreamChunkSize));
-
-		// Each record kept here was read from the stream, so a lying summary can't make this outgrow the input.
-		std::vector<FRecord> Records;
-		int64 Compressed = 0;
-		int64 Uncompressed = 0;
-		while (Uncompressed < Summary.UncompressedSize)
-		{
-			FRecord Record;
-			Ar << Record.CompressedSize << Record.UncompressedSize;
-			if (Ar.IsError() || Record.UncompressedSize <= 0 || Record.UncompressedSize > StreamChunkSize ||
-				Record.UncompressedSize > Summary.UncompressedSize - Uncompressed || Record.CompressedSize <= 0 ||
-				Record.CompressedSize > MaxCompressedChunk ||
-				Record.CompressedSize > Summary.CompressedSize - Compressed)
-			{
-				return false;
-			}
-			Records.push_back(Record);
-			Compressed += Record.CompressedSize;
-			Uncompressed += Record.UncompressedSize;
-		}
-		if (Compressed != Summary.CompressedSize)
-		{
-			return false;
-		}
-		const int64 Position = Ar.Tell();
-		const int64 Total = Ar.TotalSize();
-		if (Position != INDEX_NONE && Total != INDEX_NONE && Summary.CompressedSize > Total - Position)
-		{
-			return false;
-		}
+		const std::vector<FCompressedStreamRecords::FChunk>& Records = Stream.Chunks;
 
 		std::vector<uint8> Input;
 		std::vector<uint8> Output;
 		int64 Offset = 0;
-		for (const FRecord& Record : Records)
+		for (const FCompressedStreamRecords::FChunk& Record : Records)
 		{
 			Input.resize(static_cast<size_t>(Record.CompressedSize));
 			Ar.Serialize(Input.data(), Record.CompressedSize);
@@ -335,6 +300,75 @@ namespace
 		}
 		return true;
 	}
+}
+
+FString FCompression::ReadStreamRecords(FArchive& Ar, FCompressedStreamRecords& Out)
+{
+	int64 Tag = 0;
+	Out = FCompressedStreamRecords();
+	Ar << Tag << Out.ChunkSize << Out.CompressedSize << Out.UncompressedSize;
+	if (Ar.IsError())
+	{
+		return TEXT("the stream ends inside its two leading records");
+	}
+	if (Tag != PackageFileTag)
+	{
+		return FString::Printf(TEXT("tag 0x%llX where a compressed package begins with 0x%llX"), static_cast<unsigned long long>(Tag),
+							   static_cast<unsigned long long>(PackageFileTag));
+	}
+	if (Out.ChunkSize <= 0 || Out.ChunkSize > MaxLoadingChunkSize)
+	{
+		return FString::Printf(TEXT("chunk size %lld is outside 1 to %lld"), Out.ChunkSize, MaxLoadingChunkSize);
+	}
+	if (Out.CompressedSize < 0 || Out.UncompressedSize < 0)
+	{
+		return FString::Printf(TEXT("the summary record says %lld compressed and %lld uncompressed bytes"), Out.CompressedSize,
+							   Out.UncompressedSize);
+	}
+	const int64 MaxCompressedChunk = CompressMemoryBound(COMPRESS_ZLIB, static_cast<int32>(Out.ChunkSize));
+	int64 Compressed = 0;
+	int64 Uncompressed = 0;
+	while (Uncompressed < Out.UncompressedSize)
+	{
+		FCompressedStreamRecords::FChunk Record;
+		Ar << Record.CompressedSize << Record.UncompressedSize;
+		const int64 Number = static_cast<int64>(Out.Chunks.size()) + 1;
+		if (Ar.IsError())
+		{
+			return FString::Printf(TEXT("the stream ends inside chunk record %lld, with %lld of the summary's %lld bytes recorded"), Number,
+								   Uncompressed, Out.UncompressedSize);
+		}
+		if (Record.UncompressedSize <= 0 || Record.UncompressedSize > Out.ChunkSize ||
+			Record.UncompressedSize > Out.UncompressedSize - Uncompressed)
+		{
+			return FString::Printf(TEXT("chunk record %lld says %lld uncompressed bytes (chunk size %lld, %lld left of the summary's %lld)"),
+								   Number, Record.UncompressedSize, Out.ChunkSize, Out.UncompressedSize - Uncompressed,
+								   Out.UncompressedSize);
+		}
+		if (Record.CompressedSize <= 0 || Record.CompressedSize > MaxCompressedChunk ||
+			Record.CompressedSize > Out.CompressedSize - Compressed)
+		{
+			return FString::Printf(TEXT("chunk record %lld says %lld compressed bytes (at most %lld for a chunk, %lld left of the summary's %lld)"),
+								   Number, Record.CompressedSize, MaxCompressedChunk, Out.CompressedSize - Compressed,
+								   Out.CompressedSize);
+		}
+		Out.Chunks.push_back(Record);
+		Compressed += Record.CompressedSize;
+		Uncompressed += Record.UncompressedSize;
+	}
+	if (Compressed != Out.CompressedSize)
+	{
+		return FString::Printf(TEXT("the chunk records add up to %lld compressed bytes, the summary says %lld"), Compressed,
+							   Out.CompressedSize);
+	}
+	const int64 Position = Ar.Tell();
+	const int64 Total = Ar.TotalSize();
+	if (Position != INDEX_NONE && Total != INDEX_NONE && Out.CompressedSize > Total - Position)
+	{
+		return FString::Printf(TEXT("the records promise %lld compressed bytes, the stream holds %lld after them"), Out.CompressedSize,
+							   Total - Position);
+	}
+	return FString();
 }
 
 bool FCompression::CompressMemory(ECompressionFlags Flags, void* Out, int32& OutSize, const void* In, int32 InSize)

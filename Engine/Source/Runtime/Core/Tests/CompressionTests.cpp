@@ -359,3 +359,40 @@ TEST(CompressionTests, BrokenAndLyingStreamsAreRejected)
 	std::swap_ranges(Swapped.begin() + 32, Swapped.begin() + 48, Swapped.begin() + 48);
 	EXPECT_FALSE(Decompress(Swapped, Length, Out)) << "records out of step with the data";
 }
+
+TEST(CompressionTests, StreamRecordsAreReadBackOrTheLieIsNamed)
+{
+	std::vector<uint8> Input(Chunk + 10, 'x');
+	const std::vector<uint8> Stream = Compress(Input);
+	auto Read = [](std::vector<uint8> Bytes, FCompressedStreamRecords& Out)
+	{
+		TArray<uint8> Array;
+		for (const uint8 Byte : Bytes)
+		{
+			Array.Add(Byte);
+		}
+		FMemoryArchive Archive(Array, true);
+		return FCompression::ReadStreamRecords(Archive, Out).ToUtf8();
+	};
+
+	FCompressedStreamRecords Records;
+	EXPECT_EQ(Read(Stream, Records), "");
+	EXPECT_EQ(Records.ChunkSize, Chunk);
+	EXPECT_EQ(Records.UncompressedSize, Chunk + 10);
+	ASSERT_EQ(Records.Chunks.size(), 2u);
+	EXPECT_EQ(Records.Chunks[1].UncompressedSize, 10);
+	EXPECT_EQ(Records.Chunks[0].CompressedSize + Records.Chunks[1].CompressedSize, Records.CompressedSize);
+
+	std::vector<uint8> WrongTag = Stream;
+	WrongTag[0] ^= 0xFF;
+	EXPECT_EQ(Read(WrongTag, Records).rfind("tag 0x9E2A833E where", 0), 0u) << Read(WrongTag, Records);
+	// The first record claims more than a chunk.
+	std::vector<uint8> Lying = Stream;
+	Lying[40] = 0x05;
+	Lying[42] = 0x03;
+	EXPECT_EQ(Read(Lying, Records).rfind("chunk record 1 says", 0), 0u) << Read(Lying, Records);
+	// Cut inside the second record, then inside the data.
+	EXPECT_EQ(Read(std::vector<uint8>(Stream.begin(), Stream.begin() + 56), Records),
+			  "the stream ends inside chunk record 2, with 131072 of the summary's 131082 bytes recorded");
+	EXPECT_EQ(Read(std::vector<uint8>(Stream.begin(), Stream.end() - 1), Records).rfind("the records promise", 0), 0u);
+}

@@ -1,12 +1,32 @@
 #pragma once
 
+#include "Containers/UnrealString.h"
 #include "CoreTypes.h"
+
+#include <vector>
+
+class FArchive;
 
 // Which compressor a compressed stream uses. Only zlib is carried.
 enum ECompressionFlags : uint32
 {
 	COMPRESS_None = 0x00,
 	COMPRESS_ZLIB = 0x01,
+};
+
+// The records at the head of a chunked stream, as FArchive::SerializeCompressed writes them.
+struct FCompressedStreamRecords
+{
+	struct FChunk
+	{
+		int64 CompressedSize = 0;
+		int64 UncompressedSize = 0;
+	};
+	int64 ChunkSize = 0;
+	// The summary record: the sums over the chunks.
+	int64 CompressedSize = 0;
+	int64 UncompressedSize = 0;
+	std::vector<FChunk> Chunks;
 };
 
 // Memory-to-memory compression and the knobs of the chunked stream that FArchive::SerializeCompressed writes.
@@ -27,6 +47,12 @@ struct CORE_API FCompression
 								 int32 CompressedSize);
 	// The room CompressMemory may need for InSize bytes.
 	static int32 CompressMemoryBound(ECompressionFlags Flags, int32 InSize);
+
+	// Reads the tag record, the summary and every chunk record of a chunked stream at the archive's position,
+	// and checks them against each other and against the bytes the archive still holds. Returns empty, with
+	// the archive at the first chunk's data, or what is wrong in words. Memory grows only with records
+	// actually read, so a lying summary can't make it outgrow the input.
+	static FString ReadStreamRecords(FArchive& Ar, FCompressedStreamRecords& Out);
 
 	// On (the default): the chunks of one stream are compressed by a pool of worker threads, one per core,
 	// while the calling thread reads and writes. Off: chunk after chunk on the calling thread. The bytes
