@@ -1,5 +1,6 @@
 #include "CommandOutput.h"
 #include "Commands.h"
+#include "HAL/FileManager.h"
 #include "KitSession.h"
 #include "cook/CookJob.h"
 
@@ -187,6 +188,14 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 	FCommandLine::Set(ComposeEditorCommandLine(Cook));
 	LocateKit(Options.Kit);
 	RequireReadableDatabase();
+
+	// The window would queue a job that can't start; here the missing program is named before anything is
+	// deleted or written.
+	const FString Editor = STesselTool::GetEditorExecutablePath();
+	if (!IFileManager::Get().FileExists(*Editor))
+	{
+		throw FCommandError{EExitCode::JobFailed, FString::Printf(TEXT("%s: missing: the kit's editor, which cooks, is not in its place"), *Editor)};
+	}
 
 	FHeadlessTool Tool;
 	TArray<TSharedPtr<FModSetup>> Mods;

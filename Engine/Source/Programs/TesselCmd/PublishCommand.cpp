@@ -217,7 +217,10 @@ namespace
 		if (Result.FailedChecks.Num() > 0)
 		{
 			FCommandOutput::Note(FString::Printf(TEXT("%s: %s"), *Result.Mod, *Result.Message));
-			PrintChecks(FCommandOutput(false), Result.FailedChecks);
+			for (const FUploadCheck& Check : Result.FailedChecks)
+			{
+				FCommandOutput::Note(FString::Printf(TEXT("%s: %s: %s: %s"), *Result.Mod, *Check.Name, *Check.Finding, *Check.Advice));
+			}
 			return;
 		}
 		if (Result.Route == TEXT("dry-run") && Result.Code == EExitCode::Success)

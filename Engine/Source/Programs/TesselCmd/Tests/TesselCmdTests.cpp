@@ -17,6 +17,8 @@
 
 #include <chrono>
 #include <functional>
+#include <poll.h>
+#include <pty.h>
 #include <thread>
 
 namespace
@@ -404,9 +406,13 @@ TEST(TesselCmdTests, CookOptionsReachTheCookAsTheEditorsCommandLine)
 		EXPECT_EQ(Item->AsObject()->GetStringField(TEXT("kind")), FString(bProps ? TEXT("game-mod") : TEXT("map")));
 	}
 
-	// Without the editor's executable the cook can't start, and says so through its exit code.
+	// Without the editor's executable nothing is started or deleted, and the missing file is named.
 	FPlatformFileManager::Get().GetPlatformFile().DeleteFile(*STesselTool::GetEditorExecutablePath());
-	EXPECT_EQ(Ready.Run({"cook", "Islands"}).ExitCode, 1);
+	const FCommandRun NoEditor = Ready.Run({"cook", "Islands"});
+	EXPECT_EQ(NoEditor.ExitCode, 1);
+	EXPECT_EQ(NoEditor.Stderr, "TesselCmd: " + Utf8(STesselTool::GetEditorExecutablePath()) +
+								   ": missing: the kit's editor, which cooks, is not in its place\n");
+	EXPECT_TRUE(IFileManager::Get().DirectoryExists(*(STesselTool::GetModOutputDir() / TEXT("Islands"))));
 }
 
 TEST(TesselCmdTests, TheCookShowsThePackagingOnATerminal)
@@ -461,6 +467,9 @@ TEST(TesselCmdTests, PublishTakesTheWindowsRoutesAndKeepsThePasswordSecret)
 	const FCommandRun NotReady = Ready.Run({"publish", "Islands"}, {{"TESSEL_UPLOADER_EXIT", "150"}});
 	EXPECT_EQ(NotReady.ExitCode, 1);
 	EXPECT_NE(NotReady.Stderr.find("Islands: not ready to upload"), std::string::npos) << NotReady.Stderr;
+	EXPECT_NE(NotReady.Stderr.find("Islands: packaged: " + Utf8(STesselTool::GetModOutputDir()) + "/Islands/mod.info: missing"),
+			  std::string::npos)
+		<< NotReady.Stderr;
 	Ready.MakeUploadable();
 
 	// The uploader publishes: its exit code is the id, saved at once.
@@ -596,4 +605,54 @@ TEST(TesselCmdTests, HelpAndUsageErrors)
 	EXPECT_EQ(RunTesselCmd({"bake"}).ExitCode, 2);
 	// The password has no option of its own.
 	EXPECT_EQ(RunTesselCmd({"publish", "Islands", "--password", "x"}).ExitCode, 2);
+}
+
+TEST(TesselCmdTests, APasswordAskedOnTheTerminalIsNotEchoed)
+{
+	FReadyKit Ready;
+	Ready.MakeUploadable();
+	// The child gets a terminal of its own; the test types the password once the prompt is up.
+	int Terminal = -1;
+	const pid_t Child = forkpty(&Terminal, nullptr, nullptr, nullptr);
+	ASSERT_GE(Child, 0);
+	if (Child == 0)
+	{
+		setenv("STEAM_USERNAME", "author", 1);
+		unsetenv("STEAM_PASSWORD");
+		const std::string Kit = Utf8(Ready.Kit.Root());
+		execl(TESSEL_CMD, TESSEL_CMD, "--kit", Kit.c_str(), "publish", "Islands", static_cast<char*>(nullptr));
+		_exit(127);
+	}
+	std::string Shown;
+	bool bTyped = false;
+	const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+	while (std::chrono::steady_clock::now() < Deadline)
+	{
+		pollfd Poll{Terminal, POLLIN, 0};
+		if (poll(&Poll, 1, 100) <= 0)
+		{
+			continue;
+		}
+		char Buffer[1024];
+		const ssize_t Count = read(Terminal, Buffer, sizeof(Buffer));
+		if (Count <= 0)
+		{
+			break;
+		}
+		Shown.append(Buffer, static_cast<size_t>(Count));
+		if (!bTyped && Shown.find("Steam password for author: ") != std::string::npos)
+		{
+			const std::string Typed = Password + "\n";
+			ASSERT_EQ(write(Terminal, Typed.data(), Typed.size()), static_cast<ssize_t>(Typed.size()));
+			bTyped = true;
+		}
+	}
+	int Status = 0;
+	waitpid(Child, &Status, 0);
+	close(Terminal);
+	EXPECT_TRUE(bTyped) << Shown;
+	EXPECT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0) << Shown;
+	EXPECT_NE(Shown.find("Islands: published through SteamCMD: id 2900000001"), std::string::npos) << Shown;
+	EXPECT_EQ(Shown.find(Password), std::string::npos) << Shown;
+	ExpectNoFileHolds(Ready.Kit.Root(), Password);
 }
