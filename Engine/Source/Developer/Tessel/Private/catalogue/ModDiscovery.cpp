@@ -2,6 +2,9 @@
 
 #include "HAL/FileManager.h"
 
+#include <string>
+#include <unordered_set>
+
 FString STesselTool::GetModToolsDir()
 {
 	return FPaths::RootDir() / TEXT("ModTools");
@@ -31,26 +34,28 @@ void STesselTool::RefreshModList(bool bRebuildDetails)
 
 	LoadModDatabase(GetModDatabasePath());
 
-	auto IsSameMod = [](const FString& A, const FString& B) { return A.Equals(B, ESearchCase::IgnoreCase); };
+	// Names meet ignoring letter case, unit by unit. Each side is folded once and looked up in a hash set, so
+	// that a large catalogue never compares every folder with every record.
+	auto Fold = [](const FString& Name) { return Name.ToLower().GetStd(); };
+	std::unordered_set<std::u16string> FolderNames;
+	for (const FString& Folder : Folders)
+	{
+		FolderNames.insert(Fold(Folder));
+	}
 
 	// Records whose folder is gone leave the list; the file keeps them until the next save.
-	for (int32 Index = 0; Index < ModList.Num();)
+	ModList.RemoveAll([&](const TSharedPtr<FModSetup>& Mod) { return FolderNames.count(Fold(Mod->ModDir)) == 0; });
+	std::unordered_set<std::u16string> RecordNames;
+	for (const TSharedPtr<FModSetup>& Mod : ModList)
 	{
-		const FString& ModDir = ModList[Index]->ModDir;
-		if (Folders.ContainsByPredicate([&](const FString& Folder) { return IsSameMod(Folder, ModDir); }))
-		{
-			++Index;
-		}
-		else
-		{
-			ModList.RemoveAt(Index);
-		}
+		RecordNames.insert(Fold(Mod->ModDir));
 	}
 
 	// New folders come in after the loaded records, with the maps found directly in them.
 	for (const FString& Folder : Folders)
 	{
-		if (ModList.ContainsByPredicate([&](const TSharedPtr<FModSetup>& Mod) { return IsSameMod(Mod->ModDir, Folder); }))
+		// A folder that differs from an earlier one only in letter case counts as that one.
+		if (!RecordNames.insert(Fold(Folder)).second)
 		{
 			continue;
 		}
