@@ -15,9 +15,10 @@ int RunCheck(const FGlobalOptions& Options, const FString& ModName)
 	const FCommandOutput Output(Options.bJson);
 	if (Output.IsJson())
 	{
-		TSharedRef<FJsonObject> Document = DescribeChecks(Checks);
+		TSharedRef<FJsonObject> Document = MakeShared<FJsonObject>();
 		Document->SetStringField(TEXT("mod"), Mod->ModDir);
 		Document->SetBoolField(TEXT("ready"), bReady);
+		Document->SetArrayField(TEXT("checks"), DescribeChecks(Checks));
 		FCommandOutput::Print(Document);
 	}
 	else

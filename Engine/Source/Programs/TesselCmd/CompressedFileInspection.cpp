@@ -4,6 +4,8 @@
 #include "Misc/Compression.h"
 #include "Misc/FileHelper.h"
 
+#include <charconv>
+#include <string>
 #include <vector>
 
 namespace
@@ -15,24 +17,10 @@ namespace
 		{
 			return -1;
 		}
-		const FString Trimmed = Text.TrimStartAndEnd();
-		if (Trimmed.IsEmpty() || !Trimmed.IsNumeric() || Trimmed.Contains(TEXT(".")))
-		{
-			return -1;
-		}
-		int64 Value = 0;
-		for (const TCHAR Unit : Trimmed)
-		{
-			if (FChar::IsDigit(Unit))
-			{
-				Value = Value * 10 + (Unit - u'0');
-				if (Value > (int64(1) << 40))
-				{
-					return -1;
-				}
-			}
-		}
-		return Trimmed.StartsWith(TEXT("-")) ? -Value : Value;
+		const std::string Digits = Text.TrimStartAndEnd().ToUtf8();
+		int64 Value = -1;
+		const std::from_chars_result Parsed = std::from_chars(Digits.data(), Digits.data() + Digits.size(), Value);
+		return Parsed.ec == std::errc() && Parsed.ptr == Digits.data() + Digits.size() ? Value : -1;
 	}
 
 	FString WalkStream(FArchive& Ar, FCompressedFileReport& Report, const std::function<bool(const uint8*, int64)>& OnBytes)
@@ -92,4 +80,15 @@ FCompressedFileReport InspectCompressedFile(const FString& Path, const std::func
 		Report.UncompressedBytes = 0;
 	}
 	return Report;
+}
+
+FString FCompressedFileReport::DescribeProblem() const
+{
+	if (!IsWhole() || MatchesSizeFile())
+	{
+		return Problem;
+	}
+	const FString SizeFile = SizeFileValue < 0 ? FString(TEXT("no size file with a number beside it"))
+											   : FString::Printf(TEXT("its size file says %lld"), SizeFileValue);
+	return FString::Printf(TEXT("decodes to %lld bytes, but %s"), UncompressedBytes, *SizeFile);
 }

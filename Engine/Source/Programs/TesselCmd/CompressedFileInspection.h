@@ -19,6 +19,8 @@ struct FCompressedFileReport
 
 	bool IsWhole() const { return Problem.IsEmpty(); }
 	bool MatchesSizeFile() const { return SizeFileValue == UncompressedBytes; }
+	// What is wrong with the file or between it and its size file, or empty.
+	FString DescribeProblem() const;
 };
 
 // Walks the chunked stream of the file: the tag record, the summary, every chunk record, then every chunk,

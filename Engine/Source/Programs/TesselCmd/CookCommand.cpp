@@ -145,17 +145,30 @@ namespace
 		FString Output;
 	};
 
-	FCookResult CookOne(FHeadlessTool& Tool, const TSharedPtr<FModSetup>& Mod, const FCookOptions& Cook,
+	// The kind asked for, else the button the mod's maps suggest.
+	ECookKind KindFor(const FModSetup& Mod, std::optional<ECookKind> Asked)
+	{
+		return Asked ? *Asked : (Mod.Maps.IsEmpty() ? ECookKind::GameMod : ECookKind::Map);
+	}
+
+	// Why the mod can't be cooked as Kind, or empty: "Cook Map" is disabled for a mod without maps.
+	FString WhyNotCookable(const FModSetup& Mod, ECookKind Kind)
+	{
+		return Kind == ECookKind::Map && Mod.Maps.IsEmpty()
+				   ? FString::Printf(TEXT("%s has no maps: cook it with --kind game-mod"), *Mod.ModDir)
+				   : FString();
+	}
+
+	FCookResult CookOne(FHeadlessTool& Tool, const TSharedPtr<FModSetup>& Mod, std::optional<ECookKind> Kind, const FCookOptions& Cook,
 						const FCommandOutput& Output, FTerminalProgress& Progress)
 	{
 		FCookResult Result;
 		Result.Mod = Mod->ModDir;
-		Result.Kind = Cook.Kind ? ParseKind(*Cook.Kind) : (Mod->Maps.IsEmpty() ? ECookKind::GameMod : ECookKind::Map);
+		Result.Kind = KindFor(*Mod, Kind);
 		Result.Output = Cook.TestOutput.IsEmpty() ? STesselTool::GetModOutputDir() / Mod->ModDir : ToFullPath(Cook.TestOutput);
-		if (Result.Kind == ECookKind::Map && Mod->Maps.IsEmpty())
+		Result.Dialog = WhyNotCookable(*Mod, Result.Kind);
+		if (!Result.Dialog.IsEmpty())
 		{
-			// "Cook Map" is disabled for such a mod.
-			Result.Dialog = TEXT("no maps to cook: use --kind game-mod");
 			return Result;
 		}
 		Tool.Select(Mod->ModDir);
@@ -181,10 +194,7 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 	{
 		throw FCommandError{EExitCode::BadInput, TEXT("cook: name one mod or give --all")};
 	}
-	if (Cook.Kind)
-	{
-		ParseKind(*Cook.Kind);
-	}
+	const std::optional<ECookKind> Kind = Cook.Kind ? std::optional<ECookKind>(ParseKind(*Cook.Kind)) : std::nullopt;
 	FCommandLine::Set(ComposeEditorCommandLine(Cook));
 	LocateKit(Options.Kit);
 	RequireReadableDatabase();
@@ -206,9 +216,10 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 	else
 	{
 		const TSharedPtr<FModSetup> Mod = SelectMod(Tool, Cook.Mod);
-		if (Cook.Kind && ParseKind(*Cook.Kind) == ECookKind::Map && Mod->Maps.IsEmpty())
+		const FString Refusal = WhyNotCookable(*Mod, KindFor(*Mod, Kind));
+		if (!Refusal.IsEmpty())
 		{
-			throw FCommandError{EExitCode::BadInput, FString::Printf(TEXT("%s has no maps: cook it with --kind game-mod"), *Mod->ModDir)};
+			throw FCommandError{EExitCode::BadInput, Refusal};
 		}
 		Mods.Add(Mod);
 	}
@@ -222,7 +233,7 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 		{
 			Output.Progress(FString::Printf(TEXT("=== %s"), *Mod->ModDir));
 		}
-		Results.Add(CookOne(Tool, Mod, Cook, Output, Progress));
+		Results.Add(CookOne(Tool, Mod, Kind, Cook, Output, Progress));
 		const FCookResult& Result = Results.Last();
 		Output.Progress(Result.bRan ? FString::Printf(TEXT("Quillon Dev Kit: %s"), *Result.Dialog)
 									: FString::Printf(TEXT("Left out: %s"), *Result.Dialog));

@@ -24,15 +24,6 @@ namespace
 								: FString(TEXT("-"));
 	}
 
-	FString DescribeSizeFile(const FCompressedFileReport& Report)
-	{
-		if (Report.SizeFileValue < 0)
-		{
-			return TEXT("no size file with a number beside it");
-		}
-		return FString::Printf(TEXT("its size file says %lld"), Report.SizeFileValue);
-	}
-
 	int InspectCompressed(const FCommandOutput& Output, const FString& Path, const FString& Extract)
 	{
 		FCompressedFileReport Report;
@@ -73,13 +64,9 @@ namespace
 				}
 			}
 		}
-		if (!Report.IsWhole())
+		if (!Report.DescribeProblem().IsEmpty())
 		{
-			Broken(Path, Report.Problem);
-		}
-		if (!Report.MatchesSizeFile())
-		{
-			Broken(Path, FString::Printf(TEXT("decodes to %lld bytes, but %s"), Report.UncompressedBytes, *DescribeSizeFile(Report)));
+			Broken(Path, Report.DescribeProblem());
 		}
 		if (Output.IsJson())
 		{
@@ -147,11 +134,7 @@ namespace
 		TArray<TSharedPtr<FJsonValue>> Files;
 		for (const FCompressedFileReport& Report : Reports)
 		{
-			FString Problem = Report.Problem;
-			if (Problem.IsEmpty() && !Report.MatchesSizeFile())
-			{
-				Problem = FString::Printf(TEXT("decodes to %lld bytes, but %s"), Report.UncompressedBytes, *DescribeSizeFile(Report));
-			}
+			const FString Problem = Report.DescribeProblem();
 			if (!Problem.IsEmpty())
 			{
 				Problems.Add(FString::Printf(TEXT("%s: %s"), *Report.Path, *Problem));
@@ -374,15 +357,15 @@ namespace
 
 	int InspectDatabase(const FCommandOutput& Output, const FString& Path)
 	{
-		bool bOpened = false;
-		const FString Error = DescribeDatabaseError(Path, bOpened);
-		if (!Error.IsEmpty())
-		{
-			throw FCommandError{bOpened ? EExitCode::BadInput : EExitCode::JobFailed, FString::Printf(TEXT("%s: %s"), *Path, *Error)};
-		}
-		TArray<FModSetup> Records;
+		TArray<TSharedPtr<FModSetup>> Records;
 		FString SteamUsername;
-		ReadDatabaseRecords(Path, Records, SteamUsername);
+		FString Error;
+		const STesselTool::EModDatabaseRead Read = STesselTool::ReadModDatabase(Path, Records, SteamUsername, Error);
+		if (Read != STesselTool::EModDatabaseRead::Read)
+		{
+			throw FCommandError{Read == STesselTool::EModDatabaseRead::Unreadable ? EExitCode::BadInput : EExitCode::JobFailed,
+								FString::Printf(TEXT("%s: %s"), *Path, *Error)};
+		}
 		if (Output.IsJson())
 		{
 			TSharedRef<FJsonObject> Document = MakeShared<FJsonObject>();
@@ -390,9 +373,9 @@ namespace
 			Document->SetStringField(TEXT("kind"), TEXT("mod database"));
 			Document->SetStringField(TEXT("SteamUsername"), SteamUsername);
 			TArray<TSharedPtr<FJsonValue>> Mods;
-			for (const FModSetup& Record : Records)
+			for (const TSharedPtr<FModSetup>& Record : Records)
 			{
-				Mods.Add(Record.ToJsonValue());
+				Mods.Add(Record->ToJsonValue());
 			}
 			Document->SetArrayField(TEXT("mods"), Mods);
 			FCommandOutput::Print(Document);
@@ -400,10 +383,10 @@ namespace
 		else
 		{
 			Output.Line(FString::Printf(TEXT("%s: %d records, Steam user \"%s\""), *Path, Records.Num(), *SteamUsername));
-			for (const FModSetup& Record : Records)
+			for (const TSharedPtr<FModSetup>& Record : Records)
 			{
 				Output.Line(FString());
-				for (const FString& Line : DescribeModRecord(Record))
+				for (const FString& Line : DescribeModRecord(*Record))
 				{
 					Output.Line(Line);
 				}

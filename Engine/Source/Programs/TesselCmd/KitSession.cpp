@@ -2,7 +2,6 @@
 
 #include "CommandOutput.h"
 #include "HAL/FileManager.h"
-#include "json/JsonSerializer.h"
 
 #include <filesystem>
 
@@ -56,24 +55,6 @@ void LocateKit(const FString& GivenKit)
 	FPaths::SetBaseDir(FPaths::EngineDir() / TEXT("Binaries/Win64"));
 }
 
-FString DescribeDatabaseError(const FString& Path, bool& OutOpened)
-{
-	TUniquePtr<FArchive> Reader(IFileManager::Get().CreateFileReader(*Path, 0));
-	OutOpened = Reader != nullptr;
-	if (!Reader)
-	{
-		return TEXT("can't be opened for reading");
-	}
-	const TSharedRef<JsonReader> Json = MakeShared<JsonReader>(Reader.get());
-	TSharedPtr<FJsonObject> Root;
-	if (JsonSerializer::Deserialize(Json, Root))
-	{
-		return FString();
-	}
-	const FString Message = Json->GetErrorMessage();
-	return Message.IsEmpty() ? FString(TEXT("not a JSON document whose root is an object")) : Message;
-}
-
 void RequireReadableDatabase()
 {
 	const FString Path = STesselTool::GetModDatabasePath();
@@ -81,14 +62,16 @@ void RequireReadableDatabase()
 	{
 		return;
 	}
-	bool bOpened = false;
-	const FString Error = DescribeDatabaseError(Path, bOpened);
-	if (!bOpened)
+	TArray<TSharedPtr<FModSetup>> Records;
+	FString SteamUsername;
+	FString Error;
+	switch (STesselTool::ReadModDatabase(Path, Records, SteamUsername, Error))
 	{
+	case STesselTool::EModDatabaseRead::Read:
+		return;
+	case STesselTool::EModDatabaseRead::Unopenable:
 		throw FCommandError{EExitCode::JobFailed, FString::Printf(TEXT("%s: %s"), *Path, *Error)};
-	}
-	if (!Error.IsEmpty())
-	{
+	case STesselTool::EModDatabaseRead::Unreadable:
 		throw FCommandError{EExitCode::BadInput,
 							FString::Printf(TEXT("%s: %s (the tool reads it as UTF-16; fix or move the file, as a save would replace "
 												 "it with fresh records)"),
@@ -110,20 +93,4 @@ TSharedPtr<FModSetup> SelectMod(FHeadlessTool& Tool, const FString& ModDir)
 	throw FCommandError{EExitCode::BadInput,
 						FString::Printf(TEXT("%s: no such mod in %s (mods: %s)"), *ModDir, *STesselTool::GetModsContentDir(),
 										Known.Num() > 0 ? *FString::Join(Known, TEXT(", ")) : TEXT("none"))};
-}
-
-bool ReadDatabaseRecords(const FString& Path, TArray<FModSetup>& OutRecords, FString& OutSteamUsername)
-{
-	TUniquePtr<FArchive> Reader(IFileManager::Get().CreateFileReader(*Path, 0));
-	TSharedPtr<FJsonObject> Root;
-	if (!Reader || !JsonSerializer::Deserialize(MakeShared<JsonReader>(Reader.get()), Root))
-	{
-		return false;
-	}
-	OutSteamUsername = Root->GetStringField(TEXT("SteamUsername"));
-	for (const TSharedPtr<FJsonValue>& Element : Root->GetArrayField(TEXT("Mods")))
-	{
-		OutRecords.Add(FModSetup(Element));
-	}
-	return true;
 }

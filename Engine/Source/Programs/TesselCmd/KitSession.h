@@ -18,10 +18,3 @@ void RequireReadableDatabase();
 
 // The record of the mod folder named ModDir, selected in the tool; throws BadInput naming the mods there are.
 TSharedPtr<FModSetup> SelectMod(FHeadlessTool& Tool, const FString& ModDir);
-
-// The reader's message for the JSON document at Path, or empty when it parses; OutOpened is false when the
-// file couldn't be opened.
-FString DescribeDatabaseError(const FString& Path, bool& OutOpened);
-
-// The records of the database file at Path, as the tool reads them; false when it doesn't parse.
-bool ReadDatabaseRecords(const FString& Path, TArray<FModSetup>& OutRecords, FString& OutSteamUsername);

@@ -193,7 +193,7 @@ namespace
 		Item->SetStringField(TEXT("url"), Result.Url);
 		if (Result.FailedChecks.Num() > 0)
 		{
-			Item->SetArrayField(TEXT("checks"), DescribeChecks(Result.FailedChecks)->GetArrayField(TEXT("checks")));
+			Item->SetArrayField(TEXT("checks"), DescribeChecks(Result.FailedChecks));
 		}
 		if (Result.Route == TEXT("dry-run"))
 		{

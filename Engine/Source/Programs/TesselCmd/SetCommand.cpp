@@ -164,16 +164,15 @@ int RunSet(const FGlobalOptions& Options, const FString& ModName, const TArray<F
 	Tool.Get().SaveModDatabase();
 
 	// The tool's save reports nothing, so the file is read back to be sure the edit arrived.
-	TArray<FModSetup> Saved;
+	TArray<TSharedPtr<FModSetup>> Saved;
 	FString SavedUser;
+	FString Error;
 	const FString Path = STesselTool::GetModDatabasePath();
-	const FModSetup* Found = nullptr;
-	if (ReadDatabaseRecords(Path, Saved, SavedUser))
-	{
-		Found = Saved.FindByPredicate([&](const FModSetup& Record) { return Record.ModDir == Edited.ModDir; });
-	}
+	STesselTool::ReadModDatabase(Path, Saved, SavedUser, Error);
+	const TSharedPtr<FModSetup>* Found =
+		Saved.FindByPredicate([&](const TSharedPtr<FModSetup>& Record) { return Record->ModDir == Edited.ModDir; });
 	const FCommandOutput Output(Options.bJson);
-	if (!Found || FCommandOutput::ToJsonText(Found->ToJsonValue()->AsObject().ToSharedRef()) !=
+	if (!Found || FCommandOutput::ToJsonText((*Found)->ToJsonValue()->AsObject().ToSharedRef()) !=
 					  FCommandOutput::ToJsonText(Edited.ToJsonValue()->AsObject().ToSharedRef()))
 	{
 		throw FCommandError{EExitCode::JobFailed, FString::Printf(TEXT("%s: the edit could not be saved"), *Path)};

@@ -187,9 +187,8 @@ namespace
 	}
 }
 
-TSharedRef<FJsonObject> DescribeChecks(const TArray<FUploadCheck>& Checks)
+TArray<TSharedPtr<FJsonValue>> DescribeChecks(const TArray<FUploadCheck>& Checks)
 {
-	TSharedRef<FJsonObject> Document = MakeShared<FJsonObject>();
 	TArray<TSharedPtr<FJsonValue>> Items;
 	for (const FUploadCheck& Check : Checks)
 	{
@@ -200,8 +199,7 @@ TSharedRef<FJsonObject> DescribeChecks(const TArray<FUploadCheck>& Checks)
 		Item->SetStringField(TEXT("advice"), Check.Advice);
 		Items.Add(JsonObject(Item));
 	}
-	Document->SetArrayField(TEXT("checks"), Items);
-	return Document;
+	return Items;
 }
 
 void PrintChecks(const FCommandOutput& Output, const TArray<FUploadCheck>& Checks)

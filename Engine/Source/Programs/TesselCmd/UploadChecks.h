@@ -34,7 +34,7 @@ TArray<FUploadCheck> RunUploadChecks(const FModSetup& Mod);
 FString DetectImageFormat(const FString& Path);
 
 class FCommandOutput;
-class FJsonObject;
+class FJsonValue;
 // The checks as lines for people ("ok", "FAIL" or "warn", the name, the finding and the advice) and as JSON.
 void PrintChecks(const FCommandOutput& Output, const TArray<FUploadCheck>& Checks);
-TSharedRef<FJsonObject> DescribeChecks(const TArray<FUploadCheck>& Checks);
+TArray<TSharedPtr<FJsonValue>> DescribeChecks(const TArray<FUploadCheck>& Checks);

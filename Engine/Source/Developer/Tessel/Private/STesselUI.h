@@ -42,6 +42,16 @@ public:
 
 	// Replaces ModList with the records of the file at Path and, when it parses, SteamUsername.
 	void LoadModDatabase(const FString& Path);
+	enum class EModDatabaseRead : uint8
+	{
+		Read,
+		Unopenable,
+		Unreadable,
+	};
+	// Adds the records of the database file at Path to OutMods and sets OutSteamUsername, only when it parses;
+	// otherwise OutError says why: the file can't be opened, or the reader's message with line and column.
+	static EModDatabaseRead ReadModDatabase(const FString& Path, TArray<TSharedPtr<FModSetup>>& OutMods, FString& OutSteamUsername,
+											FString& OutError);
 	// Writes every record and the Steam user name; with no records the file is left as it is.
 	FReply SaveModDatabase();
 	FReply OnResetGuidClicked();

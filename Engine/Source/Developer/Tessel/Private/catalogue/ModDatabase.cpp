@@ -3,26 +3,38 @@
 #include "HAL/FileManager.h"
 #include "json/JsonSerializer.h"
 
+STesselTool::EModDatabaseRead STesselTool::ReadModDatabase(const FString& Path, TArray<TSharedPtr<FModSetup>>& OutMods,
+															 FString& OutSteamUsername, FString& OutError)
+{
+	TUniquePtr<FArchive> Reader(IFileManager::Get().CreateFileReader(*Path, 0));
+	if (!Reader)
+	{
+		OutError = TEXT("can't be opened for reading");
+		return EModDatabaseRead::Unopenable;
+	}
+	const TSharedRef<JsonReader> Json = MakeShared<JsonReader>(Reader.get());
+	TSharedPtr<FJsonObject> Root;
+	const bool bParsed = JsonSerializer::Deserialize(Json, Root);
+	Reader->Close();
+	if (!bParsed)
+	{
+		OutError = Json->GetErrorMessage().IsEmpty() ? FString(TEXT("not a JSON document whose root is an object")) : Json->GetErrorMessage();
+		return EModDatabaseRead::Unreadable;
+	}
+	OutSteamUsername = Root->GetStringField(TEXT("SteamUsername"));
+	for (const TSharedPtr<FJsonValue>& Element : Root->GetArrayField(TEXT("Mods")))
+	{
+		OutMods.Add(MakeShared<FModSetup>(Element));
+	}
+	return EModDatabaseRead::Read;
+}
+
 void STesselTool::LoadModDatabase(const FString& Path)
 {
 	// Emptied first, so that a file that can't be read leaves no records behind.
 	ModList.Empty();
-
-	TUniquePtr<FArchive> Reader(IFileManager::Get().CreateFileReader(*Path, 0));
-	if (!Reader)
-	{
-		return;
-	}
-	TSharedPtr<FJsonObject> Root;
-	if (JsonSerializer::Deserialize(MakeShared<JsonReader>(Reader.get()), Root))
-	{
-		SteamUsername = Root->GetStringField(TEXT("SteamUsername"));
-		for (const TSharedPtr<FJsonValue>& Element : Root->GetArrayField(TEXT("Mods")))
-		{
-			ModList.Add(MakeShared<FModSetup>(Element));
-		}
-	}
-	Reader->Close();
+	FString Error;
+	ReadModDatabase(Path, ModList, SteamUsername, Error);
 }
 
 FReply STesselTool::SaveModDatabase()
