@@ -12,21 +12,23 @@ bool PromptOnTerminal(const FString& Prompt, bool bSecret, FString& OutAnswer)
 	{
 		return false;
 	}
-	std::fputs(Prompt.ToUtf8().c_str(), stderr);
-	std::fflush(stderr);
+	// Echo goes off before the prompt shows, and nothing typed is flushed away: an answer that arrives the
+	// moment the prompt appears is neither shown nor lost.
 	termios Saved{};
 	const bool bHideEcho = bSecret && tcgetattr(STDIN_FILENO, &Saved) == 0;
 	if (bHideEcho)
 	{
 		termios Quiet = Saved;
 		Quiet.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-		tcsetattr(STDIN_FILENO, TCSAFLUSH, &Quiet);
+		tcsetattr(STDIN_FILENO, TCSANOW, &Quiet);
 	}
+	std::fputs(Prompt.ToUtf8().c_str(), stderr);
+	std::fflush(stderr);
 	std::string Line;
 	const bool bRead = static_cast<bool>(std::getline(std::cin, Line));
 	if (bHideEcho)
 	{
-		tcsetattr(STDIN_FILENO, TCSAFLUSH, &Saved);
+		tcsetattr(STDIN_FILENO, TCSANOW, &Saved);
 		// The line feed the user typed was not echoed either.
 		std::fputc('\n', stderr);
 	}
