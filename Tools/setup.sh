@@ -2,7 +2,7 @@
 # Installs the Debian packages the build needs, when they are missing.
 set -euo pipefail
 
-packages=(cmake ninja-build g++ libgtest-dev libcli11-dev zlib1g-dev qt6-base-dev qt6-qpa-plugins fonts-dejavu-core clang libclang-rt-dev)
+packages=(cmake ninja-build g++ libgtest-dev libcli11-dev zlib1g-dev qt6-base-dev qt6-qpa-plugins fonts-dejavu-core pigz clang libclang-rt-dev)
 missing=()
 for package in "${packages[@]}"; do
 	if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed"; then

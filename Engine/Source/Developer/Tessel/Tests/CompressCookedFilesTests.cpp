@@ -1,7 +1,9 @@
 #include "CoreMinimal.h"
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
+#include "Misc/Compression.h"
 #include "TempDirectory.h"
+#include "packaging/CompressAhead.h"
 #include "packaging/CompressCookedFilesVisitor.h"
 
 #include <gtest/gtest.h>
@@ -146,6 +148,81 @@ TEST(CompressCookedFilesTests, PackagesAreCompressedAndEverythingElseCopied)
 
 	// The source tree is left as it was.
 	EXPECT_EQ(FilesBelow(Staged).size(), 9u);
+}
+
+TEST(CompressCookedFilesTests, WalkWithThePoolMakesWhatOneThreadMakesEvenWhenFilesChangeOnTheWay)
+{
+	// Packages are compressed ahead of the walk. Files that shrink, appear or grow past what is held ahead
+	// while the walk runs must come out as they are when the walk reaches them, byte for byte as one thread
+	// would have packaged the final tree.
+	FTempDirectory Dir;
+	const FString Staged = Dir / TEXT("Staged");
+	const TCHAR* Folders[] = {TEXT("A"), TEXT("B/Deep"), TEXT("C")};
+	for (int Index = 0; Index < 36; ++Index)
+	{
+		const FString Folder = Folders[Index % 3];
+		const size_t Size = static_cast<size_t>(700 + 9000 * (Index % 7) + (Index % 5 == 0 ? 400000 : 0));
+		Dir.WriteFile(TEXT("Staged/") + Folder + FString::Printf(TEXT("/p%02d.uasset"), Index), Text(Size, static_cast<char>('a' + Index % 20)));
+		Dir.WriteFile(TEXT("Staged/") + Folder + FString::Printf(TEXT("/t%02d.txt"), Index), "copied");
+	}
+	for (const TCHAR* Folder : Folders)
+	{
+		Dir.WriteFile(TEXT("Staged/") + FString(Folder) + TEXT("/shrinks.uasset"), Text(20000, 'x'));
+		Dir.WriteFile(TEXT("Staged/") + FString(Folder) + TEXT("/grows.uasset"), Text(3000, 'y'));
+	}
+	const std::string Grown = Text(static_cast<size_t>(FCompressAhead::MaxFileSize + 3), 'g');
+	const std::string Shrunk = Text(10, 's');
+
+	// After the first package (when the plan exists), changes a folder the walk has not entered yet.
+	class FChangingVisitor : public IPlatformFile::FDirectoryVisitor
+	{
+	public:
+		FChangingVisitor(FTempDirectory& InDir, const std::string& InGrown, const std::string& InShrunk)
+			: Dir(InDir), Grown(InGrown), Shrunk(InShrunk), Inner(InDir / TEXT("Staged"), InDir / TEXT("Pooled"))
+		{
+		}
+		bool Visit(const TCHAR* Path, bool bIsDirectory) override
+		{
+			const bool bGoOn = Inner.Visit(Path, bIsDirectory);
+			const FString File(Path);
+			if (Changed.IsEmpty() && File.EndsWith(TEXT(".uasset")))
+			{
+				Changed = File.Contains(TEXT("/A/")) ? TEXT("C") : TEXT("A");
+				Dir.WriteFile(TEXT("Staged/") + Changed + TEXT("/shrinks.uasset"), Shrunk);
+				Dir.WriteFile(TEXT("Staged/") + Changed + TEXT("/grows.uasset"), Grown);
+				Dir.WriteFile(TEXT("Staged/") + Changed + TEXT("/appears.uasset"), Text(5000, 'n'));
+			}
+			return bGoOn;
+		}
+		FString Changed;
+
+	private:
+		FTempDirectory& Dir;
+		const std::string& Grown;
+		const std::string& Shrunk;
+		FCompressCookedFilesVisitor Inner;
+	};
+	FChangingVisitor Changing(Dir, Grown, Shrunk);
+	ASSERT_TRUE(FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(*Staged, Changing));
+
+	FCompression::SetParallelCompression(false);
+	const bool bOneThread = Walk(Staged, Dir / TEXT("OneThread"));
+	FCompression::SetParallelCompression(true);
+	ASSERT_TRUE(bOneThread);
+
+	const std::set<std::string> Files = FilesBelow(Dir / TEXT("OneThread"));
+	EXPECT_EQ(FilesBelow(Dir / TEXT("Pooled")), Files);
+	EXPECT_EQ(Files.size(), 2u * (36 + 6 + 1) + 36);
+	for (const std::string& File : Files)
+	{
+		const FString Rel = FString::FromUtf8(File.c_str());
+		EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("Pooled") / Rel), FTempDirectory::ReadBytes(Dir / TEXT("OneThread") / Rel))
+			<< File;
+	}
+	const FString Changed = Dir / TEXT("Pooled") / Changing.Changed;
+	EXPECT_EQ(Unpack(Changed / TEXT("shrinks.uasset.z"), 10), Shrunk);
+	EXPECT_EQ(Unpack(Changed / TEXT("grows.uasset.z"), static_cast<int64>(Grown.size())), Grown);
+	EXPECT_EQ(Unpack(Changed / TEXT("appears.uasset.z"), 5000), Text(5000, 'n'));
 }
 
 TEST(CompressCookedFilesTests, OldTreeIsReplacedFileByFile)

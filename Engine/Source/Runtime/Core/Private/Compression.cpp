@@ -71,6 +71,27 @@ namespace
 		Slot.Completion->Done.notify_all();
 	}
 
+	void WaitForSlot(FCompressionWorkers* Workers, FChunkSlot& Slot)
+	{
+		if (!Workers)
+		{
+			return;
+		}
+		FCompletion& Completion = *Slot.Completion;
+		std::unique_lock<std::mutex> Lock(Completion.Mutex);
+		while (!Slot.bDone)
+		{
+			// Rather than sit idle, the calling thread compresses chunks of its own that no worker has taken yet.
+			Lock.unlock();
+			const bool bRan = Workers->RunOneOf(&Completion);
+			Lock.lock();
+			if (!bRan && !Slot.bDone)
+			{
+				Completion.Done.wait(Lock);
+			}
+		}
+	}
+
 	// Where the records and the chunks go. A seekable archive gets zeroed records first and the real ones
 	// written back over them in batches; an archive that can't seek gets everything at the end from memory.
 	class FStreamSink
@@ -222,22 +243,7 @@ namespace
 			}
 
 			FChunkSlot& Slot = Slots[static_cast<size_t>(NextWrite % NumSlots)];
-			if (Workers)
-			{
-				std::unique_lock<std::mutex> Lock(Completion.Mutex);
-				while (!Slot.bDone)
-				{
-					// Rather than sit idle, the calling thread compresses chunks of its own that no worker has
-					// taken yet.
-					Lock.unlock();
-					const bool bRan = Workers->RunOneOf(&Completion);
-					Lock.lock();
-					if (!bRan && !Slot.bDone)
-					{
-						Completion.Done.wait(Lock);
-					}
-				}
-			}
+			WaitForSlot(Workers, Slot);
 			if (!Slot.bCompressed)
 			{
 				Ar.SetError();
@@ -300,6 +306,82 @@ namespace
 		}
 		return true;
 	}
+}
+
+struct FCompressedStreamJob::FState
+{
+	std::vector<uint8> Input;
+	FCompletion Completion;
+	std::vector<FChunkSlot> Slots;
+	FCompressionWorkers* Workers = nullptr;
+};
+
+FCompressedStreamJob::FCompressedStreamJob(std::vector<uint8> Input) : State(new FState)
+{
+	State->Input = std::move(Input);
+	const int64 Length = static_cast<int64>(State->Input.size());
+	State->Slots.resize(static_cast<size_t>((Length + ChunkSize - 1) / ChunkSize));
+	State->Workers = FCompression::IsParallelCompression() ? &FCompressionWorkers::Get() : nullptr;
+	const int32 OutputBound = FCompression::CompressMemoryBound(COMPRESS_ZLIB, static_cast<int32>(ChunkSize));
+	// Every slot is in place before the first goes to the pool: the vector must not move under a worker.
+	int64 Offset = 0;
+	for (FChunkSlot& Slot : State->Slots)
+	{
+		Slot.InputData = State->Input.data() + Offset;
+		Slot.InputSize = static_cast<int32>(std::min(ChunkSize, Length - Offset));
+		Slot.Output.resize(static_cast<size_t>(OutputBound));
+		Slot.Completion = &State->Completion;
+		Offset += Slot.InputSize;
+	}
+	for (FChunkSlot& Slot : State->Slots)
+	{
+		if (State->Workers)
+		{
+			State->Workers->Submit({&RunSlotTask, &Slot, &State->Completion});
+		}
+		else
+		{
+			CompressSlot(Slot);
+			Slot.bDone = true;
+		}
+	}
+}
+
+FCompressedStreamJob::~FCompressedStreamJob()
+{
+	Wait();
+	delete State;
+}
+
+int64 FCompressedStreamJob::GetInputSize() const
+{
+	return static_cast<int64>(State->Input.size());
+}
+
+bool FCompressedStreamJob::Wait()
+{
+	bool bCompressed = true;
+	for (FChunkSlot& Slot : State->Slots)
+	{
+		WaitForSlot(State->Workers, Slot);
+		bCompressed = bCompressed && Slot.bCompressed;
+	}
+	return bCompressed;
+}
+
+void FCompressedStreamJob::WriteTo(FArchive& Ar)
+{
+	Wait();
+	FStreamSink Sink(Ar, static_cast<int64>(State->Slots.size()));
+	for (const FChunkSlot& Slot : State->Slots)
+	{
+		if (!Slot.bCompressed)
+		{
+			Ar.SetError();
+		}
+		Sink.AddChunk(Slot.Output.data(), Slot.OutputSize, Slot.InputSize);
+	}
+	Sink.Finish();
 }
 
 FString FCompression::ReadStreamRecords(FArchive& Ar, FCompressedStreamRecords& Out)

@@ -8,6 +8,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -395,4 +396,46 @@ TEST(CompressionTests, StreamRecordsAreReadBackOrTheLieIsNamed)
 	EXPECT_EQ(Read(std::vector<uint8>(Stream.begin(), Stream.begin() + 56), Records),
 			  "the stream ends inside chunk record 2, with 131072 of the summary's 131082 bytes recorded");
 	EXPECT_EQ(Read(std::vector<uint8>(Stream.begin(), Stream.end() - 1), Records).rfind("the records promise", 0), 0u);
+}
+
+TEST(CompressionTests, JobsInFlightTogetherEachWriteTheOneThreadStream)
+{
+	// Many small streams and a few long ones share the pool at once and finish out of order; each must
+	// still come out as its own stream, whichever archive it is written to and with the pool on or off.
+	std::vector<std::vector<uint8>> Inputs = {{}, {'A'}};
+	for (uint32 Seed = 0; Seed < 24; ++Seed)
+	{
+		Inputs.push_back(MixedContent(Seed % 6 == 0 ? 3 * Chunk + 5 * Seed : 1000 + 4000 * Seed, Seed));
+	}
+	for (const bool bParallel : {true, false})
+	{
+		FCompression::SetParallelCompression(bParallel);
+		std::vector<std::unique_ptr<FCompressedStreamJob>> Jobs;
+		for (const std::vector<uint8>& Input : Inputs)
+		{
+			Jobs.push_back(std::make_unique<FCompressedStreamJob>(Input));
+			EXPECT_EQ(Jobs.back()->GetInputSize(), static_cast<int64>(Input.size()));
+		}
+		for (size_t Index = Jobs.size(); Index-- > 0;)
+		{
+			TArray<uint8> Seekable;
+			FMemoryArchive Writer(Seekable, false);
+			Jobs[Index]->WriteTo(Writer);
+			TArray<uint8> ForwardOnly;
+			FForwardOnlyWriter Forward(ForwardOnly);
+			Jobs[Index]->WriteTo(Forward);
+			const std::vector<uint8> Reference = SerialReference(Inputs[Index]);
+			EXPECT_FALSE(Writer.IsError() || Forward.IsError());
+			EXPECT_EQ(std::vector<uint8>(Seekable.GetData(), Seekable.GetData() + Seekable.Num()), Reference)
+				<< "stream " << Index << (bParallel ? " in the pool" : " on one thread");
+			EXPECT_EQ(std::vector<uint8>(ForwardOnly.GetData(), ForwardOnly.GetData() + ForwardOnly.Num()), Reference)
+				<< "stream " << Index << " through an archive that can't seek";
+		}
+		// Jobs nobody waited for are dropped while their chunks may still be running.
+		for (int Index = 0; Index < 8; ++Index)
+		{
+			FCompressedStreamJob Dropped(MixedContent(4 * Chunk, 99));
+		}
+	}
+	FCompression::SetParallelCompression(true);
 }

@@ -4,6 +4,7 @@
 #include "Misc/FileHelper.h"
 #include "Misc/PackageName.h"
 #include "Misc/Paths.h"
+#include "packaging/CompressAhead.h"
 
 namespace
 {
@@ -28,6 +29,8 @@ FCompressCookedFilesVisitor::FCompressCookedFilesVisitor(const FString& InStarte
 {
 }
 
+FCompressCookedFilesVisitor::~FCompressCookedFilesVisitor() = default;
+
 bool FCompressCookedFilesVisitor::Visit(const TCHAR* FilenameOrDirectory, bool bIsDirectory)
 {
 	if (bIsDirectory)
@@ -49,6 +52,18 @@ bool FCompressCookedFilesVisitor::Visit(const TCHAR* FilenameOrDirectory, bool b
 	}
 
 	check(FullPath.StartsWith( StartedRoot ));
+	if (!bAheadPlanned)
+	{
+		bAheadPlanned = true;
+		if (FCompression::IsParallelCompression())
+		{
+			Ahead = std::make_unique<FCompressAhead>(
+				StartedRoot, [](const FString& Path) { return IsPackageExtension(FPaths::GetExtension(Path, true)); });
+		}
+	}
+	// Taken before anything is opened, so that the pool already works on the files after this one.
+	const std::unique_ptr<FCompressedStreamJob> Prepared = Ahead ? Ahead->Take(FullPath) : nullptr;
+
 	const FString Rel = FullPath.Mid(StartedRoot.Len(), MAX_int32);
 	const FString ZPath = TargetRoot / Rel + TEXT(".z");
 	// One temporary per folder: the walk is serial, and a ".z" appears under its name only when complete.
@@ -68,7 +83,14 @@ bool FCompressCookedFilesVisitor::Visit(const TCHAR* FilenameOrDirectory, bool b
 	// negative, the compressor refuses it, the temporary is dropped and the move below finds nothing: no ".z".
 	const int32 Size = static_cast<int32>(Reader->TotalSize());
 	Writer->SetByteSwapping(false);
-	Writer->SerializeCompressed(Reader, Size, COMPRESS_ZLIB, true);
+	if (Prepared && Prepared->GetInputSize() == Reader->TotalSize())
+	{
+		Prepared->WriteTo(*Writer);
+	}
+	else
+	{
+		Writer->SerializeCompressed(Reader, Size, COMPRESS_ZLIB, true);
+	}
 	delete Reader;
 	delete Writer;
 

@@ -4,6 +4,9 @@
 #include "HAL/PlatformFile.h"
 
 #include <functional>
+#include <memory>
+
+class FCompressAhead;
 
 // Walks a cooked tree and fills a target tree from it: every package file becomes a compressed ".z" file
 // with a ".uncompressed_size" file beside it, everything else is copied as it is. Made on the stack for one
@@ -12,6 +15,7 @@ class FCompressCookedFilesVisitor : public IPlatformFile::FDirectoryVisitor
 {
 public:
 	FCompressCookedFilesVisitor(const FString& InStartedRoot, const FString& InTargetRoot);
+	~FCompressCookedFilesVisitor() override;
 
 	// False stops the walk: a package that can't be opened, or whose temporary can't be made.
 	bool Visit(const TCHAR* FilenameOrDirectory, bool bIsDirectory) override;
@@ -22,4 +26,7 @@ public:
 private:
 	FString StartedRoot;
 	FString TargetRoot;
+	// Made at the first file, when compression runs in parallel: the walk's next packages, compressed ahead.
+	std::unique_ptr<FCompressAhead> Ahead;
+	bool bAheadPlanned = false;
 };

@@ -60,3 +60,28 @@ struct CORE_API FCompression
 	static void SetParallelCompression(bool bEnabled);
 	static bool IsParallelCompression();
 };
+
+// One chunked stream compressed in the background by the worker pool, from bytes already in memory, so that a
+// caller can prepare the next files while it writes this one. What WriteTo puts into an archive is exactly
+// what FArchive::SerializeCompressed writes for the same bytes.
+class CORE_API FCompressedStreamJob
+{
+public:
+	// Hands every chunk to the pool at once; with parallel compression off, compresses them here and now.
+	explicit FCompressedStreamJob(std::vector<uint8> Input);
+	// Waits for chunks still in the pool, which point into this job.
+	~FCompressedStreamJob();
+	FCompressedStreamJob(const FCompressedStreamJob&) = delete;
+	FCompressedStreamJob& operator=(const FCompressedStreamJob&) = delete;
+
+	int64 GetInputSize() const;
+	// Blocks until every chunk is done, compressing this job's queued chunks on the calling thread meanwhile.
+	// False when a chunk could not be compressed.
+	bool Wait();
+	// Waits, then writes the records and the chunks; sets the archive's error flag when a chunk failed.
+	void WriteTo(FArchive& Ar);
+
+private:
+	struct FState;
+	FState* State;
+};
