@@ -168,4 +168,6 @@ public:
 	FString SteamUsername;
 	FString SteamPassword;
 	FString TestOutputDir;
+	// The tick's hand for lines on their way into the log; kept so that its room is reused tick after tick.
+	TArray<FString> TakenLines;
 };

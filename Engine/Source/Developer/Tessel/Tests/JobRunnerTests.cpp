@@ -5,9 +5,12 @@
 #include "Testing/EditorServicesDouble.h"
 
 #include <gtest/gtest.h>
+
 #include <chrono>
 #include <csignal>
 #include <fstream>
+#include <iterator>
+#include <random>
 #include <string>
 #include <thread>
 
@@ -112,6 +115,53 @@ TEST(LinePipelineTests, PiecesBecomeLines)
 	EXPECT_TRUE(Job.PendingOutput.IsEmpty());
 	Job.TakeCompletedLines(Lines);
 	EXPECT_EQ(Lines.Num(), 1);
+}
+
+TEST(LinePipelineTests, CutsAnyTextInAnyPiecesLikeRemovingReturnsAndSplittingAtBreaks)
+{
+	// Tabs and other low control units, units from the top of the range and breaks at every offset of the
+	// four-unit groups the search looks at; cut into pieces of every small length.
+	const char16_t Alphabet[] = {u'a', u'\n', u'\r', u'\t', u'\x0B', u'\x0C', u'\x0E', u'\x8000', u'\xFFFD', u'\xFF0A', u' '};
+	std::mt19937 Random(7);
+	for (int Round = 0; Round < 200; ++Round)
+	{
+		std::u16string Text;
+		const size_t Length = Random() % 90;
+		for (size_t Index = 0; Index < Length; ++Index)
+		{
+			Text += Alphabet[Random() % (Random() % 3 == 0 ? std::size(Alphabet) : 3)];
+		}
+		std::u16string Plain;
+		for (const char16_t Unit : Text)
+		{
+			if (Unit != u'\r')
+			{
+				Plain += Unit;
+			}
+		}
+		TArray<FString> Expected;
+		size_t Start = 0;
+		for (size_t Break = Plain.find(u'\n'); Break != std::u16string::npos; Break = Plain.find(u'\n', Start))
+		{
+			if (Break > Start)
+			{
+				Expected.Add(FString(Plain.substr(Start, Break - Start)));
+			}
+			Start = Break + 1;
+		}
+		const FString Rest(Plain.substr(Start));
+
+		FMonitoredJob Job(TEXT("/nonexistent"), FString());
+		const size_t Piece = 1 + Round % 9;
+		for (size_t At = 0; At < Text.size(); At += Piece)
+		{
+			Job.OnProcessOutput(FString(Text.substr(At, Piece)));
+		}
+		TArray<FString> Lines;
+		Job.TakeCompletedLines(Lines);
+		EXPECT_EQ(Lines, Expected) << "round " << Round;
+		EXPECT_EQ(Job.PendingOutput, Rest) << "round " << Round;
+	}
 }
 
 TEST(LinePipelineTests, AFloodingChildLosesNoLine)

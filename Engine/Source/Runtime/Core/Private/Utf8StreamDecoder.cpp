@@ -1,5 +1,7 @@
 #include "Misc/Utf8StreamDecoder.h"
 
+#include <cstring>
+
 namespace
 {
 // Bytes that a lead byte asks to follow it, or 0 for a byte that starts no multi-byte sequence.
@@ -40,6 +42,10 @@ size_t IncompleteTailLength(std::string_view Bytes)
 FString ToText(std::string_view Bytes)
 {
 	std::u16string Text = StringConv::Utf8ToUtf16(Bytes);
+	if (std::memchr(Bytes.data(), 0, Bytes.size()) == nullptr)
+	{
+		return FString(std::move(Text));
+	}
 	for (char16_t& Unit : Text)
 	{
 		if (Unit == u'\0')

@@ -158,6 +158,20 @@ TEST(StringTests, Utf8ConversionReplacesInvalidInputAndRoundTrips)
 	ExpectUnits(FString::FromUtf8("\xED\xA0\x80z"), u"\uFFFDz");
 	ExpectUnits(FString::FromUtf8(std::string("x\0y\xFF", 4)), std::u16string(u"x\0y\uFFFD", 4));
 
+	// ASCII runs of every length up to two words, between whole, broken and stray sequences: each piece
+	// decodes the same inside a long text as alone.
+	const std::string Pieces[] = {"\xC3\x8E", "\xE2\x82\xAC", "\xF0\x9F\x8E\xAE", "\x80", "\xFF", "\xE2\x82"};
+	std::string Long;
+	std::u16string Expected;
+	for (int Round = 0; Round < 120; ++Round)
+	{
+		const std::string Ascii(static_cast<size_t>(Round % 19), static_cast<char>('!' + Round % 90));
+		const std::string& Piece = Pieces[Round % 6];
+		Long += Ascii + Piece;
+		Expected += FString::FromUtf8(Ascii).GetStd() + FString::FromUtf8(Piece).GetStd();
+	}
+	EXPECT_EQ(FString::FromUtf8(Long).GetStd(), Expected);
+
 	// A lone surrogate on the way out becomes U+FFFD.
 	const std::u16string Lone = {u'a', char16_t(0xD800), u'b'};
 	EXPECT_EQ(FString(Lone).ToUtf8(), "a\xEF\xBF\xBD" "b");

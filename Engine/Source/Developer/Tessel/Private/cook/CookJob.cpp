@@ -1,5 +1,7 @@
 #include "cook/CookJob.h"
 
+#include <cstring>
+
 TArray<TSharedPtr<FCookJob>> ActiveJobs;
 
 int64 ModId = 123456789;
@@ -22,21 +24,80 @@ FMonitoredJob::~FMonitoredJob()
 	}
 }
 
+namespace
+{
+	bool IsBreakOrReturn(TCHAR Unit)
+	{
+		return Unit == TEXT('\n') || Unit == TEXT('\r');
+	}
+
+	// The first line break or carriage return at or after Start, or Length. Four units are tested at a time:
+	// the test flags every group that holds a unit below 0x0E, and the few such groups that hold only a tab
+	// or the like are passed over after a closer look.
+	int32 FindBreakOrReturn(const TCHAR* Chars, int32 Start, int32 Length)
+	{
+		int32 Index = Start;
+		for (; Index + 4 <= Length; Index += 4)
+		{
+			uint64 Group = 0;
+			std::memcpy(&Group, Chars + Index, sizeof(Group));
+			if (((Group - 0x000E000E000E000Eull) & ~Group & 0x8000800080008000ull) == 0)
+			{
+				continue;
+			}
+			for (int32 Lane = 0; Lane < 4; ++Lane)
+			{
+				if (IsBreakOrReturn(Chars[Index + Lane]))
+				{
+					return Index + Lane;
+				}
+			}
+		}
+		for (; Index < Length; ++Index)
+		{
+			if (IsBreakOrReturn(Chars[Index]))
+			{
+				return Index;
+			}
+		}
+		return Length;
+	}
+}
+
 void FMonitoredJob::OnProcessOutput(FString Text)
 {
-	Text.ReplaceInline(TEXT("\r"), TEXT(""), ESearchCase::CaseSensitive);
-	if (Text.IsEmpty())
+	// Only the monitor thread writes PendingOutput while the child runs. One pass over the text drops every
+	// "\r" and cuts out each complete line at once, so what waits never holds a break and a long unbroken
+	// output is never searched twice. Blank lines of the child vanish here.
+	const TCHAR* Chars = *Text;
+	const int32 Length = Text.Len();
+	for (int32 Start = 0; Start < Length;)
 	{
-		return;
+		const int32 Stop = FindBreakOrReturn(Chars, Start, Length);
+		const bool bLineEnds = Stop < Length && Chars[Stop] == TEXT('\n');
+		if (bLineEnds && PendingOutput.IsEmpty())
+		{
+			if (Stop > Start)
+			{
+				CutLines.Emplace(Chars + Start, Stop - Start);
+			}
+		}
+		else
+		{
+			PendingOutput.AppendChars(Chars + Start, Stop - Start);
+			if (bLineEnds)
+			{
+				CutLines.Add(MoveTemp(PendingOutput));
+				PendingOutput.Reset();
+			}
+		}
+		Start = Stop + 1;
 	}
-	// Only the monitor thread writes here while the child runs.
-	// What waits holds no line break (every break is split off at once), so a break can only come with Text;
-	// looking there keeps a long unbroken output from being searched again and again.
-	const bool bHasBreak = Text.Contains(TEXT("\n"), ESearchCase::CaseSensitive);
-	PendingOutput += Text;
-	if (bHasBreak)
+	if (CutLines.Num() > 0)
 	{
-		SplitPendingOutput(false);
+		// The lines are made before the lock, so that the tick never waits on their memory.
+		FScopeLock Lock(&JobLock);
+		CompletedLines.Append(MoveTemp(CutLines));
 	}
 }
 
@@ -71,26 +132,13 @@ void FMonitoredJob::SplitPendingOutput(bool bFinal)
 
 void FMonitoredJob::TakeCompletedLines(TArray<FString>& OutLines)
 {
-	TArray<FString> Taken;
 	{
-		// The lock is held only for the swap, so that the monitor thread never waits on the copying.
+		// The lock is held only for the swap, so that the monitor thread never waits on the moving. The two
+		// arrays trade their room, so neither side grows fresh memory once the flow is steady.
 		FScopeLock Lock(&JobLock);
-		if (CompletedLines.Num() == 0)
-		{
-			return;
-		}
-		Swap(Taken, CompletedLines);
+		Swap(HandedOver, CompletedLines);
 	}
-	if (OutLines.Num() == 0)
-	{
-		Swap(OutLines, Taken);
-		return;
-	}
-	OutLines.Reserve(OutLines.Num() + Taken.Num());
-	for (FString& Line : Taken)
-	{
-		OutLines.Add(MoveTemp(Line));
-	}
+	OutLines.Append(MoveTemp(HandedOver));
 }
 
 FCookJob::FCookJob(FModSetup InModRecord, const FString& Executable, const FString& Parameters, FString InStagedModDir,

@@ -37,6 +37,10 @@ public:
 	bool bStarted = false;
 	TArray<FString> CompletedLines;
 	FString PendingOutput;
+	// Each side's own array for the hand-over, empty between calls, kept so that its room is reused: the monitor
+	// thread's lines of one piece of output, and what the UI thread takes.
+	TArray<FString> CutLines;
+	TArray<FString> HandedOver;
 	// Held by pointer so that the destructor can stop the child and its monitor thread before the lock and the
 	// line members go.
 	TUniquePtr<FMonitoredProcess> Process;

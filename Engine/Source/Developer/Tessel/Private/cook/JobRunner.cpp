@@ -18,13 +18,13 @@ void STesselTool::Tick(const FGeometry& AllottedGeometry, const double InCurrent
 
 	auto TakeLines = [this, &bNewLines](FMonitoredJob& Job)
 	{
-		TArray<FString> Lines;
-		Job.TakeCompletedLines(Lines);
-		for (FString& Line : Lines)
+		Job.TakeCompletedLines(TakenLines);
+		for (FString& Line : TakenLines)
 		{
 			LogMessages.Add(MakeShared<FString>(MoveTemp(Line)));
 		}
-		bNewLines = bNewLines || Lines.Num() > 0;
+		bNewLines = bNewLines || TakenLines.Num() > 0;
+		TakenLines.Reset();
 	};
 
 	for (int32 Index = 0; Index < ActiveJobs.Num();)

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -78,6 +79,12 @@ public:
 	}
 
 	void Append(const TArray& Other) { Items.insert(Items.end(), Other.Items.begin(), Other.Items.end()); }
+	// Moves Other's elements to the end and empties Other, which keeps its room for reuse.
+	void Append(TArray&& Other)
+	{
+		Items.insert(Items.end(), std::make_move_iterator(Other.Items.begin()), std::make_move_iterator(Other.Items.end()));
+		Other.Items.clear();
+	}
 	void Append(const T* Ptr, int32 Count) { Items.insert(Items.end(), Ptr, Ptr + Count); }
 
 	void RemoveAt(int32 Index, int32 Count = 1)
