@@ -63,3 +63,34 @@ TEST(ContainerTests, SharedPointersConvertAndShare)
 	TSharedPtr<FBase> Null;
 	EXPECT_DEATH((void)Null.ToSharedRef(), "IsValid");
 }
+
+TEST(ContainerTests, ArrayGrowsShrinksAndMovesAcrossTheLargeBlockSize)
+{
+	// Past a few megabytes the storage comes from the system in blocks of its own; every way in and out of
+	// such a block must keep the elements and give the block back whole (the sanitizer build would see
+	// a block freed with the wrong size or touched beyond its end).
+	const int32 Large = static_cast<int32>(FPlatformMemory::LargeBlockBytes / sizeof(FString)) + 1000;
+	TArray<FString> Lines;
+	for (int32 Index = 0; Index < Large; ++Index)
+	{
+		Lines.Emplace(FString::Printf(TEXT("line %d"), Index));
+	}
+	TArray<FString> Copy = Lines;
+	TArray<FString> Moved = MoveTemp(Lines);
+	EXPECT_EQ(Copy.Num(), Large);
+	EXPECT_EQ(Moved.Num(), Large);
+	EXPECT_EQ(Moved[Large - 1], FString::Printf(TEXT("line %d"), Large - 1));
+	EXPECT_EQ(Copy[12345], FString(TEXT("line 12345")));
+
+	TArray<FString> Small = {TEXT("a"), TEXT("b")};
+	Small.Append(MoveTemp(Copy));
+	EXPECT_EQ(Small.Num(), Large + 2);
+	EXPECT_EQ(Small[2], FString(TEXT("line 0")));
+	EXPECT_EQ(Copy.Num(), 0);
+	Small.RemoveAt(0);
+	EXPECT_EQ(Small[0], FString(TEXT("b")));
+	Small.Empty();
+	EXPECT_EQ(Small.Num(), 0);
+	Small.Add(TEXT("again"));
+	EXPECT_EQ(Small[0], FString(TEXT("again")));
+}

@@ -1,12 +1,57 @@
 #pragma once
 
 #include "CoreTypes.h"
+#include "HAL/PlatformMemory.h"
 
 #include <algorithm>
 #include <initializer_list>
+#include <memory>
+#include <new>
 #include <iterator>
 #include <utility>
 #include <vector>
+
+// Gives TArray its storage: from the heap, or for a large array a block of its own from the system, so that
+// doubling an array of a million entries does not stall on faulting in its fresh pages one by one.
+template <typename T>
+struct TArrayAllocator
+{
+	using value_type = T;
+
+	TArrayAllocator() = default;
+	template <typename U>
+	TArrayAllocator(const TArrayAllocator<U>&)
+	{
+	}
+
+	T* allocate(size_t Count)
+	{
+		if (Count * sizeof(T) < FPlatformMemory::LargeBlockBytes)
+		{
+			return std::allocator<T>().allocate(Count);
+		}
+		if (void* Block = FPlatformMemory::AllocateLargeBlock(Count * sizeof(T)))
+		{
+			return static_cast<T*>(Block);
+		}
+		throw std::bad_alloc();
+	}
+	void deallocate(T* Items, size_t Count)
+	{
+		if (Count * sizeof(T) < FPlatformMemory::LargeBlockBytes)
+		{
+			std::allocator<T>().deallocate(Items, Count);
+			return;
+		}
+		FPlatformMemory::FreeLargeBlock(Items, Count * sizeof(T));
+	}
+
+	template <typename U>
+	bool operator==(const TArrayAllocator<U>&) const
+	{
+		return true;
+	}
+};
 
 // The engine's dynamic array: contiguous storage, signed 32-bit counts, indices checked in every build.
 template <typename T>
@@ -184,9 +229,9 @@ public:
 	auto end() const { return Items.end(); }
 
 	// Access to the standard container for code at the platform edge.
-	std::vector<T>& GetStd() { return Items; }
-	const std::vector<T>& GetStd() const { return Items; }
+	std::vector<T, TArrayAllocator<T>>& GetStd() { return Items; }
+	const std::vector<T, TArrayAllocator<T>>& GetStd() const { return Items; }
 
 private:
-	std::vector<T> Items;
+	std::vector<T, TArrayAllocator<T>> Items;
 };
