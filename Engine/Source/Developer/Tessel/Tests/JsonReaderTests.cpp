@@ -205,3 +205,43 @@ TEST(JsonReaderTests, OddByteCountEndsInsteadOfLooping)
 	EXPECT_FALSE(JsonSerializer::Deserialize(Reader, Object));
 	EXPECT_TRUE(Reader->GetErrorMessage().StartsWith(TEXT("String Token Abruptly Ended.")));
 }
+
+TEST(JsonReaderTests, LongDocumentsReadTheSameAcrossEveryBlockBoundary)
+{
+	// Numbers and words end at every offset of the blocks the reader takes from the stream; each must come
+	// back whole, and a line count must run on across the blocks.
+	std::u16string Text = u"{";
+	for (int Index = 0; Index < 20000; ++Index)
+	{
+		const std::u16string Key = FString::Printf(TEXT("k%d"), Index).GetStd();
+		Text += (Index > 0 ? u",\n\"" : u"\"") + Key + u"\":";
+		Text += Index % 3 == 0 ? (Index % 2 ? u"true" : u"false") : FString::Printf(TEXT("%d.5"), Index).GetStd();
+	}
+	Text += u"}";
+	const FParseResult Result = ParseJson(Text);
+	ASSERT_TRUE(Result.bOk) << Result.Error;
+	for (int Index = 0; Index < 20000; ++Index)
+	{
+		const FString Key = FString::Printf(TEXT("k%d"), Index);
+		if (Index % 3 == 0)
+		{
+			ASSERT_EQ(Result.Object->GetBoolField(Key), Index % 2 == 1) << Index;
+		}
+		else
+		{
+			ASSERT_EQ(Result.Object->GetNumberField(Key), Index + 0.5) << Index;
+		}
+	}
+
+	const FParseResult Broken = ParseJson(Text.substr(0, Text.size() - 1) + u"@}");
+	EXPECT_EQ(Broken.Error, FString(TEXT("Invalid Json Token. Line: 20000 Ch: 17")));
+
+	// A stray odd byte after the root is read as a unit of its own, as it always was.
+	TArray<uint8> Bytes = ToUtf16Bytes(u"{\"a\":1}");
+	Bytes.Add('@');
+	FMemoryArchive Archive(Bytes, true);
+	TSharedRef<JsonReader> Reader = MakeShared<JsonReader>(&Archive);
+	TSharedPtr<FJsonObject> Object;
+	EXPECT_FALSE(JsonSerializer::Deserialize(Reader, Object));
+	EXPECT_EQ(Reader->GetErrorMessage(), FString(TEXT("Unexpected additional input found. Line: 1 Ch: 7")));
+}

@@ -2,6 +2,7 @@
 
 #include "Serialization/Archive.h"
 
+#include <algorithm>
 #include <clocale>
 #include <cstdlib>
 #include <locale.h>
@@ -83,15 +84,59 @@ namespace
 
 TCHAR JsonReader::ReadUnit()
 {
+	++CharacterNumber;
+	return ReadRawUnit();
+}
+
+TCHAR JsonReader::ReadRawUnit()
+{
+	if (BufferPos + 2 > Buffer.size())
+	{
+		Refill();
+	}
+	if (BufferPos + 2 <= Buffer.size())
+	{
+		const TCHAR Unit = static_cast<TCHAR>(Buffer[BufferPos] | (Buffer[BufferPos + 1] << 8));
+		BufferPos += 2;
+		bLastUnitFromStream = false;
+		return Unit;
+	}
 	uint8 Bytes[2] = {0, 0};
 	Stream->Serialize(Bytes, 2);
-	++CharacterNumber;
+	bLastUnitFromStream = true;
 	return static_cast<TCHAR>(Bytes[0] | (Bytes[1] << 8));
 }
 
 void JsonReader::StepBack()
 {
-	Stream->Seek(Stream->Tell() - 2);
+	if (bLastUnitFromStream)
+	{
+		Stream->Seek(Stream->Tell() - 2);
+	}
+	else
+	{
+		BufferPos -= 2;
+	}
+}
+
+bool JsonReader::AtEnd() const
+{
+	return BufferPos >= Buffer.size() && Stream->AtEnd();
+}
+
+void JsonReader::Refill()
+{
+	constexpr int64 BlockBytes = 64 * 1024;
+	Buffer.clear();
+	BufferPos = 0;
+	const int64 Position = Stream->Tell();
+	const int64 Total = Stream->TotalSize();
+	if (Position == INDEX_NONE || Total == INDEX_NONE || Total - Position < 2)
+	{
+		return;
+	}
+	Buffer.resize(static_cast<size_t>(std::min<int64>((Total - Position) & ~int64(1), BlockBytes)));
+	Stream->Serialize(Buffer.data(), static_cast<int64>(Buffer.size()));
 }
 
 void JsonReader::SetErrorMessage(const TCHAR* Message)
@@ -131,7 +176,7 @@ bool JsonReader::ReadNext(EJsonNotation& Notation)
 		SetErrorMessage(TEXT("Null Stream"));
 		return true;
 	}
-	const bool bAtEnd = Stream->AtEnd();
+	const bool bAtEnd = AtEnd();
 	if (bAtEnd && !FinishedReadingRootObject)
 	{
 		Notation = EJsonNotation::Error;
@@ -180,7 +225,7 @@ bool JsonReader::ReadNext(EJsonNotation& Notation)
 		}
 		return true;
 	}
-	if (FinishedReadingRootObject && !Stream->AtEnd())
+	if (FinishedReadingRootObject && !AtEnd())
 	{
 		ParseWhiteSpace();
 	}
@@ -272,7 +317,7 @@ bool JsonReader::ReadNextObjectValue()
 
 bool JsonReader::NextToken()
 {
-	while (!Stream->AtEnd())
+	while (!AtEnd())
 	{
 		const TCHAR Char = ReadUnit();
 		if (Char == 0)
@@ -344,11 +389,9 @@ bool JsonReader::NextToken()
 		{
 			FString Word;
 			Word += Char;
-			while (!Stream->AtEnd())
+			while (!AtEnd())
 			{
-				uint8 Bytes[2] = {0, 0};
-				Stream->Serialize(Bytes, 2);
-				const TCHAR Next = static_cast<TCHAR>(Bytes[0] | (Bytes[1] << 8));
+				const TCHAR Next = ReadRawUnit();
 				if (!IsAsciiLetter(Next))
 				{
 					StepBack();
@@ -385,7 +428,7 @@ bool JsonReader::NextToken()
 
 bool JsonReader::ParseStringToken()
 {
-	if (Stream->AtEnd())
+	if (AtEnd())
 	{
 		SetErrorMessage(TEXT("String Token Abruptly Ended."));
 		return false;
@@ -400,7 +443,7 @@ bool JsonReader::ParseStringToken()
 		}
 		if (Char == u'\\')
 		{
-			if (Stream->AtEnd())
+			if (AtEnd())
 			{
 				SetErrorMessage(TEXT("String Token Abruptly Ended."));
 				return false;
@@ -432,7 +475,7 @@ bool JsonReader::ParseStringToken()
 				uint32 Code = 0;
 				for (int32 Digit = 0; Digit < 4; ++Digit)
 				{
-					if (Stream->AtEnd())
+					if (AtEnd())
 					{
 						SetErrorMessage(TEXT("String Token Abruptly Ended."));
 						return false;
@@ -457,7 +500,7 @@ bool JsonReader::ParseStringToken()
 		{
 			String += Char;
 		}
-		if (Stream->AtEnd())
+		if (AtEnd())
 		{
 			SetErrorMessage(TEXT("String Token Abruptly Ended."));
 			return false;
@@ -487,7 +530,7 @@ bool JsonReader::ParseNumberToken(TCHAR FirstChar)
 			return false;
 		}
 		Text += static_cast<char>(Char);
-		if (Stream->AtEnd())
+		if (AtEnd())
 		{
 			break;
 		}
@@ -507,7 +550,7 @@ bool JsonReader::ParseNumberToken(TCHAR FirstChar)
 
 void JsonReader::ParseWhiteSpace()
 {
-	while (!Stream->AtEnd())
+	while (!AtEnd())
 	{
 		const TCHAR Char = ReadUnit();
 		if (Char == u'\n')

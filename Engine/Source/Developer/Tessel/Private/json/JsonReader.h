@@ -2,6 +2,8 @@
 
 #include "json/JsonTypes.h"
 
+#include <vector>
+
 class FArchive;
 
 // A pull tokeniser over JSON text in 16-bit little-endian units. Each ReadNext reports one step of the
@@ -33,12 +35,24 @@ private:
 
 	// Reads one unit and counts it; a line feed outside strings starts a new line.
 	TCHAR ReadUnit();
+	// Reads one unit without counting it.
+	TCHAR ReadRawUnit();
+	// Undoes the last ReadUnit or ReadRawUnit.
 	void StepBack();
+	// True when every unit of the stream has been read.
+	bool AtEnd() const;
+	// Units are taken from the stream a block at a time: a call per unit was most of the time of reading a
+	// large database. Only whole units are buffered; an odd last byte, or a stream that can't tell where it
+	// is, is read unit by unit straight from the stream.
+	void Refill();
 	void SetErrorMessage(const TCHAR* Message);
 
 	TArray<EJson> ParseState;
 	EJsonToken CurrentToken = EJsonToken::None;
 	FArchive* Stream = nullptr;
+	std::vector<uint8> Buffer;
+	size_t BufferPos = 0;
+	bool bLastUnitFromStream = false;
 	FString Identifier;
 	FString ErrorMessage;
 	FString StringValue;
