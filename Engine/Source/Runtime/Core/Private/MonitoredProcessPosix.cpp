@@ -134,7 +134,9 @@ void FMonitoredProcess::Cancel(bool bInKillTree)
 	}
 	bKillTree = bKillTree || bInKillTree;
 	bCanceling.store(true, std::memory_order_release);
-	SignalChild(SIGTERM);
+	// A whole tree is ended at once: whoever cancels it (the window's "Cancel", a job going away) would
+	// otherwise wait out the grace of a child that ignores the polite signal.
+	SignalChild(bKillTree ? SIGKILL : SIGTERM);
 }
 
 void FMonitoredProcess::SignalChild(int Signal)

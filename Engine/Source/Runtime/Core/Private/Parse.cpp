@@ -86,7 +86,7 @@ bool FParse::Value(const TCHAR* Stream, const TCHAR* Match, FString& Value, bool
 	else
 	{
 		while (Pos < Text.Len() && !FChar::IsWhitespace(Text[Pos]) &&
-			   !(bShouldStopOnSeparator && (Text[Pos] == u',' || Text[Pos] == u')')))
+			   !(bShouldStopOnSeparator && Text[Pos] == u','))
 		{
 			Result += Text[Pos++];
 		}

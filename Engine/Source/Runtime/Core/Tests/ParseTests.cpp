@@ -27,6 +27,8 @@ TEST(ParseTests, TextValueStopsAtBlankOrCommaUnlessQuoted)
 	EXPECT_EQ(Value, FString(TEXT("Island, Pack")));
 	EXPECT_TRUE(FParse::Value(TEXT("-ModTitle= -y"), TEXT("ModTitle="), Value));
 	EXPECT_EQ(Value, FString());
+	EXPECT_TRUE(FParse::Value(TEXT("-ModTitle=Isle)Two,Three"), TEXT("ModTitle="), Value));
+	EXPECT_EQ(Value, FString(TEXT("Isle)Two"))) << "only a comma ends the value";
 	EXPECT_TRUE(FParse::Value(TEXT("-Path=a,b"), TEXT("Path="), Value, false));
 	EXPECT_EQ(Value, FString(TEXT("a,b")));
 

@@ -37,9 +37,9 @@ public:
 	// True from a successful Launch until the child has ended and the last OnOutput call has returned.
 	bool IsRunning() const;
 
-	// Ends the child: SIGTERM, then SIGKILL if it is still there after a short grace. With bKillTree the
-	// signals go to the child's whole process group, grandchildren included. Output that arrives after
-	// the cancel is dropped. Harmless before Launch (the process then never starts) and after the end.
+	// Ends the child: SIGTERM, then SIGKILL if it is still there after a short grace. With bKillTree
+	// SIGKILL goes at once to the child's whole process group, grandchildren included. Output that arrives
+	// after the cancel is dropped. Harmless before Launch (the process then never starts) and after the end.
 	void Cancel(bool bKillTree = false);
 
 	// The exit status (0 to 255), or minus the signal number that ended the child; -1 while it runs, and

@@ -8,7 +8,7 @@ struct CORE_API FParse
 	// True when "-Param" or "/Param" stands in Stream as a whole word, letter case ignored.
 	static bool Param(const TCHAR* Stream, const TCHAR* Param);
 	// The text after Match: a quoted value up to its closing quote, else up to a blank, and with
-	// bShouldStopOnSeparator also up to a comma or a closing parenthesis.
+	// bShouldStopOnSeparator also up to a comma (a parenthesis is part of the value: "Isle)Two" is a title).
 	static bool Value(const TCHAR* Stream, const TCHAR* Match, FString& Value, bool bShouldStopOnSeparator = true);
 	// The decimal number after Match, with an optional sign; digits stop at the first other character.
 	static bool Value(const TCHAR* Stream, const TCHAR* Match, int64& Value);
