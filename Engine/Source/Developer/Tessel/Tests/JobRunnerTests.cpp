@@ -164,6 +164,30 @@ TEST(LinePipelineTests, CutsAnyTextInAnyPiecesLikeRemovingReturnsAndSplittingAtB
 	}
 }
 
+TEST(LinePipelineTests, ALineWithoutEndIsHandedOnInPartsOfBoundedLength)
+{
+	FMonitoredJob Job(TEXT("/nonexistent"), FString());
+	const int32 Max = FMonitoredJob::MaxLineLength;
+	// Two and a half lines' worth in pieces that don't line up with the bound, then an end and a short line.
+	const FString Piece(std::u16string(static_cast<size_t>(Max / 3 + 7), u'x'));
+	int32 Sent = 0;
+	for (; Sent + Piece.Len() <= Max * 5 / 2; Sent += Piece.Len())
+	{
+		Job.OnProcessOutput(Piece);
+		EXPECT_LT(Job.PendingOutput.Len(), Max);
+	}
+	Job.OnProcessOutput(TEXT("\r\nend\n") + FString(std::u16string(static_cast<size_t>(Max), u'y')) + TEXT("\n"));
+	TArray<FString> Lines;
+	Job.TakeCompletedLines(Lines);
+	ASSERT_EQ(Lines.Num(), 5);
+	EXPECT_EQ(Lines[0].Len(), Max);
+	EXPECT_EQ(Lines[1].Len(), Max);
+	EXPECT_EQ(Lines[2].Len(), Sent - 2 * Max);
+	EXPECT_EQ(Lines[3], FString(TEXT("end")));
+	EXPECT_EQ(Lines[4].Len(), Max) << "a line of exactly the bound stays one line";
+	EXPECT_TRUE(Job.PendingOutput.IsEmpty());
+}
+
 TEST(LinePipelineTests, AFloodingChildLosesNoLine)
 {
 	FMonitoredJob Job(TEXT(TESSEL_FAKE_CHILD), TEXT("lines 200000"));

@@ -75,7 +75,7 @@ void FMonitoredJob::OnProcessOutput(FString Text)
 	{
 		const int32 Stop = FindBreakOrReturn(Chars, Start, Length);
 		const bool bLineEnds = Stop < Length && Chars[Stop] == TEXT('\n');
-		if (bLineEnds && PendingOutput.IsEmpty())
+		if (bLineEnds && PendingOutput.IsEmpty() && Stop - Start <= MaxLineLength)
 		{
 			if (Stop > Start)
 			{
@@ -84,8 +84,19 @@ void FMonitoredJob::OnProcessOutput(FString Text)
 		}
 		else
 		{
-			PendingOutput.AppendChars(Chars + Start, Stop - Start);
-			if (bLineEnds)
+			// A child that never ends its line must not grow one string without bound: a full line is handed
+			// on as it is, and the text goes on in the next.
+			int32 From = Start;
+			while (Stop - From >= MaxLineLength - PendingOutput.Len())
+			{
+				const int32 Take = MaxLineLength - PendingOutput.Len();
+				PendingOutput.AppendChars(Chars + From, Take);
+				CutLines.Add(MoveTemp(PendingOutput));
+				PendingOutput.Reset();
+				From += Take;
+			}
+			PendingOutput.AppendChars(Chars + From, Stop - From);
+			if (bLineEnds && !PendingOutput.IsEmpty())
 			{
 				CutLines.Add(MoveTemp(PendingOutput));
 				PendingOutput.Reset();

@@ -34,6 +34,9 @@ public:
 	// UI thread: hands over and empties the complete lines.
 	void TakeCompletedLines(TArray<FString>& OutLines);
 
+	// The longest line the log takes: a longer one arrives as several lines of at most this many units.
+	static constexpr int32 MaxLineLength = 1 << 20;
+
 	bool bStarted = false;
 	TArray<FString> CompletedLines;
 	FString PendingOutput;
