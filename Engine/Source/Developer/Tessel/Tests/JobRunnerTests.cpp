@@ -186,6 +186,14 @@ TEST(LinePipelineTests, ALineWithoutEndIsHandedOnInPartsOfBoundedLength)
 	EXPECT_EQ(Lines[3], FString(TEXT("end")));
 	EXPECT_EQ(Lines[4].Len(), Max) << "a line of exactly the bound stays one line";
 	EXPECT_TRUE(Job.PendingOutput.IsEmpty());
+
+	// A character of two units at the bound moves whole to the next part.
+	Job.OnProcessOutput(FString(std::u16string(static_cast<size_t>(Max - 1), u'z')) + FString(u"\U0001F600!\n"));
+	Lines.Reset();
+	Job.TakeCompletedLines(Lines);
+	ASSERT_EQ(Lines.Num(), 2);
+	EXPECT_EQ(Lines[0].Len(), Max - 1);
+	EXPECT_EQ(Lines[1], FString(u"\U0001F600!"));
 }
 
 TEST(LinePipelineTests, AFloodingChildLosesNoLine)

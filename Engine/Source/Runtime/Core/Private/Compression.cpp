@@ -322,14 +322,14 @@ FCompressedStreamJob::FCompressedStreamJob(std::vector<uint8> Input) : State(new
 	const int64 Length = static_cast<int64>(State->Input.size());
 	State->Slots.resize(static_cast<size_t>((Length + ChunkSize - 1) / ChunkSize));
 	State->Workers = FCompression::IsParallelCompression() ? &FCompressionWorkers::Get() : nullptr;
-	const int32 OutputBound = FCompression::CompressMemoryBound(COMPRESS_ZLIB, static_cast<int32>(ChunkSize));
-	// Every slot is in place before the first goes to the pool: the vector must not move under a worker.
+	// Every slot is in place before the first goes to the pool: the vector must not move under a worker. Each
+	// output has the room its own chunk may need, so that many small files held ahead stay small.
 	int64 Offset = 0;
 	for (FChunkSlot& Slot : State->Slots)
 	{
 		Slot.InputData = State->Input.data() + Offset;
 		Slot.InputSize = static_cast<int32>(std::min(ChunkSize, Length - Offset));
-		Slot.Output.resize(static_cast<size_t>(OutputBound));
+		Slot.Output.resize(static_cast<size_t>(FCompression::CompressMemoryBound(COMPRESS_ZLIB, Slot.InputSize)));
 		Slot.Completion = &State->Completion;
 		Offset += Slot.InputSize;
 	}
@@ -356,6 +356,16 @@ FCompressedStreamJob::~FCompressedStreamJob()
 int64 FCompressedStreamJob::GetInputSize() const
 {
 	return static_cast<int64>(State->Input.size());
+}
+
+int64 FCompressedStreamJob::GetHeldBytes() const
+{
+	int64 Bytes = static_cast<int64>(State->Input.size());
+	for (const FChunkSlot& Slot : State->Slots)
+	{
+		Bytes += static_cast<int64>(Slot.Output.size());
+	}
+	return Bytes;
 }
 
 bool FCompressedStreamJob::Wait()

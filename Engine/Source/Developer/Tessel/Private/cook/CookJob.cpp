@@ -89,7 +89,12 @@ void FMonitoredJob::OnProcessOutput(FString Text)
 			int32 From = Start;
 			while (Stop - From >= MaxLineLength - PendingOutput.Len())
 			{
-				const int32 Take = MaxLineLength - PendingOutput.Len();
+				int32 Take = MaxLineLength - PendingOutput.Len();
+				// A character of two units stays whole: the cut comes before it.
+				if (Chars[From + Take - 1] >= 0xD800 && Chars[From + Take - 1] <= 0xDBFF)
+				{
+					--Take;
+				}
 				PendingOutput.AppendChars(Chars + From, Take);
 				CutLines.Add(MoveTemp(PendingOutput));
 				PendingOutput.Reset();

@@ -37,11 +37,11 @@ std::unique_ptr<FCompressedStreamJob> FCompressAhead::Take(const FString& Path)
 	}
 	for (; Found > 0; --Found)
 	{
-		BytesAhead -= Ready.front().second->GetInputSize();
+		BytesAhead -= Ready.front().second->GetHeldBytes();
 		Ready.pop_front();
 	}
 	std::unique_ptr<FCompressedStreamJob> Job = std::move(Ready.front().second);
-	BytesAhead -= Job->GetInputSize();
+	BytesAhead -= Job->GetHeldBytes();
 	Ready.pop_front();
 	// The next files go to the pool before the caller waits on this one, so no thread runs dry meanwhile.
 	Refill();
@@ -70,7 +70,7 @@ void FCompressAhead::Refill()
 		{
 			continue;
 		}
-		BytesAhead += Size;
 		Ready.emplace_back(Path, std::make_unique<FCompressedStreamJob>(std::move(Bytes)));
+		BytesAhead += Ready.back().second->GetHeldBytes();
 	}
 }

@@ -23,7 +23,8 @@ public:
 	// the tree was listed. Jobs of planned files before Path, which the walk has passed by, are dropped.
 	std::unique_ptr<FCompressedStreamJob> Take(const FString& Path);
 
-	// Input bytes held ahead at most, though always at least one file; and the largest file held at all.
+	// No file is read ahead once the jobs held (input and room for output) reach this, though one is always
+	// held; and the largest file held at all.
 	static constexpr int64 MaxBytesAhead = 32 * 1024 * 1024;
 	static constexpr int64 MaxFileSize = 16 * 1024 * 1024;
 

@@ -75,6 +75,8 @@ public:
 	FCompressedStreamJob& operator=(const FCompressedStreamJob&) = delete;
 
 	int64 GetInputSize() const;
+	// The memory the job holds: its input and the room of every chunk's output.
+	int64 GetHeldBytes() const;
 	// Blocks until every chunk is done, compressing this job's queued chunks on the calling thread meanwhile.
 	// False when a chunk could not be compressed.
 	bool Wait();
