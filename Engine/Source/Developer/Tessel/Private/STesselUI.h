@@ -54,6 +54,10 @@ public:
 											FString& OutError);
 	// Writes every record and the Steam user name; with no records the file is left as it is.
 	FReply SaveModDatabase();
+	// Copies a database file that failed to load to the first free name of "Mods.db.unreadable",
+	// "Mods.db.unreadable.2", ..., so that a save can replace it without losing what it held. True when the
+	// copy is made or there is no file any more.
+	static bool KeepUnreadableModDatabase(const FString& Path);
 	FReply OnResetGuidClicked();
 	FReply OnResetPublisherIdClicked();
 	void AddTag(const FString& Tag);
@@ -168,6 +172,8 @@ public:
 	FString SteamUsername;
 	FString SteamPassword;
 	FString TestOutputDir;
+	// The last load found a file it couldn't parse; the first save keeps it before replacing it.
+	bool bModDatabaseUnreadable = false;
 	// The tick's hand for lines on their way into the log; kept so that its room is reused tick after tick.
 	TArray<FString> TakenLines;
 };

@@ -5,7 +5,11 @@
 #include "HAL/PlatformFile.h"
 
 #include <gtest/gtest.h>
+#include <algorithm>
+#include <csignal>
+#include <iostream>
 #include <random>
+#include <sys/resource.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -182,6 +186,79 @@ TEST(ModDatabaseTests, BrokenFileIsReplacedByFreshRecordsAtTheNextSave)
 	EXPECT_EQ(Record->GetStringField(TEXT("Visibility")), FString(TEXT("Public")));
 }
 
+TEST(ModDatabaseTests, AFileThatDidNotLoadIsKeptBesideItBeforeTheSaveReplacesIt)
+{
+	FTestKit Kit;
+	Kit.AddMod(TEXT("Fresh"));
+	const FString Kept = STesselTool::GetModDatabasePath() + TEXT(".unreadable");
+	const FString KeptSecond = STesselTool::GetModDatabasePath() + TEXT(".unreadable.2");
+	// Written by another editor as UTF-8 with a byte order mark: the titles in it are the user's.
+	const std::string Foreign = "\xEF\xBB\xBF{\"Mods\":[{\"ModDir\":\"Fresh\",\"Title\":\"Months of work\"}]}";
+	Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), Foreign);
+	{
+		TSharedRef<STesselTool> Tool = SNew(STesselTool);
+		Tool->SaveModDatabase();
+		Tool->SaveModDatabase();
+		EXPECT_TRUE(ParseJson(ReadDatabase()).bOk);
+		EXPECT_EQ(FTempDirectory::ReadBytes(Kept), Foreign);
+		EXPECT_FALSE(FPaths::FileExists(KeptSecond)) << "the second save replaced a file that had loaded";
+	}
+	{
+		// A file that loads is replaced without a copy.
+		TSharedRef<STesselTool> Tool = SNew(STesselTool);
+		Tool->SaveModDatabase();
+		EXPECT_FALSE(FPaths::FileExists(KeptSecond));
+	}
+	// A later broken file is kept under the next free name; the first copy stays as it was.
+	Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), "{\"Mods\": [");
+	TSharedRef<STesselTool>(SNew(STesselTool))->SaveModDatabase();
+	EXPECT_EQ(FTempDirectory::ReadBytes(Kept), Foreign);
+	EXPECT_EQ(FTempDirectory::ReadBytes(KeptSecond), "{\"Mods\": [");
+	EXPECT_TRUE(ParseJson(ReadDatabase()).bOk);
+
+	// When no copy can be made, the broken file is not replaced.
+	Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), "broken again");
+	TSharedRef<STesselTool> Tool = SNew(STesselTool);
+	for (int32 Number = 3; Number < 1000; ++Number)
+	{
+		FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*FString::Printf(TEXT("%s.unreadable.%d"), *STesselTool::GetModDatabasePath(), Number));
+	}
+	Tool->SaveModDatabase();
+	EXPECT_EQ(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()), "broken again");
+}
+
+TEST(ModDatabaseTests, ASaveThatRunsOutOfRoomLeavesTheOldFile)
+{
+	FTestKit Kit;
+	for (int32 Number = 0; Number < 100; ++Number)
+	{
+		Kit.AddMod(FString::Printf(TEXT("Mod%d"), Number));
+	}
+	TSharedRef<STesselTool> Tool = SNew(STesselTool);
+	Tool->SaveModDatabase();
+	const std::string Before = FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath());
+	ASSERT_GT(Before.size(), 4096u);
+	for (const TSharedPtr<FModSetup>& Mod : Tool->ModList)
+	{
+		Mod->Description = FString(std::u16string(200, u'd'));
+	}
+	const pid_t Child = fork();
+	ASSERT_GE(Child, 0);
+	if (Child == 0)
+	{
+		// Room for the old file, not for the new one.
+		signal(SIGXFSZ, SIG_IGN);
+		const rlimit Limit{Before.size() + 100, Before.size() + 100};
+		setrlimit(RLIMIT_FSIZE, &Limit);
+		Tool->SaveModDatabase();
+		_exit(0);
+	}
+	int Status = 0;
+	ASSERT_EQ(waitpid(Child, &Status, 0), Child);
+	ASSERT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0);
+	EXPECT_EQ(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()), Before);
+}
+
 TEST(ModDatabaseTests, SavingNoRecordsLeavesTheFileAlone)
 {
 	FTestKit Kit;
@@ -323,15 +400,20 @@ TEST(ModDatabaseTests, KilledWhileSavingLeavesALoadableSavedState)
 {
 	FTestKit Kit;
 	std::mt19937 Random(20261123);
-	const int32 Rounds = 60;
-	int32 KillsDuringSaves = 0;
+	const int32 Rounds = 500;
+	int32 CheckedRounds = 0;
+	int32 KillsInsideASave = 0;
 	for (int32 Round = 0; Round < Rounds; ++Round)
 	{
+		int Pipe[2];
+		ASSERT_EQ(pipe(Pipe), 0);
 		const pid_t Child = fork();
 		ASSERT_GE(Child, 0);
 		if (Child == 0)
 		{
-			// Each state is recognisable: the user name carries its number and every record repeats it.
+			close(Pipe[0]);
+			// Each state is recognisable: the user name carries its number and every record repeats it. The
+			// child says when each save begins ("b") and when it has ended ("e").
 			STesselTool Tool;
 			for (int32 Record = 0; Record < 200; ++Record)
 			{
@@ -339,34 +421,68 @@ TEST(ModDatabaseTests, KilledWhileSavingLeavesALoadableSavedState)
 			}
 			for (int32 State = 0;; ++State)
 			{
-				Tool.SteamUsername = FString::Printf(TEXT("state-%d"), State);
+				Tool.SteamUsername = FString::Printf(TEXT("state-%d-%d"), Round, State);
 				for (const TSharedPtr<FModSetup>& Mod : Tool.ModList)
 				{
 					Mod->Title = Tool.SteamUsername;
 				}
+				if (write(Pipe[1], "b", 1) != 1)
+				{
+					_exit(1);
+				}
 				Tool.SaveModDatabase();
+				if (write(Pipe[1], "e", 1) != 1)
+				{
+					_exit(1);
+				}
 			}
 		}
-		usleep(std::uniform_int_distribution<useconds_t>(2000, 30000)(Random));
+		close(Pipe[1]);
+		// Let one save of this round end, then kill at a random moment of the ones after it.
+		std::string Said;
+		char Byte = 0;
+		while (Said.find('e') == std::string::npos && read(Pipe[0], &Byte, 1) == 1)
+		{
+			Said += Byte;
+		}
+		usleep(std::uniform_int_distribution<useconds_t>(0, 3000)(Random));
 		kill(Child, SIGKILL);
 		int Status = 0;
-		waitpid(Child, &Status, 0);
-		KillsDuringSaves += WIFSIGNALED(Status) ? 1 : 0;
-
-		if (!FPaths::FileExists(STesselTool::GetModDatabasePath()))
+		ASSERT_EQ(waitpid(Child, &Status, 0), Child);
+		ASSERT_TRUE(WIFSIGNALED(Status) && WTERMSIG(Status) == SIGKILL) << "round " << Round << ": " << Status;
+		char Chunk[4096];
+		ssize_t Got;
+		while ((Got = read(Pipe[0], Chunk, sizeof(Chunk))) > 0)
 		{
-			continue; // killed before its first save ended
+			Said.append(Chunk, static_cast<size_t>(Got));
 		}
+		close(Pipe[0]);
+		const int32 Ended = static_cast<int32>(std::count(Said.begin(), Said.end(), 'e'));
+		if (Ended == 0)
+		{
+			continue; // the child died before its first save ended; counted against the rounds below
+		}
+		KillsInsideASave += Said.back() == 'b' ? 1 : 0;
+
+		// The file holds the last state whose save ended, or the one after it when the kill came between the
+		// rename and the child's word.
 		STesselTool Reader;
 		Reader.SteamUsername = TEXT("unset");
 		Reader.LoadModDatabase(STesselTool::GetModDatabasePath());
-		ASSERT_TRUE(Reader.SteamUsername.StartsWith(TEXT("state-"))) << "round " << Round << ": " << Reader.SteamUsername;
+		const FString LastEnded = FString::Printf(TEXT("state-%d-%d"), Round, Ended - 1);
+		const FString NextStarted = FString::Printf(TEXT("state-%d-%d"), Round, Ended);
+		ASSERT_TRUE(Reader.SteamUsername == LastEnded || (Said.back() == 'b' && Reader.SteamUsername == NextStarted))
+			<< "round " << Round << ": " << Reader.SteamUsername << " after " << Ended << " saves";
 		ASSERT_EQ(Reader.ModList.Num(), 200);
 		for (const TSharedPtr<FModSetup>& Mod : Reader.ModList)
 		{
 			ASSERT_EQ(Mod->Title, Reader.SteamUsername);
 		}
+		++CheckedRounds;
 	}
-	EXPECT_EQ(KillsDuringSaves, Rounds);
+	std::cout << "kills: " << Rounds << ", inside a save: " << KillsInsideASave << ", file checked: " << CheckedRounds
+			  << std::endl;
+	EXPECT_EQ(CheckedRounds, Rounds);
+	EXPECT_GE(KillsInsideASave, Rounds / 2) << "the kills must land inside saves, not between them";
 	// Temporaries of killed writers may stay beside the file; the file itself is always whole.
 }

@@ -2,7 +2,9 @@
 
 #include "PosixFileSystem.h"
 
+#include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace
@@ -71,16 +73,18 @@ bool FArchiveFileReaderPosix::Close()
 	return !IsError();
 }
 
-FArchiveFileWriterPosix::FArchiveFileWriterPosix(int InFd, std::string InTemporary, std::string InTarget,
-												 bool bInAppend)
-	: Fd(InFd), Temporary(std::move(InTemporary)), Target(std::move(InTarget))
+FArchiveFileWriterPosix::FArchiveFileWriterPosix(int InFd, EMode InMode, std::string InTemporary, std::string InTarget)
+	: Fd(InFd), Mode(InMode), Temporary(std::move(InTemporary)), Target(std::move(InTarget))
 {
 	bSaving = true;
-	if (bInAppend)
+	if (Mode == EMode::Append)
 	{
 		Position = lseek(Fd, 0, SEEK_END);
 	}
-	Buffer.reserve(BufferSize);
+	if (Mode != EMode::InPlace)
+	{
+		Buffer.reserve(BufferSize);
+	}
 }
 
 FArchiveFileWriterPosix::~FArchiveFileWriterPosix()
@@ -117,6 +121,17 @@ void FArchiveFileWriterPosix::Serialize(void* Data, int64 Num)
 		return;
 	}
 	const uint8* In = static_cast<const uint8*>(Data);
+	if (Mode == EMode::InPlace)
+	{
+		const size_t End = static_cast<size_t>(Position + Num);
+		if (Image.size() < End)
+		{
+			Image.resize(End);
+		}
+		std::memcpy(Image.data() + Position, In, static_cast<size_t>(Num));
+		Position += Num;
+		return;
+	}
 	if (Buffer.size() + static_cast<size_t>(Num) > BufferSize)
 	{
 		Flush();
@@ -156,6 +171,10 @@ void FArchiveFileWriterPosix::Flush()
 
 int64 FArchiveFileWriterPosix::TotalSize()
 {
+	if (Mode == EMode::InPlace)
+	{
+		return static_cast<int64>(Image.size());
+	}
 	Flush();
 	const off_t End = Fd >= 0 ? lseek(Fd, 0, SEEK_END) : 0;
 	return std::max<int64>(End, Position);
@@ -173,10 +192,18 @@ bool FArchiveFileWriterPosix::Close()
 	{
 		return !IsError();
 	}
+	if (Mode == EMode::InPlace)
+	{
+		if (!CommitInPlace())
+		{
+			SetError();
+		}
+		return !IsError();
+	}
 	Flush();
 	const int Closing = Fd;
 	Fd = -1;
-	if (Temporary.empty())
+	if (Mode == EMode::Append)
 	{
 		if (close(Closing) != 0)
 		{
@@ -196,4 +223,28 @@ bool FArchiveFileWriterPosix::Close()
 		SetError();
 	}
 	return !IsError();
+}
+
+bool FArchiveFileWriterPosix::CommitInPlace()
+{
+	const int Closing = Fd;
+	Fd = -1;
+	bool bOk = !IsError();
+	const off_t Size = static_cast<off_t>(Image.size());
+	// Room first: a disk that is full, or a size limit, fails here while the old bytes are all still there.
+	if (bOk && Size > 0)
+	{
+		const int Reserved = posix_fallocate(Closing, 0, Size);
+		bOk = Reserved == 0 || Reserved == EOPNOTSUPP || Reserved == EINVAL;
+	}
+	for (off_t Offset = 0; bOk && Offset < Size;)
+	{
+		const ssize_t Put = pwrite(Closing, Image.data() + Offset, static_cast<size_t>(Size - Offset), Offset);
+		bOk = Put > 0;
+		Offset += Put > 0 ? Put : 0;
+	}
+	bOk = bOk && ftruncate(Closing, Size) == 0 && fdatasync(Closing) == 0;
+	bOk = (close(Closing) == 0) && bOk;
+	Image = std::vector<uint8>();
+	return bOk;
 }

@@ -26,11 +26,25 @@ private:
 	int64 BufferStart = 0; // file offset of Buffer[0]
 };
 
-// Buffered writer that writes a temporary beside its file and renames it into place when it closes.
+// Buffered writer of one file. It commits when it closes, and closes when it is destroyed, so that a caller
+// that only drops its writer still gets its file.
 class FArchiveFileWriterPosix : public FArchive
 {
 public:
-	FArchiveFileWriterPosix(int InFd, std::string InTemporary, std::string InTarget, bool bInAppend);
+	enum class EMode : uint8
+	{
+		// Writes a temporary beside the target and renames it onto the target: readers see the old file or
+		// the new one, never a part.
+		Replace,
+		// Writes at the end of the target itself.
+		Append,
+		// For a target in a folder that takes no new files: the whole file is kept in memory and written over
+		// the target at the close, after its room on disk is secured, so that a full disk fails before any
+		// old byte is lost.
+		InPlace,
+	};
+	// Fd is open on the temporary for Replace, on the target otherwise.
+	FArchiveFileWriterPosix(int InFd, EMode InMode, std::string InTemporary, std::string InTarget);
 	~FArchiveFileWriterPosix() override;
 
 	void Serialize(void* Data, int64 Num) override;
@@ -42,10 +56,13 @@ public:
 
 private:
 	bool WriteAll(const uint8* Data, int64 Num);
+	bool CommitInPlace();
 
 	int Fd;
-	std::string Temporary; // empty when appending in place
+	EMode Mode;
+	std::string Temporary; // only for Replace
 	std::string Target;
+	std::vector<uint8> Image; // the whole file, only for InPlace
 	int64 Position = 0;
 	std::vector<uint8> Buffer;
 };

@@ -96,14 +96,31 @@ namespace
 			{
 				MakeDirectoryTree(Parent);
 			}
+			using EMode = FArchiveFileWriterPosix::EMode;
 			if (WriteFlags & FILEWRITE_Append)
 			{
 				const int Fd = open(Path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
-				return Fd < 0 ? nullptr : new FArchiveFileWriterPosix(Fd, std::string(), Path, true);
+				return Fd < 0 ? nullptr : new FArchiveFileWriterPosix(Fd, EMode::Append, std::string(), Path);
 			}
-			const std::string Temp = TemporarySibling(Path);
+			// Through a link the target is replaced and the link stays a link.
+			const std::string Target = ResolveLinks(Path);
+			const std::string Temp = TemporarySibling(Target);
 			const int Fd = open(Temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-			return Fd < 0 ? nullptr : new FArchiveFileWriterPosix(Fd, Temp, Path, false);
+			if (Fd >= 0)
+			{
+				return new FArchiveFileWriterPosix(Fd, EMode::Replace, Temp, Target);
+			}
+			// A folder that takes no new files may still hold a file we may write: write that one in place
+			// rather than not at all. No truncation here; the old bytes stay until the writer commits.
+			if (bExists && IsFile(Target))
+			{
+				const int Direct = open(Target.c_str(), O_WRONLY | O_CLOEXEC);
+				if (Direct >= 0)
+				{
+					return new FArchiveFileWriterPosix(Direct, EMode::InPlace, std::string(), Target);
+				}
+			}
+			return nullptr;
 		}
 
 		void FindFiles(TArray<FString>& FoundFiles, const TCHAR* Filename, bool bFiles, bool bDirectories) override
@@ -123,7 +140,7 @@ namespace
 			{
 				if ((Entry.bDirectory ? bDirectories : bFiles))
 				{
-					FString Name = FString::FromUtf8(Entry.Name);
+					FString Name = FString::FromNative(Entry.Name);
 					if (WildcardMatch(Name.GetStd(), Pattern.GetStd()))
 					{
 						FoundFiles.Add(std::move(Name));
@@ -223,7 +240,7 @@ namespace
 			}
 			for (const FEntry& Entry : Entries)
 			{
-				const FString Full = Root / FString::FromUtf8(Entry.Name);
+				const FString Full = Root / FString::FromNative(Entry.Name);
 				if (!Visitor.Visit(*Full, Entry.bDirectory))
 				{
 					return false;
@@ -254,7 +271,7 @@ namespace
 					continue;
 				}
 				const FEntry& Entry = Level.Entries[Level.Next++];
-				const FString Full = Level.Path / FString::FromUtf8(Entry.Name);
+				const FString Full = Level.Path / FString::FromNative(Entry.Name);
 				if (!Visitor.Visit(*Full, Entry.bDirectory))
 				{
 					return false;

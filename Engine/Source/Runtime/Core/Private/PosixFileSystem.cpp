@@ -13,12 +13,12 @@ namespace PosixFileSystem
 {
 	std::string Native(const TCHAR* Path)
 	{
-		return StringConv::Utf16ToUtf8(Path ? std::u16string_view(Path) : std::u16string_view());
+		return StringConv::Utf16ToUtf8(Path ? std::u16string_view(Path) : std::u16string_view(), true);
 	}
 
 	std::string Native(const FString& Path)
 	{
-		return Path.ToUtf8();
+		return Path.ToNative();
 	}
 
 	bool IsFile(const std::string& Path)
@@ -141,12 +141,43 @@ namespace PosixFileSystem
 		return Dir + "." + Name + ".tmp" + std::to_string(getpid()) + "-" + std::to_string(Counter++);
 	}
 
+	std::string ResolveLinks(const std::string& Path)
+	{
+		std::string Current = Path;
+		// The same bound as the kernel's, so that a loop of links ends.
+		for (int Hop = 0; Hop < 40; ++Hop)
+		{
+			struct stat Info;
+			if (lstat(Current.c_str(), &Info) != 0 || !S_ISLNK(Info.st_mode))
+			{
+				return Current;
+			}
+			std::vector<char> Target(static_cast<size_t>(Info.st_size > 0 ? Info.st_size : 255) + 1);
+			const ssize_t Length = readlink(Current.c_str(), Target.data(), Target.size());
+			if (Length <= 0 || static_cast<size_t>(Length) >= Target.size())
+			{
+				return Current;
+			}
+			const std::string Next(Target.data(), static_cast<size_t>(Length));
+			const size_t Slash = Current.rfind('/');
+			Current = Next[0] == '/' || Slash == std::string::npos ? Next : Current.substr(0, Slash + 1) + Next;
+		}
+		return Current;
+	}
+
 	bool CommitTemporary(int Fd, const std::string& Temp, const std::string& Path)
 	{
 		struct stat Old;
 		bool bOk = true;
 		if (stat(Path.c_str(), &Old) == 0)
 		{
+			// The new file takes the old one's owner where we may give it (as root), then its mode, since a
+			// change of owner clears the set-id bits. Only a replace syncs: a new file has no old contents to
+			// lose, and most writes of a walk are new files.
+			if (fchown(Fd, Old.st_uid, Old.st_gid) != 0)
+			{
+				// Not ours to give; the file stays ours, as any editor's save would leave it.
+			}
 			fchmod(Fd, Old.st_mode & 07777);
 			bOk = fdatasync(Fd) == 0;
 		}

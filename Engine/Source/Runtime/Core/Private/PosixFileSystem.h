@@ -23,10 +23,13 @@ namespace PosixFileSystem
 	bool CopyFile(const std::string& Dest, const std::string& Src);
 	bool MoveFile(const std::string& Dest, const std::string& Src, bool bReplace);
 
+	// The file a path finally names: symbolic links of the last component are followed, also to a target
+	// that doesn't exist yet, so that a save through a link updates the target and keeps the link.
+	std::string ResolveLinks(const std::string& Path);
 	// A unique name beside Path for a file that will be renamed onto it.
 	std::string TemporarySibling(const std::string& Path);
 	// Renames Temp onto Path; first syncs Temp when Path exists, so that the old contents are never lost to a
-	// crash of the machine between the write and the rename. Keeps Path's permissions.
+	// crash of the machine between the write and the rename. Keeps Path's permissions and, where it may, its owner.
 	bool CommitTemporary(int Fd, const std::string& Temp, const std::string& Path);
 
 	struct FEntry

@@ -5,6 +5,8 @@
 #include "TempDirectory.h"
 
 #include <gtest/gtest.h>
+#include <csignal>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -91,14 +93,146 @@ TEST(FileTests, WriterKilledBeforeCloseLeavesTheOldFileWhole)
 	if (Child == 0)
 	{
 		FArchive* Writer = IFileManager::Get().CreateFileWriter(*Path);
+		if (!Writer)
+		{
+			_exit(2);
+		}
 		std::string Half(1 << 20, 'x');
 		Writer->Serialize(Half.data(), static_cast<int64>(Half.size()));
 		Writer->Flush();
-		_exit(0); // dies without closing
+		_exit(Writer->IsError() ? 3 : 0); // dies without closing
 	}
 	int Status = 0;
-	waitpid(Child, &Status, 0);
+	ASSERT_EQ(waitpid(Child, &Status, 0), Child);
+	ASSERT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0) << "the child didn't write: " << Status;
 	EXPECT_EQ(FTempDirectory::ReadBytes(Path), "the old file");
+	// What the child wrote is in the temporary it left, not in the file.
+	TArray<FString> Left;
+	IFileManager::Get().FindFiles(Left, *(Dir / TEXT(".Mods.db.tmp*")), true, false);
+	ASSERT_EQ(Left.Num(), 1);
+	EXPECT_EQ(IFileManager::Get().FileSize(*(Dir / Left[0])), int64(1) << 20);
+}
+
+namespace
+{
+	// Runs Body in a child and returns its exit code, or -1 when it didn't exit by itself. Body returns 0 when
+	// every check it made held.
+	template <typename FBody>
+	int RunInChild(FBody Body)
+	{
+		const pid_t Child = fork();
+		if (Child == 0)
+		{
+			_exit(Body());
+		}
+		int Status = 0;
+		if (Child < 0 || waitpid(Child, &Status, 0) != Child || !WIFEXITED(Status))
+		{
+			return -1;
+		}
+		return WEXITSTATUS(Status);
+	}
+
+	// Files bigger than Bytes can't be written, as on a full disk; writes past it fail instead of killing us.
+	void LimitFileSize(rlim_t Bytes)
+	{
+		signal(SIGXFSZ, SIG_IGN);
+		const rlimit Limit{Bytes, Bytes};
+		setrlimit(RLIMIT_FSIZE, &Limit);
+	}
+
+	int WriteAndClose(const FString& Path, const std::string& Bytes)
+	{
+		TUniquePtr<FArchive> Writer(IFileManager::Get().CreateFileWriter(*Path));
+		if (!Writer)
+		{
+			return 10;
+		}
+		Writer->Serialize(const_cast<char*>(Bytes.data()), static_cast<int64>(Bytes.size()));
+		return Writer->Close() ? 0 : 11;
+	}
+}
+
+TEST(FileTests, WriterThroughALinkUpdatesTheTargetAndKeepsTheLink)
+{
+	FTempDirectory Dir;
+	const FString Real = Dir.WriteFile(TEXT("Elsewhere/real.db"), "old");
+	chmod(Real.ToUtf8().c_str(), 0604);
+	FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*(Dir / TEXT("Saved")));
+	const std::string Link = (Dir / TEXT("Saved/Mods.db")).ToUtf8();
+	ASSERT_EQ(symlink("../Elsewhere/real.db", Link.c_str()), 0);
+
+	WriteThroughArchive(Dir / TEXT("Saved/Mods.db"), "new contents");
+	struct stat Info;
+	ASSERT_EQ(lstat(Link.c_str(), &Info), 0);
+	EXPECT_TRUE(S_ISLNK(Info.st_mode)) << "the link was replaced by a file";
+	EXPECT_EQ(FTempDirectory::ReadBytes(Real), "new contents");
+	ASSERT_EQ(stat(Real.ToUtf8().c_str(), &Info), 0);
+	EXPECT_EQ(Info.st_mode & 0777, 0604u);
+
+	// A link whose target doesn't exist yet makes the target.
+	const std::string Dangling = (Dir / TEXT("Saved/Later.db")).ToUtf8();
+	ASSERT_EQ(symlink((Dir / TEXT("Elsewhere/later.db")).ToUtf8().c_str(), Dangling.c_str()), 0);
+	WriteThroughArchive(Dir / TEXT("Saved/Later.db"), "made");
+	EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("Elsewhere/later.db")), "made");
+	ASSERT_EQ(lstat(Dangling.c_str(), &Info), 0);
+	EXPECT_TRUE(S_ISLNK(Info.st_mode));
+}
+
+TEST(FileTests, WriterOnAFullDiskLeavesTheOldFile)
+{
+	FTempDirectory Dir;
+	const FString Path = Dir.WriteFile(TEXT("Saved/Mods.db"), "the old file");
+	const std::string Big(1 << 20, 'b');
+	const int Code = RunInChild([&] {
+		LimitFileSize(64 * 1024);
+		return WriteAndClose(Path, Big);
+	});
+	EXPECT_EQ(Code, 11) << "the writer must report the failed write at its close";
+	EXPECT_EQ(FTempDirectory::ReadBytes(Path), "the old file");
+	TArray<FString> Left;
+	IFileManager::Get().FindFiles(Left, *(Dir / TEXT("Saved/*")), true, true);
+	EXPECT_EQ(Left, (TArray<FString>{TEXT("Mods.db")})) << "a failed write leaves no temporary";
+}
+
+TEST(FileTests, WriterInAFolderThatTakesNoNewFilesWritesTheFileInPlace)
+{
+	FTempDirectory Dir;
+	const FString Path = Dir.WriteFile(TEXT("Saved/Mods.db"), "the old file, long enough to be cut short");
+	chmod(Dir.Get().ToUtf8().c_str(), 0755);
+	chmod(Path.ToUtf8().c_str(), 0666);
+	chmod((Dir / TEXT("Saved")).ToUtf8().c_str(), 0555);
+	// Root writes any folder, so the case is made by a child that gives up root.
+	const auto AsNobody = [](auto Body) {
+		return [Body] {
+			if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
+			{
+				return 20;
+			}
+			return Body();
+		};
+	};
+
+	const int Shorter = RunInChild(AsNobody([&] { return WriteAndClose(Path, "shorter"); }));
+	EXPECT_EQ(Shorter, 0);
+	EXPECT_EQ(FTempDirectory::ReadBytes(Path), "shorter");
+
+	const std::string Longer(100000, 'L');
+	const int NoRoom = RunInChild(AsNobody([&] {
+		LimitFileSize(50000);
+		return WriteAndClose(Path, Longer);
+	}));
+	EXPECT_EQ(NoRoom, 11);
+	EXPECT_EQ(FTempDirectory::ReadBytes(Path), "shorter") << "no room: the old bytes must all stay";
+
+	const int Longest = RunInChild(AsNobody([&] { return WriteAndClose(Path, Longer); }));
+	EXPECT_EQ(Longest, 0);
+	EXPECT_EQ(FTempDirectory::ReadBytes(Path), Longer);
+
+	TArray<FString> Left;
+	IFileManager::Get().FindFiles(Left, *(Dir / TEXT("Saved/*")), true, true);
+	EXPECT_EQ(Left, (TArray<FString>{TEXT("Mods.db")}));
+	chmod((Dir / TEXT("Saved")).ToUtf8().c_str(), 0755);
 }
 
 TEST(FileTests, WriterMakesMissingFoldersAndRefusesAFolder)

@@ -34,7 +34,24 @@ void STesselTool::LoadModDatabase(const FString& Path)
 	// Emptied first, so that a file that can't be read leaves no records behind.
 	ModList.Empty();
 	FString Error;
-	ReadModDatabase(Path, ModList, SteamUsername, Error);
+	bModDatabaseUnreadable = ReadModDatabase(Path, ModList, SteamUsername, Error) == EModDatabaseRead::Unreadable;
+}
+
+bool STesselTool::KeepUnreadableModDatabase(const FString& Path)
+{
+	if (!FPaths::FileExists(Path))
+	{
+		return true;
+	}
+	for (int32 Number = 1; Number < 1000; ++Number)
+	{
+		const FString Kept = Path + TEXT(".unreadable") + (Number == 1 ? FString() : FString::Printf(TEXT(".%d"), Number));
+		if (!FPaths::FileExists(Kept) && !FPaths::DirectoryExists(Kept))
+		{
+			return IFileManager::Get().Copy(*Kept, *Path, false, false) == COPY_OK;
+		}
+	}
+	return false;
 }
 
 FReply STesselTool::SaveModDatabase()
@@ -54,6 +71,16 @@ FReply STesselTool::SaveModDatabase()
 		return FReply::Handled();
 	}
 	Root->SetArrayField(TEXT("Mods"), Mods);
+
+	// A file that didn't load is the user's work all the same: without a copy of it, it stays as it is.
+	if (bModDatabaseUnreadable)
+	{
+		if (!KeepUnreadableModDatabase(GetModDatabasePath()))
+		{
+			return FReply::Handled();
+		}
+		bModDatabaseUnreadable = false;
+	}
 
 	TUniquePtr<FArchive> Writer(IFileManager::Get().CreateFileWriter(*GetModDatabasePath(), 0));
 	if (!Writer)
