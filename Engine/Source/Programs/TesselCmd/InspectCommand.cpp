@@ -36,7 +36,7 @@ namespace
 			// Written beside the destination and renamed only when the whole file decoded, so that a broken
 			// ".z" leaves nothing behind.
 			const FString Destination = ToFullPath(Extract);
-			const std::string Partial = (Destination + TEXT(".partial")).ToUtf8();
+			const std::string Partial = (Destination + TEXT(".partial")).ToNative();
 			std::ofstream File(Partial, std::ios::binary | std::ios::trunc);
 			if (!File)
 			{
@@ -56,7 +56,7 @@ namespace
 			}
 			else
 			{
-				std::filesystem::rename(Partial, Destination.ToUtf8(), Error);
+				std::filesystem::rename(Partial, Destination.ToNative(), Error);
 				if (Error)
 				{
 					std::filesystem::remove(Partial, Error);

@@ -9,7 +9,7 @@ FString GetWorkingDirectory()
 {
 	std::error_code Error;
 	const std::filesystem::path Current = std::filesystem::current_path(Error);
-	return Error ? FString(TEXT("/")) : FString::FromUtf8(Current.string());
+	return Error ? FString(TEXT("/")) : FString::FromNative(Current.string());
 }
 
 FString ToFullPath(const FString& UserPath)

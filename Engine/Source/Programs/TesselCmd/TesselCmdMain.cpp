@@ -14,9 +14,10 @@
 
 namespace
 {
-	FString ToFString(const std::string& Utf8)
+	// Arguments are the system's bytes: a folder name that isn't UTF-8 still names that folder.
+	FString ToFString(const std::string& Bytes)
 	{
-		return FString::FromUtf8(Utf8);
+		return FString::FromNative(Bytes);
 	}
 }
 

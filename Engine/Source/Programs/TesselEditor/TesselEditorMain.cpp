@@ -25,7 +25,7 @@ namespace
 		FString CommandLine;
 		for (int Index = 1; Index < ArgC; ++Index)
 		{
-			const FString Arg = FString::FromUtf8(ArgV[Index]);
+			const FString Arg = FString::FromNative(ArgV[Index]);
 			if (!CommandLine.IsEmpty())
 			{
 				CommandLine += TEXT(" ");
@@ -172,7 +172,7 @@ int main(int ArgC, char** ArgV)
 				FParse::Value(CommandLine, TEXT("-PublishTitle="), Publication.Title, false);
 				FParse::Value(CommandLine, TEXT("-PublishDescription="), Publication.Description, false);
 				FParse::Value(CommandLine, TEXT("-PublishPreview="), Publication.PreviewImage, false);
-				Publication.PreviewImage = FPaths::ConvertRelativePathToFull(FString::FromUtf8(std::filesystem::current_path().string()), Publication.PreviewImage);
+				Publication.PreviewImage = FPaths::ConvertRelativePathToFull(FString::FromNative(std::filesystem::current_path().string()), Publication.PreviewImage);
 				Publication.SteamUsername = FString::FromUtf8(std::getenv("STEAM_USERNAME") ? std::getenv("STEAM_USERNAME") : "");
 				Publication.SteamPassword = FString::FromUtf8(std::getenv("STEAM_PASSWORD") ? std::getenv("STEAM_PASSWORD") : "");
 				Script->SetPublication(Publication);

@@ -55,7 +55,7 @@ namespace
 	{
 		char Buffer[4096];
 		const ssize_t Length = readlink("/proc/self/exe", Buffer, sizeof(Buffer) - 1);
-		return Length > 0 ? FPaths::GetPath(FString::FromUtf8(std::string(Buffer, static_cast<size_t>(Length)))) : FString(TEXT("."));
+		return Length > 0 ? FPaths::GetPath(FString::FromNative(std::string(Buffer, static_cast<size_t>(Length)))) : FString(TEXT("."));
 	}
 
 	IPlatformFile& Files()
@@ -70,7 +70,7 @@ namespace
 		std::fflush(stdout);
 		const FString LogDir = ProgramDir() / TEXT("logs");
 		Files().CreateDirectoryTree(*LogDir);
-		std::ofstream Log((LogDir / TEXT("workshop_log.txt")).ToUtf8(), std::ios::app | std::ios::binary);
+		std::ofstream Log((LogDir / TEXT("workshop_log.txt")).ToNative(), std::ios::app | std::ios::binary);
 		Log << Line.ToUtf8() << '\n';
 	}
 
@@ -223,7 +223,7 @@ namespace
 			Print(TEXT("Usage: workshop_build_item <item file>"));
 			return false;
 		}
-		const FString ItemPath = LocalPath(FString::FromUtf8(Args[0]));
+		const FString ItemPath = LocalPath(FString::FromNative(Args[0]));
 		FString Text;
 		if (!FFileHelper::LoadFileToString(Text, *ItemPath))
 		{

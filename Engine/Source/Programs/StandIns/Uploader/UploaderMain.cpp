@@ -36,7 +36,7 @@ namespace
 	{
 		char Buffer[4096];
 		const ssize_t Length = readlink("/proc/self/exe", Buffer, sizeof(Buffer) - 1);
-		return Length > 0 ? FPaths::GetPath(FString::FromUtf8(std::string(Buffer, static_cast<size_t>(Length)))) : FString(TEXT("."));
+		return Length > 0 ? FPaths::GetPath(FString::FromNative(std::string(Buffer, static_cast<size_t>(Length)))) : FString(TEXT("."));
 	}
 
 	int Fail(const std::string& Message)
@@ -89,7 +89,7 @@ int main(int ArgC, char** ArgV)
 			return Fail(Switch + " without its value");
 		}
 		const std::string Value = ArgV[Index + 1];
-		if (Switch == "-content" && !FPlatformFileManager::Get().GetPlatformFile().DirectoryExists(*FString::FromUtf8(Value)))
+		if (Switch == "-content" && !FPlatformFileManager::Get().GetPlatformFile().DirectoryExists(*FString::FromNative(Value)))
 		{
 			return Fail("no content folder at '" + Value + "'");
 		}

@@ -45,7 +45,7 @@ IModuleInterface* FModuleManager::LoadModule(const FString& Name)
 	else
 	{
 		const FString File = (ModuleDirectory.IsEmpty() ? FString() : ModuleDirectory + TEXT("/")) + TEXT("lib") + Name + TEXT(".so");
-		Entry.Library = dlopen(File.ToUtf8().c_str(), RTLD_NOW | RTLD_LOCAL);
+		Entry.Library = dlopen(File.ToNative().c_str(), RTLD_NOW | RTLD_LOCAL);
 		if (!Entry.Library)
 		{
 			return nullptr;

@@ -33,7 +33,7 @@ namespace
 	FString WorkingDirectory()
 	{
 		char Buffer[4096];
-		return getcwd(Buffer, sizeof(Buffer)) ? FString::FromUtf8(Buffer) : FString(TEXT("/"));
+		return getcwd(Buffer, sizeof(Buffer)) ? FString::FromNative(Buffer) : FString(TEXT("/"));
 	}
 
 	int32 LastSeparator(const FString& Path)

@@ -101,7 +101,7 @@ bool FChar::IsWhitespace(TCHAR Character)
 		   Character == u'\f' || Character == 0x00A0 || Character == 0x3000;
 }
 
-std::u16string StringConv::Utf8ToUtf16(std::string_view Utf8)
+std::u16string StringConv::Utf8ToUtf16(std::string_view Utf8, bool bEscape)
 {
 	std::u16string Out;
 	Out.reserve(Utf8.size());
@@ -160,7 +160,7 @@ std::u16string StringConv::Utf8ToUtf16(std::string_view Utf8)
 		}
 		else
 		{
-			Out += u'\uFFFD';
+			Out += bEscape ? static_cast<char16_t>(0xDC00 + Lead) : u'\uFFFD';
 			++Pos;
 			continue;
 		}
@@ -172,9 +172,10 @@ std::u16string StringConv::Utf8ToUtf16(std::string_view Utf8)
 		}
 		if (Taken < Extra || CodePoint < Minimum || CodePoint > 0x10FFFF || (CodePoint >= 0xD800 && CodePoint <= 0xDFFF))
 		{
-			// A broken sequence costs one replacement character and resumes at the first byte that did not fit.
-			Out += u'\uFFFD';
-			Pos += 1 + Taken;
+			// A broken sequence costs one replacement character and resumes at the first byte that did not fit;
+			// escaped, only its first byte is taken, and the bytes after it are looked at on their own.
+			Out += bEscape ? static_cast<char16_t>(0xDC00 + Lead) : u'\uFFFD';
+			Pos += bEscape ? 1 : 1 + Taken;
 			continue;
 		}
 		Pos += 1 + Extra;
@@ -192,7 +193,7 @@ std::u16string StringConv::Utf8ToUtf16(std::string_view Utf8)
 	return Out;
 }
 
-std::string StringConv::Utf16ToUtf8(std::u16string_view Utf16)
+std::string StringConv::Utf16ToUtf8(std::u16string_view Utf16, bool bEscape)
 {
 	std::string Out;
 	Out.reserve(Utf16.size());
@@ -204,6 +205,11 @@ std::string StringConv::Utf16ToUtf8(std::u16string_view Utf16)
 		{
 			CodePoint = 0x10000 + ((CodePoint - 0xD800) << 10) + (Utf16[Pos + 1] - 0xDC00);
 			++Pos;
+		}
+		else if (bEscape && CodePoint >= 0xDC80 && CodePoint <= 0xDCFF)
+		{
+			Out += static_cast<char>(CodePoint - 0xDC00);
+			continue;
 		}
 		else if (CodePoint >= 0xD800 && CodePoint <= 0xDFFF)
 		{
@@ -247,6 +253,16 @@ FString FString::FromUtf8(std::string_view Utf8Text)
 std::string FString::ToUtf8() const
 {
 	return StringConv::Utf16ToUtf8(Data);
+}
+
+FString FString::FromNative(std::string_view Bytes)
+{
+	return FString(StringConv::Utf8ToUtf16(Bytes, true));
+}
+
+std::string FString::ToNative() const
+{
+	return StringConv::Utf16ToUtf8(Data, true);
 }
 
 FString operator/(const FString& A, const FString& B)

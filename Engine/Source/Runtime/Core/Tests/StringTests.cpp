@@ -1,6 +1,7 @@
 #include "CoreMinimal.h"
 
 #include <gtest/gtest.h>
+#include <random>
 
 namespace
 {
@@ -175,4 +176,33 @@ TEST(StringTests, Utf8ConversionReplacesInvalidInputAndRoundTrips)
 	// A lone surrogate on the way out becomes U+FFFD.
 	const std::u16string Lone = {u'a', char16_t(0xD800), u'b'};
 	EXPECT_EQ(FString(Lone).ToUtf8(), "a\xEF\xBF\xBD" "b");
+}
+
+TEST(StringTests, NativeBytesComeBackExactlyWhateverTheyAre)
+{
+	// Invalid bytes escape one by one; what is valid UTF-8 reads as it always does.
+	ExpectUnits(FString::FromNative("Caf\xE9"), u"Caf\xDCE9");
+	ExpectUnits(FString::FromNative("\xE2\x82\xAC \xE2\x82 x"), u"\u20AC \xDCE2\xDC82 x");
+	ExpectUnits(FString::FromNative("\xED\xA0\x80"), u"\xDCED\xDCA0\xDC80"); // an encoded surrogate
+	ExpectUnits(FString::FromNative("\xF0\x9F\x98\x80\xC0\xAF"), u"\U0001F600\xDCC0\xDCAF");
+	// Shown to a user the escapes read as replacement characters, never as bytes of another encoding.
+	EXPECT_EQ(FString::FromNative("Caf\xE9").ToUtf8(), "Caf\xEF\xBF\xBD");
+	// A lone surrogate that no byte escapes to still leaves as U+FFFD.
+	EXPECT_EQ(FString(std::u16string(u"\xD800|\xDC7F")).ToNative(), "\xEF\xBF\xBD|\xEF\xBF\xBD");
+
+	std::mt19937 Random(7);
+	for (int Round = 0; Round < 20000; ++Round)
+	{
+		std::string Bytes(Random() % 12, '\0');
+		for (char& Byte : Bytes)
+		{
+			// Mostly bytes around the UTF-8 boundaries, so that sequences are often nearly right.
+			static const unsigned char Picks[] = {'a', '/', 0x7F, 0x80, 0xBF, 0xC2, 0xDF, 0xE0, 0xED, 0xEF, 0xF0, 0xF4, 0xF5, 0xFF};
+			Byte = static_cast<char>(Random() % 3 == 0 ? Random() % 256 : Picks[Random() % sizeof(Picks)]);
+		}
+		const FString Name = FString::FromNative(Bytes);
+		ASSERT_EQ(Name.ToNative(), Bytes) << "round " << Round;
+		const std::string Valid = FString::FromUtf8(Bytes).ToUtf8();
+		ASSERT_EQ(FString::FromNative(Valid).GetStd(), FString::FromUtf8(Valid).GetStd());
+	}
 }

@@ -26,14 +26,14 @@ public:
 	{
 		const FString Full = Path / Relative;
 		FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*FPaths::GetPath(Full));
-		std::ofstream Out(Full.ToUtf8(), std::ios::binary);
+		std::ofstream Out(Full.ToNative(), std::ios::binary);
 		Out << Bytes;
 		return Full;
 	}
 
 	static std::string ReadBytes(const FString& Full)
 	{
-		std::ifstream In(Full.ToUtf8(), std::ios::binary);
+		std::ifstream In(Full.ToNative(), std::ios::binary);
 		return std::string(std::istreambuf_iterator<char>(In), std::istreambuf_iterator<char>());
 	}
 

@@ -86,6 +86,11 @@ public:
 
 	static FString FromUtf8(std::string_view Utf8Text);
 	std::string ToUtf8() const;
+	// The operating system's bytes (file names, arguments, the environment): UTF-8, where each byte that
+	// isn't part of valid UTF-8 comes in as one of U+DC80 to U+DCFF and goes back out as that same byte, so
+	// that any name comes back to exactly the bytes it had.
+	static FString FromNative(std::string_view Bytes);
+	std::string ToNative() const;
 
 	const TCHAR* operator*() const { return Data.c_str(); }
 	int32 Len() const { return static_cast<int32>(Data.size()); }
@@ -263,8 +268,10 @@ namespace FChar
 // fails: bad bytes and lone surrogates become U+FFFD.
 namespace StringConv
 {
-	CORE_API std::u16string Utf8ToUtf16(std::string_view Utf8);
-	CORE_API std::string Utf16ToUtf8(std::u16string_view Utf16);
+	// Without bEscape an invalid sequence becomes one U+FFFD and a lone surrogate is written as U+FFFD; with
+	// it each invalid byte B becomes U+DC00 + B, and such a lone surrogate is written as the byte B.
+	CORE_API std::u16string Utf8ToUtf16(std::string_view Utf8, bool bEscape = false);
+	CORE_API std::string Utf16ToUtf8(std::u16string_view Utf16, bool bEscape = false);
 }
 
 // gtest and other diagnostics print strings as UTF-8.
