@@ -14,6 +14,9 @@
 //   spawn-grandchild hang|exit MODE...
 //                        starts this program with MODE... as a grandchild, prints "child <pid>" and
 //                        "grandchild <pid>" lines, then hangs or exits with status 0
+//   escape               starts two hanging descendants that leave its process group by setsid: one its own
+//                        child ("stray <pid>"), one whose parent exits at once ("orphan <pid>"); then prints
+//                        "child <pid>" and hangs
 
 #include <cerrno>
 #include <csignal>
@@ -23,6 +26,7 @@
 #include <spawn.h>
 #include <string>
 #include <sys/types.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -135,6 +139,41 @@ int ToInt(const std::vector<std::string>& Words, size_t Index)
 	{
 		std::_Exit(0);
 	}
+	WaitForever();
+}
+// Forks a descendant that starts a session of its own, says Label and its pid, and hangs; with bOrphan a
+// middle process that exits at once stands between it and us.
+void StartEscapee(const char* Label, bool bOrphan)
+{
+	const pid_t Middle = fork();
+	if (Middle < 0)
+	{
+		Usage("cannot fork");
+	}
+	if (Middle > 0)
+	{
+		if (bOrphan)
+		{
+			while (waitpid(Middle, nullptr, 0) < 0 && errno == EINTR)
+			{
+			}
+		}
+		return;
+	}
+	setsid();
+	if (bOrphan && fork() != 0)
+	{
+		std::_Exit(0);
+	}
+	WriteAll(STDOUT_FILENO, std::string(Label) + " " + std::to_string(getpid()) + "\n");
+	WaitForever();
+}
+
+[[noreturn]] void Escape()
+{
+	StartEscapee("stray", false);
+	StartEscapee("orphan", true);
+	WriteAll(STDOUT_FILENO, "child " + std::to_string(getpid()) + "\n");
 	WaitForever();
 }
 } // namespace
@@ -264,6 +303,10 @@ int main(int ArgumentCount, char** Arguments)
 	if (Mode == "spawn-grandchild")
 	{
 		SpawnGrandchild(Words);
+	}
+	if (Mode == "escape")
+	{
+		Escape();
 	}
 	Usage("unknown behaviour");
 }

@@ -141,7 +141,15 @@ void FMonitoredProcess::Cancel(bool bInKillTree)
 
 void FMonitoredProcess::SignalChild(int Signal)
 {
-	if (ProcessHandle.IsValid() && !ProcessHandle.bEnded)
+	if (!ProcessHandle.IsValid() || ProcessHandle.bEnded)
+	{
+		return;
+	}
+	if (bKillTree && Signal == SIGKILL)
+	{
+		ProcessPosix::KillProcessTree(ProcessHandle.ProcessId);
+	}
+	else
 	{
 		kill(bKillTree ? -ProcessHandle.ProcessId : ProcessHandle.ProcessId, Signal);
 	}

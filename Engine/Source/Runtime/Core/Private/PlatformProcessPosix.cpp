@@ -4,10 +4,16 @@
 #include "Misc/WindowsArguments.h"
 #include "ProcessPosix.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <csignal>
 #include <fcntl.h>
-#include <spawn.h>
+#include <dirent.h>
+#include <linux/close_range.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <string>
 #include <sys/types.h>
 #include <sys/wait.h>
@@ -54,6 +60,59 @@ bool CollectEnd(FProcHandle& ProcessHandle, bool bBlock)
 		}
 	}
 }
+// The child's side of CreateProc, between fork and exec. Its own process group lets a cancel reach every
+// process the child starts, and as a subreaper it adopts the descendants whose parents end, so that even
+// those that leave the group by setsid stay in its tree where a cancel finds them. Signal dispositions and
+// the mask are reset because the tool may ignore or block signals (SIGPIPE) that the child needs.
+[[noreturn]] void StartChild(const char* Path, char* const* Argv, const char* WorkingDirectory, int PipeWriteChild,
+							 int Report)
+{
+	setpgid(0, 0);
+	prctl(PR_SET_CHILD_SUBREAPER, 1);
+	struct sigaction Default{};
+	Default.sa_handler = SIG_DFL;
+	for (int Signal = 1; Signal < NSIG; ++Signal)
+	{
+		if (Signal != SIGKILL && Signal != SIGSTOP)
+		{
+			sigaction(Signal, &Default, nullptr);
+		}
+	}
+	sigset_t Signals;
+	sigemptyset(&Signals);
+	sigprocmask(SIG_SETMASK, &Signals, nullptr);
+
+	int Error = 0;
+	const int Null = open("/dev/null", O_RDONLY);
+	if (Null < 0 || dup2(Null, STDIN_FILENO) < 0)
+	{
+		Error = errno;
+	}
+	if (Error == 0 && PipeWriteChild >= 0 &&
+		(dup2(PipeWriteChild, STDOUT_FILENO) < 0 || dup2(PipeWriteChild, STDERR_FILENO) < 0))
+	{
+		Error = errno;
+	}
+	// Descriptors that another thread opened without close-on-exec, such as the pipe of a second child,
+	// must not leak: a leaked write end would keep that child's output open after its end.
+	if (Error == 0)
+	{
+		syscall(SYS_close_range, STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
+	}
+	if (Error == 0 && WorkingDirectory && chdir(WorkingDirectory) != 0)
+	{
+		Error = errno;
+	}
+	if (Error == 0)
+	{
+		execve(Path, Argv, environ);
+		Error = errno;
+	}
+	while (write(Report, &Error, sizeof(Error)) < 0 && errno == EINTR)
+	{
+	}
+	_exit(127);
+}
 } // namespace
 
 FProcHandle FPlatformProcess::CreateProc(const TCHAR* URL, const TCHAR* Parms, bool bLaunchDetached, bool bLaunchHidden,
@@ -69,14 +128,14 @@ FProcHandle FPlatformProcess::CreateProc(const TCHAR* URL, const TCHAR* Parms, b
 		return FProcHandle();
 	}
 
-	const std::string Path = FString(URL).ToUtf8();
+	const std::string Path = FString(URL).ToNative();
 	const TArray<FString> Arguments = FWindowsArguments::Split(FString(Parms));
 	std::vector<std::string> ArgumentBytes;
 	ArgumentBytes.reserve(static_cast<size_t>(Arguments.Num()) + 1);
 	ArgumentBytes.push_back(Path);
 	for (int32 Index = 0; Index < Arguments.Num(); ++Index)
 	{
-		ArgumentBytes.push_back(Arguments[Index].ToUtf8());
+		ArgumentBytes.push_back(Arguments[Index].ToNative());
 	}
 	std::vector<char*> Argv;
 	for (std::string& Argument : ArgumentBytes)
@@ -85,42 +144,42 @@ FProcHandle FPlatformProcess::CreateProc(const TCHAR* URL, const TCHAR* Parms, b
 	}
 	Argv.push_back(nullptr);
 
-	posix_spawn_file_actions_t Actions;
-	posix_spawn_file_actions_init(&Actions);
-	posix_spawn_file_actions_addopen(&Actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-	if (PipeWriteChild >= 0)
-	{
-		posix_spawn_file_actions_adddup2(&Actions, PipeWriteChild, STDOUT_FILENO);
-		posix_spawn_file_actions_adddup2(&Actions, PipeWriteChild, STDERR_FILENO);
-	}
-	// Descriptors that another thread opened without close-on-exec, such as the pipe of a second
-	// child, must not leak: a leaked write end would keep that child's output open after its end.
-	posix_spawn_file_actions_addclosefrom_np(&Actions, STDERR_FILENO + 1);
 	std::string WorkingDirectory;
 	if (OptionalWorkingDirectory && *OptionalWorkingDirectory)
 	{
-		WorkingDirectory = FString(OptionalWorkingDirectory).ToUtf8();
-		posix_spawn_file_actions_addchdir_np(&Actions, WorkingDirectory.c_str());
+		WorkingDirectory = FString(OptionalWorkingDirectory).ToNative();
 	}
-
-	posix_spawnattr_t Attributes;
-	posix_spawnattr_init(&Attributes);
-	// Its own process group lets a cancel reach every process the child starts. Signal dispositions and
-	// the mask are reset because the tool may ignore or block signals (SIGPIPE) that the child needs.
-	posix_spawnattr_setflags(&Attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-	posix_spawnattr_setpgroup(&Attributes, 0);
-	sigset_t Signals;
-	sigemptyset(&Signals);
-	posix_spawnattr_setsigmask(&Attributes, &Signals);
-	sigfillset(&Signals);
-	posix_spawnattr_setsigdefault(&Attributes, &Signals);
-
-	pid_t ProcessId = 0;
-	const int Error = posix_spawn(&ProcessId, Path.c_str(), &Actions, &Attributes, Argv.data(), environ);
-	posix_spawnattr_destroy(&Attributes);
-	posix_spawn_file_actions_destroy(&Actions);
-	if (Error != 0)
+	// The child reports a failed start through this pipe; it closes unread when the program runs.
+	int Report[2];
+	if (pipe2(Report, O_CLOEXEC) != 0)
 	{
+		return FProcHandle();
+	}
+	const pid_t ProcessId = fork();
+	if (ProcessId == 0)
+	{
+		// Only calls that are safe between fork and exec in a process with threads from here on.
+		StartChild(Path.c_str(), Argv.data(), WorkingDirectory.empty() ? nullptr : WorkingDirectory.c_str(),
+				   PipeWriteChild, Report[1]);
+	}
+	close(Report[1]);
+	int ChildError = 0;
+	ssize_t Got = 0;
+	do
+	{
+		Got = read(Report[0], &ChildError, sizeof(ChildError));
+	} while (Got < 0 && errno == EINTR);
+	close(Report[0]);
+	if (ProcessId < 0)
+	{
+		return FProcHandle();
+	}
+	if (Got > 0)
+	{
+		int Status = 0;
+		while (waitpid(ProcessId, &Status, 0) < 0 && errno == EINTR)
+		{
+		}
 		return FProcHandle();
 	}
 	if (OutProcessID)
@@ -161,8 +220,117 @@ void FPlatformProcess::TerminateProc(FProcHandle& ProcessHandle, bool KillTree)
 	// Once the end is collected the id may name a stranger, so only a child not yet collected is signalled.
 	if (ProcessHandle.IsValid() && !ProcessHandle.bEnded)
 	{
-		kill(KillTree ? -ProcessHandle.ProcessId : ProcessHandle.ProcessId, SIGKILL);
+		if (KillTree)
+		{
+			ProcessPosix::KillProcessTree(ProcessHandle.ProcessId);
+		}
+		else
+		{
+			kill(ProcessHandle.ProcessId, SIGKILL);
+		}
 	}
+}
+
+namespace
+{
+struct FProcessLink
+{
+	pid_t Parent;
+	pid_t Process;
+	bool bZombie;
+};
+
+// Every process's parent as /proc tells it, sorted by parent.
+std::vector<FProcessLink> ListProcessLinks()
+{
+	std::vector<FProcessLink> Links;
+	DIR* Proc = opendir("/proc");
+	if (!Proc)
+	{
+		return Links;
+	}
+	while (const dirent* Entry = readdir(Proc))
+	{
+		char* End = nullptr;
+		const long Process = std::strtol(Entry->d_name, &End, 10);
+		if (Process <= 0 || *End != '\0')
+		{
+			continue;
+		}
+		const std::string StatPath = std::string("/proc/") + Entry->d_name + "/stat";
+		const int Fd = open(StatPath.c_str(), O_RDONLY | O_CLOEXEC);
+		if (Fd < 0)
+		{
+			continue;
+		}
+		char Buffer[512];
+		const ssize_t Got = read(Fd, Buffer, sizeof(Buffer) - 1);
+		close(Fd);
+		if (Got <= 0)
+		{
+			continue;
+		}
+		Buffer[Got] = '\0';
+		// "pid (name) state parent ...": the name may hold anything, so the fields start after its last ")".
+		const char* Close = std::strrchr(Buffer, ')');
+		char State = 0;
+		int Parent = 0;
+		if (Close && std::sscanf(Close + 1, " %c %d", &State, &Parent) == 2)
+		{
+			Links.push_back({static_cast<pid_t>(Parent), static_cast<pid_t>(Process), State == 'Z' || State == 'X'});
+		}
+	}
+	closedir(Proc);
+	std::sort(Links.begin(), Links.end(), [](const FProcessLink& A, const FProcessLink& B) { return A.Parent < B.Parent; });
+	return Links;
+}
+
+// The processes below Root that still run; the dead ones only lead on to their children.
+std::vector<pid_t> LiveDescendants(pid_t Root)
+{
+	const std::vector<FProcessLink> Links = ListProcessLinks();
+	std::vector<pid_t> Live;
+	std::vector<pid_t> Frontier{Root};
+	while (!Frontier.empty() && Live.size() < Links.size())
+	{
+		const pid_t Parent = Frontier.back();
+		Frontier.pop_back();
+		auto At = std::lower_bound(Links.begin(), Links.end(), Parent,
+								   [](const FProcessLink& Link, pid_t Value) { return Link.Parent < Value; });
+		for (; At != Links.end() && At->Parent == Parent; ++At)
+		{
+			Frontier.push_back(At->Process);
+			if (!At->bZombie)
+			{
+				Live.push_back(At->Process);
+			}
+		}
+	}
+	return Live;
+}
+} // namespace
+
+void ProcessPosix::KillProcessTree(pid_t Root)
+{
+	// The root's group stops first, so that it starts nothing new while its tree is looked for. The root
+	// dies last: while it lives it adopts the orphans of the tree, so that the next look still finds them.
+	kill(-Root, SIGSTOP);
+	for (int Look = 0; Look < 200; ++Look)
+	{
+		const std::vector<pid_t> Live = LiveDescendants(Root);
+		if (Live.empty())
+		{
+			break;
+		}
+		for (const pid_t Process : Live)
+		{
+			kill(Process, SIGKILL);
+		}
+		// The killed ones take a moment to end and hand their children up to the root.
+		usleep(Look < 20 ? 100 : 1000);
+	}
+	kill(-Root, SIGKILL);
+	kill(Root, SIGKILL);
 }
 
 void FPlatformProcess::CloseProc(FProcHandle& ProcessHandle)

@@ -20,4 +20,8 @@ inline int32 ReturnCodeFromWaitStatus(int Status)
 	}
 	return -1;
 }
+
+// Ends Root and every process below it with SIGKILL, also those that left its process group or session;
+// Root must be a child not yet collected.
+void KillProcessTree(pid_t Root);
 } // namespace ProcessPosix

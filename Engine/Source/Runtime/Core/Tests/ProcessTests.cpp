@@ -424,6 +424,35 @@ TEST(MonitoredProcessTests, CancelEndsTheWholeTree)
 	}
 }
 
+TEST(MonitoredProcessTests, CancelEndsDescendantsThatLeftTheGroup)
+{
+	FMonitoredProcess Process(FakeChild, TEXT("escape"), true);
+	FCollectedOutput Output(Process);
+	ASSERT_TRUE(Process.Launch());
+	ASSERT_TRUE(WaitUntil([&] {
+		return Output.FindNumber("stray ") > 0 && Output.FindNumber("orphan ") > 0 && Output.FindNumber("child ") > 0;
+	})) << Output.Get();
+	const pid_t Stray = Output.FindNumber("stray ");
+	const pid_t Orphan = Output.FindNumber("orphan ");
+	ASSERT_FALSE(ProcessGone(Stray));
+	ASSERT_FALSE(ProcessGone(Orphan));
+	ASSERT_NE(getpgid(Stray), getpgid(Output.FindNumber("child ")));
+
+	Process.Cancel(true);
+	ASSERT_TRUE(WaitForEnd(Process));
+	EXPECT_EQ(Process.GetReturnCode(), -SIGKILL);
+	EXPECT_TRUE(WaitUntil([&] { return ProcessGone(Stray); })) << "the child's own descendant in a session of its own";
+	EXPECT_TRUE(WaitUntil([&] { return ProcessGone(Orphan); })) << "a descendant whose parent had gone";
+	// Neither is left running should a check above fail.
+	for (const pid_t Left : {Stray, Orphan})
+	{
+		if (!ProcessGone(Left))
+		{
+			kill(Left, SIGKILL);
+		}
+	}
+}
+
 TEST(MonitoredProcessTests, ChildThatIgnoresCancelIsKilledAfterTheGrace)
 {
 	FMonitoredProcess Process(FakeChild, TEXT("hang-ignore-term"), true);
