@@ -8,9 +8,19 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <iostream>
+#include <map>
+#include <random>
 #include <set>
 #include <string>
+#include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace
@@ -313,4 +323,142 @@ TEST(CompressCookedFilesTests, PackageOutsideTheRootIsAProgrammingError)
 	const FString Outside = Dir.WriteFile(TEXT("Elsewhere/a.uasset"), "x");
 	FCompressCookedFilesVisitor Visitor(Dir / TEXT("Staged"), Dir / TEXT("Target"));
 	EXPECT_DEATH(Visitor.Visit(*Outside, false), "FullPath\\.StartsWith\\( StartedRoot \\)");
+}
+
+// Run as a child of the kill test below, in a process of its own (so that the compression workers are its
+// own threads too): walks one tree into another and says when it starts and when it has ended.
+TEST(CompressCookedFilesTests, DISABLED_WalkUntilKilled)
+{
+	const char* From = std::getenv("TESSEL_WALK_FROM");
+	const char* To = std::getenv("TESSEL_WALK_TO");
+	ASSERT_TRUE(From && To);
+	std::fputs("walk-started\n", stdout);
+	std::fflush(stdout);
+	Walk(FString::FromNative(From), FString::FromNative(To));
+	std::fputs("walk-ended\n", stdout);
+	std::fflush(stdout);
+}
+
+TEST(CompressCookedFilesTests, KilledWalkLeavesOnlyWholeFilesUnderTheirNames)
+{
+	FTempDirectory Dir;
+	// Two cooks of the same mod: the same names and sizes, other bytes. The walks take turns into one target.
+	std::map<std::string, std::array<std::string, 2>> Sources;
+	for (int32 Index = 0; Index < 24; ++Index)
+	{
+		const size_t Size = Index % 5 == 0 ? 200000 + Index * 1000 : 2000 + Index * 3000;
+		const std::string Name = FString::Printf(TEXT("Sub%d/p%d.%s"), Index % 3, Index, Index % 4 == 0 ? TEXT("umap") : TEXT("uasset")).ToUtf8();
+		Sources[Name] = {Text(Size, 'a' + Index % 7), Text(Size, 'A' + Index % 11)};
+	}
+	Sources["Sub0/notes.txt"] = {Text(3000, 'n'), Text(3000, 'N')};
+	for (const auto& [Name, Variants] : Sources)
+	{
+		for (int32 Variant = 0; Variant < 2; ++Variant)
+		{
+			Dir.WriteFile(FString::Printf(TEXT("Cook%d/"), Variant) + FString::FromUtf8(Name), Variants[Variant]);
+		}
+	}
+	const FString Target = Dir / TEXT("Target");
+
+	// Starts a walk of one cook in a process of its own; true once it has said that it started.
+	const auto StartWalk = [&](int32 Variant, pid_t& OutChild, int& OutPipe) {
+		int Pipe[2];
+		if (pipe(Pipe) != 0)
+		{
+			return false;
+		}
+		const std::string Self = std::filesystem::read_symlink("/proc/self/exe").string();
+		const std::string From = (Dir / FString::Printf(TEXT("Cook%d"), Variant)).ToNative();
+		const std::string To = Target.ToNative();
+		OutChild = fork();
+		if (OutChild == 0)
+		{
+			dup2(Pipe[1], STDOUT_FILENO);
+			close(Pipe[0]);
+			setenv("TESSEL_WALK_FROM", From.c_str(), 1);
+			setenv("TESSEL_WALK_TO", To.c_str(), 1);
+			execl(Self.c_str(), Self.c_str(), "--gtest_also_run_disabled_tests",
+				  "--gtest_filter=CompressCookedFilesTests.DISABLED_WalkUntilKilled", static_cast<char*>(nullptr));
+			_exit(127);
+		}
+		close(Pipe[1]);
+		OutPipe = Pipe[0];
+		std::string Said;
+		char Byte;
+		while (Said.find("walk-started\n") == std::string::npos && read(OutPipe, &Byte, 1) == 1)
+		{
+			Said += Byte;
+		}
+		return OutChild > 0 && Said.find("walk-started\n") != std::string::npos;
+	};
+	const auto RestOfOutput = [](int Pipe) {
+		std::string Said;
+		char Chunk[4096];
+		for (ssize_t Got; (Got = read(Pipe, Chunk, sizeof(Chunk))) > 0;)
+		{
+			Said.append(Chunk, static_cast<size_t>(Got));
+		}
+		close(Pipe);
+		return Said;
+	};
+
+	// One whole walk first, to learn how long one takes.
+	pid_t Child = 0;
+	int Pipe = -1;
+	ASSERT_TRUE(StartWalk(0, Child, Pipe));
+	const auto Begin = std::chrono::steady_clock::now();
+	ASSERT_NE(RestOfOutput(Pipe).find("walk-ended"), std::string::npos);
+	const auto WalkTime = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - Begin);
+	int Status = 0;
+	ASSERT_EQ(waitpid(Child, &Status, 0), Child);
+	ASSERT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0);
+
+	std::mt19937 Random(4242);
+	int32 KillsInsideAWalk = 0;
+	int32 Rounds = 0;
+	while (KillsInsideAWalk < 200 && Rounds < 1000)
+	{
+		const int32 Variant = Rounds++ % 2;
+		ASSERT_TRUE(StartWalk(Variant, Child, Pipe));
+		std::this_thread::sleep_for(std::chrono::microseconds(Random() % std::max<int64_t>(1, WalkTime.count())));
+		kill(Child, SIGKILL);
+		const bool bEnded = RestOfOutput(Pipe).find("walk-ended") != std::string::npos;
+		ASSERT_EQ(waitpid(Child, &Status, 0), Child);
+		ASSERT_TRUE(WIFSIGNALED(Status) || (WIFEXITED(Status) && WEXITSTATUS(Status) == 0 && bEnded)) << Status;
+		KillsInsideAWalk += bEnded ? 0 : 1;
+
+		// Every file under its final name is whole: a ".z" decodes to one cook's bytes, a copy is one cook's
+		// file, and a size file stands beside its ".z" and says its size.
+		for (const std::string& Name : FilesBelow(Target))
+		{
+			const FString Path = Target / FString::FromUtf8(Name);
+			const std::string Base = std::filesystem::path(Name).filename().string();
+			if (Base == "SaveCompressed.tmp" || Base.starts_with("."))
+			{
+				continue; // temporaries of killed writers
+			}
+			if (Name.ends_with(".z.uncompressed_size"))
+			{
+				const std::string ZName = Name.substr(0, Name.size() - std::strlen(".uncompressed_size"));
+				ASSERT_TRUE(std::filesystem::exists((Target / FString::FromUtf8(ZName)).ToNative())) << Name;
+				const std::string Source = ZName.substr(0, ZName.size() - 2);
+				ASSERT_EQ(FTempDirectory::ReadBytes(Path), std::to_string(Sources.at(Source)[0].size()) + "\r\n") << Name;
+			}
+			else if (Name.ends_with(".z"))
+			{
+				const auto& Variants = Sources.at(Name.substr(0, Name.size() - 2));
+				const std::string Bytes = Unpack(Path, static_cast<int64>(Variants[0].size()));
+				ASSERT_FALSE(HasFailure()) << Name << " after round " << Rounds;
+				ASSERT_TRUE(Bytes == Variants[0] || Bytes == Variants[1]) << Name << " after round " << Rounds;
+			}
+			else
+			{
+				const std::string Bytes = FTempDirectory::ReadBytes(Path);
+				ASSERT_TRUE(Bytes == Sources.at(Name)[0] || Bytes == Sources.at(Name)[1]) << Name;
+			}
+		}
+	}
+	std::cout << "walks: " << Rounds << ", killed inside the walk: " << KillsInsideAWalk << ", one walk: "
+			  << WalkTime.count() / 1000 << " ms" << std::endl;
+	EXPECT_GE(KillsInsideAWalk, 200);
 }

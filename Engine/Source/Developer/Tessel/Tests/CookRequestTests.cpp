@@ -4,6 +4,7 @@
 #include "HAL/PlatformFile.h"
 
 #include <gtest/gtest.h>
+#include <vector>
 
 namespace
 {
@@ -63,46 +64,58 @@ TEST(CookRequestTests, TheTwoComposedCommandLinesByteForByte)
 
 TEST(CookRequestTests, KindsTargetsAndDirectories)
 {
+	// Each request's command lines as a mod author reads them in the log; R stands for the kit's folder.
 	struct FCase
 	{
 		ECookKind Kind;
-		const TCHAR* Extra;
+		bool bDlc;
+		std::vector<const TCHAR*> Lines;
 	};
-	for (const bool bDlc : {false, true})
+	const TCHAR* const Head = TEXT("Command Line: \"Orrery/Orrery.uproject\" -run=Cook");
+	const FCase Cases[] = {
+		{ECookKind::Map, false,
+		 {TEXT("'WindowsNoEditor' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=Foo -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsNoEditor_STAGING\"")}},
+		{ECookKind::GameMod, false,
+		 {TEXT("'WindowsNoEditor' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=Foo -GameMod -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsNoEditor_STAGING\"")}},
+		{ECookKind::TotalConversion, false,
+		 {TEXT("'WindowsNoEditor' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -TC_BASE=\"R/PackageInfo.bin\" -ModGUID=G -Output=\"R/ModTools/Output/Foo/WindowsNoEditor_STAGING\"")}},
+		{ECookKind::IslandExtension, false,
+		 {TEXT("'WindowsNoEditor' # -Map=/Game/Maps/SeamlessTest/Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=Foo -IslandExtension -ModGUID=G -Output=\"R/ModTools/Output/Foo/WindowsNoEditor_STAGING\"")}},
+		{ECookKind::Map, true,
+		 {TEXT("'WindowsNoEditor' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=Foo -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsNoEditor/123456789\""),
+		  TEXT("'WindowsServer' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsServer -ModDir=Foo -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsServer/123456789\"")}},
+		{ECookKind::GameMod, true,
+		 {TEXT("'WindowsNoEditor' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=Foo -GameMod -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsNoEditor/123456789\""),
+		  TEXT("'WindowsServer' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsServer -ModDir=Foo -GameMod -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsServer/123456789\"")}},
+		{ECookKind::TotalConversion, true,
+		 {TEXT("'WindowsNoEditor' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -TC_BASE=\"R/PackageInfo.bin\" -ModGUID=G -modasdlc -BulkInfo=\"R/BulkDataInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsNoEditor/123456789\""),
+		  TEXT("'WindowsServer' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsServer -TC_BASE=\"R/PackageInfo.bin\" -ModGUID=G -modasdlc -BulkInfo=\"R/BulkDataInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsServer/123456789\"")}},
+		{ECookKind::IslandExtension, true,
+		 {TEXT("'WindowsNoEditor' # -Map=/Game/Maps/SeamlessTest/Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=Foo -IslandExtension -ModGUID=G -Output=\"R/ModTools/Output/Foo/WindowsNoEditor/123456789\""),
+		  TEXT("'WindowsServer' # -Map=/Game/Maps/SeamlessTest/Foo_Map -CookCultures=en -TargetPlatform=WindowsServer -ModDir=Foo -IslandExtension -ModGUID=G -Output=\"R/ModTools/Output/Foo/WindowsServer/123456789\"")}},
+	};
+	for (const FCase& Case : Cases)
 	{
-		for (const FCase& Case : {FCase{ECookKind::Map, TEXT("-ModDir=Foo -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\"")},
-								  FCase{ECookKind::GameMod, TEXT("-ModDir=Foo -GameMod -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\"")},
-								  FCase{ECookKind::TotalConversion, TEXT("-TC_BASE=\"R/PackageInfo.bin\" -ModGUID=G")},
-								  FCase{ECookKind::IslandExtension, TEXT("-ModDir=Foo -IslandExtension -ModGUID=G")}})
+		FCookFixture Fixture(Case.bDlc ? TEXT("-modasdlc") : TEXT(""));
+		Fixture.Tool->StartCook(Case.Kind);
+		const FString R = Fixture.Root();
+		ASSERT_EQ(ActiveJobs.Num(), static_cast<int32>(Case.Lines.size()));
+		for (int32 Index = 0; Index < ActiveJobs.Num(); ++Index)
 		{
-			FCookFixture Fixture(bDlc ? TEXT("-modasdlc") : TEXT(""));
-			Fixture.Tool->StartCook(Case.Kind);
-			const FString R = Fixture.Root();
-			FString Extra = FString(Case.Extra).Replace(TEXT("\"R/"), *(FString(TEXT("\"")) + R + TEXT("/")), ESearchCase::CaseSensitive);
-			if (bDlc && Case.Kind == ECookKind::TotalConversion)
-			{
-				Extra += FString(TEXT(" -modasdlc -BulkInfo=\"")) + R + TEXT("/BulkDataInfo.bin\"");
-			}
-			const FString Map = Case.Kind == ECookKind::IslandExtension ? TEXT("/Game/Maps/SeamlessTest/Foo_Map") : TEXT("Foo_Map");
-			const TArray<FString> Targets = bDlc ? TArray<FString>{TEXT("WindowsNoEditor"), TEXT("WindowsServer")}
-												 : TArray<FString>{TEXT("WindowsNoEditor")};
-			ASSERT_EQ(ActiveJobs.Num(), Targets.Num());
-			for (int32 Index = 0; Index < Targets.Num(); ++Index)
-			{
-				const FCookJob& Job = *ActiveJobs[Index];
-				const FString Base = R / TEXT("ModTools/Output/Foo");
-				EXPECT_EQ(Job.TargetDir, Base / Targets[Index]);
-				EXPECT_EQ(Job.StagingDir, bDlc ? Base / Targets[Index] / TEXT("123456789") : Base / Targets[Index] + TEXT("_STAGING"));
-				EXPECT_EQ(Job.StagedModDir, Case.Kind == ECookKind::TotalConversion ? Job.StagingDir : Job.StagingDir / TEXT("Foo"));
-				EXPECT_EQ(Job.CookKind, static_cast<uint32>(Case.Kind));
-				EXPECT_EQ(Job.bLastTarget, Index == Targets.Num() - 1);
-				EXPECT_FALSE(Job.bTestOutput);
-				EXPECT_FALSE(Job.bStarted);
-				EXPECT_EQ(Fixture.CommandLineOf(Index),
-						  FString::Printf(TEXT("Cook Job: Platform '%s' Command Line: \"Orrery/Orrery.uproject\" -run=Cook -Map=%s "
-											   "-CookCultures=en -TargetPlatform=%s %s -Output=\"%s\""),
-										  *Targets[Index], *Map, *Targets[Index], *Extra, *Job.StagingDir));
-			}
+			const FString Expected = (FString(TEXT("Cook Job: Platform ")) + Case.Lines[Index])
+										 .Replace(TEXT("#"), Head, ESearchCase::CaseSensitive)
+										 .Replace(TEXT("\"R/"), *(TEXT("\"") + R + TEXT("/")), ESearchCase::CaseSensitive);
+			EXPECT_EQ(Fixture.CommandLineOf(Index), Expected);
+
+			const FCookJob& Job = *ActiveJobs[Index];
+			const FString Target = Index == 0 ? TEXT("WindowsNoEditor") : TEXT("WindowsServer");
+			EXPECT_EQ(Job.TargetDir, R + TEXT("/ModTools/Output/Foo/") + Target);
+			EXPECT_EQ(Job.StagingDir, R + TEXT("/ModTools/Output/Foo/") + Target + (Case.bDlc ? TEXT("/123456789") : TEXT("_STAGING")));
+			EXPECT_EQ(Job.StagedModDir, Case.Kind == ECookKind::TotalConversion ? Job.StagingDir : Job.StagingDir + TEXT("/Foo"));
+			EXPECT_EQ(Job.CookKind, static_cast<uint32>(Case.Kind));
+			EXPECT_EQ(Job.bLastTarget, Index == ActiveJobs.Num() - 1);
+			EXPECT_FALSE(Job.bTestOutput);
+			EXPECT_FALSE(Job.bStarted);
 		}
 	}
 }

@@ -226,7 +226,8 @@ TEST(DetailsPanelTests, GuardsFollowTheRecordTheFileSystemAndARealCook)
 	EXPECT_FALSE(Fixture.Enabled(TEXT("UploadMod")));
 
 	// A real cook, pressed with the mouse: the log fills, the throbber turns, and only the three guarded
-	// buttons wait.
+	// buttons wait. The cook goes on until the test lets it end.
+	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/StandIn.mode"), "wait-for-go");
 	QTest::mouseClick(Open.Button(TEXT("CookMapMod")), Qt::LeftButton);
 	ASSERT_EQ(ActiveJobs.Num(), 1);
 	TickFrames();
@@ -238,6 +239,7 @@ TEST(DetailsPanelTests, GuardsFollowTheRecordTheFileSystemAndARealCook)
 	{
 		EXPECT_TRUE(Fixture.Enabled(Key)) << FString(Key).ToUtf8();
 	}
+	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/StandIn.go"), "");
 	Fixture.RunUntilTheQueueIsEmpty();
 	TickFrames();
 	EXPECT_FALSE(Tool.StatusThrobber->GetQWidget()->isVisible());

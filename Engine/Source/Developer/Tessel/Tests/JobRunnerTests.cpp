@@ -1,13 +1,18 @@
 #include "STesselUI.h"
 #include "TestKit.h"
 
+#include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
+#include "Misc/Compression.h"
 #include "Testing/EditorServicesDouble.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
+#include <sys/stat.h>
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -234,10 +239,132 @@ TEST(JobRunnerTests, TwoTargetsRunInOrderAndTheDialogFollowsTheLast)
 	ASSERT_EQ(Fixture.Services->Dialogs.Num(), 1);
 	EXPECT_EQ(Fixture.Services->Dialogs[0].Title.ToString(), FString(TEXT("Quillon Dev Kit")));
 	EXPECT_EQ(Fixture.DialogText(), FString(TEXT("Job Successful!!")));
-	EXPECT_TRUE(Fixture.LogHas(TEXT("WindowsServer")));
+	// The request's own lines name the target too; this one only the server cook prints.
+	EXPECT_TRUE(Fixture.LogHas(TEXT("Cook finished: 3 packages cooked for WindowsServer")));
 	// The queue is empty: the next tick does nothing at all.
 	Fixture.Tick(*Fixture.Tool);
 	EXPECT_EQ(Fixture.Services->Dialogs.Num(), 1);
+}
+
+TEST(JobRunnerTests, AFolderWhoseNameIsNotUtf8CooksUnderTheSameBytes)
+{
+	FRunFixture Fixture;
+	// Latin-1 and two bytes that are never UTF-8.
+	const std::string RawName = "Caf\xE9\xFF\xFE";
+	Fixture.Kit.AddMod(FString::FromNative(RawName), {TEXT("Harbour.umap")});
+	Fixture.Tool->OnRefreshClicked();
+	const TSharedPtr<FModSetup>* Record = Fixture.Tool->ModList.FindByPredicate(
+		[&](const TSharedPtr<FModSetup>& Mod) { return Mod->ModDir.ToNative() == RawName; });
+	ASSERT_TRUE(Record) << "the folder was not listed under its own bytes";
+	EXPECT_EQ((*Record)->Maps, FString(TEXT("Harbour")));
+	Fixture.Tool->SelectedMod = *Record;
+	Fixture.Tool->OnCookMapClicked();
+	ASSERT_TRUE(Fixture.RunToEnd());
+	FString Log;
+	for (const TSharedPtr<FString>& Line : Fixture.Tool->LogMessages)
+	{
+		Log += *Line + TEXT("\n");
+	}
+	EXPECT_EQ(Fixture.DialogText(), FString(TEXT("Job Successful!!"))) << Log;
+
+	std::vector<std::string> Packaged;
+	std::error_code Error;
+	for (const auto& Entry : std::filesystem::recursive_directory_iterator(STesselTool::GetModOutputDir().ToNative(), Error))
+	{
+		if (Entry.path().filename() == "Harbour.umap.z")
+		{
+			Packaged.push_back(Entry.path().string());
+		}
+	}
+	ASSERT_EQ(Packaged.size(), 1u);
+	EXPECT_NE(Packaged[0].find("/" + RawName + "/"), std::string::npos) << Packaged[0];
+}
+
+namespace
+{
+	// Every file below Root, relative to it, sorted.
+	std::vector<std::string> FilesUnder(const FString& Root)
+	{
+		std::vector<std::string> Files;
+		std::error_code Error;
+		const std::filesystem::path Base(Root.ToNative());
+		for (const auto& Entry : std::filesystem::recursive_directory_iterator(Base, Error))
+		{
+			if (!Entry.is_directory())
+			{
+				Files.push_back(std::filesystem::relative(Entry.path(), Base).generic_string());
+			}
+		}
+		std::sort(Files.begin(), Files.end());
+		return Files;
+	}
+}
+
+TEST(JobRunnerTests, ADefaultCookLeavesThePackagedTreeAndNoStaging)
+{
+	FRunFixture Fixture;
+	Fixture.Tool->OnCookMapClicked();
+	ASSERT_TRUE(Fixture.RunToEnd());
+	EXPECT_EQ(Fixture.DialogText(), FString(TEXT("Job Successful!!")));
+	const FString Output = Fixture.Kit.Root() / TEXT("ModTools/Output/Islands");
+	EXPECT_EQ(FilesUnder(Output), (std::vector<std::string>{
+									  "WindowsNoEditor/Alpha.umap.z",
+									  "WindowsNoEditor/Alpha.umap.z.uncompressed_size",
+									  "WindowsNoEditor/Beta.umap.z",
+									  "WindowsNoEditor/Beta.umap.z.uncompressed_size",
+									  "WindowsNoEditor/Props/Crate.uasset.z",
+									  "WindowsNoEditor/Props/Crate.uasset.z.uncompressed_size",
+									  "WindowsNoEditor/mod.info",
+									  "WindowsNoEditor/modmeta.info",
+									  "mod.info",
+									  "modmeta.info",
+								  }))
+		<< "the staging folder is gone, and the description files stand beside the target too";
+	// "placeholder" is eleven bytes.
+	EXPECT_EQ(FTempDirectory::ReadBytes(Output / TEXT("WindowsNoEditor/Beta.umap.z.uncompressed_size")), "11\r\n");
+	EXPECT_EQ(FTempDirectory::ReadBytes(Output / TEXT("mod.info")), FTempDirectory::ReadBytes(Output / TEXT("WindowsNoEditor/mod.info")));
+	EXPECT_EQ(FTempDirectory::ReadBytes(Output / TEXT("modmeta.info")),
+			  FTempDirectory::ReadBytes(Output / TEXT("WindowsNoEditor/modmeta.info")));
+	TUniquePtr<FArchive> Reader(IFileManager::Get().CreateFileReader(*(Output / TEXT("WindowsNoEditor/Props/Crate.uasset.z"))));
+	ASSERT_TRUE(Reader);
+	std::string Bytes(11, '\0');
+	Reader->SerializeCompressed(Bytes.data(), 11, COMPRESS_ZLIB);
+	EXPECT_FALSE(Reader->IsError());
+	EXPECT_EQ(Bytes, "placeholder");
+}
+
+TEST(JobRunnerTests, ACookThatWritesNothingEndsWithNothingPackaged)
+{
+	FRunFixture Fixture;
+	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/StandIn.mode"), "write-nothing");
+	Fixture.Tool->OnCookMapClicked();
+	ASSERT_TRUE(Fixture.RunToEnd());
+	// The commandlet said it succeeded, and the tool believes its words; there is just nothing to package.
+	EXPECT_EQ(Fixture.DialogText(), FString(TEXT("Job Successful!!")));
+	EXPECT_EQ(FilesUnder(Fixture.Kit.Root() / TEXT("ModTools/Output/Islands")), std::vector<std::string>{});
+	EXPECT_FALSE(FPaths::DirectoryExists(Fixture.Kit.Root() / TEXT("ModTools/Output/Islands/WindowsNoEditor_STAGING")));
+}
+
+TEST(JobRunnerTests, ACommandletThatCannotStartEndsEveryJobWithTheDialog)
+{
+	// No program at all, and a file that is no program.
+	for (const bool bPresent : {false, true})
+	{
+		FRunFixture Fixture(TEXT("-modasdlc"));
+		const FString Exe = Fixture.Kit.Root() / TEXT("Engine/Binaries/Win64/UE4Editor.exe");
+		std::filesystem::remove(Exe.ToNative());
+		if (bPresent)
+		{
+			Fixture.Kit.WriteFile(TEXT("Engine/Binaries/Win64/UE4Editor.exe"), "MZ but nothing that runs here");
+			chmod(Exe.ToNative().c_str(), 0755);
+		}
+		Fixture.Tool->OnCookMapClicked();
+		ASSERT_EQ(ActiveJobs.Num(), 2);
+		ASSERT_TRUE(Fixture.RunToEnd()) << "a job whose child never started must still end";
+		ASSERT_EQ(Fixture.Services->Dialogs.Num(), 1);
+		EXPECT_EQ(Fixture.DialogText(), FString(TEXT("Job Finsihed (possible errors)!!")));
+		EXPECT_EQ(FilesUnder(Fixture.Kit.Root() / TEXT("ModTools/Output/Islands")), std::vector<std::string>{});
+	}
 }
 
 TEST(JobRunnerTests, WithoutASuccessLineTheDialogSaysSo)

@@ -5,7 +5,8 @@
 // Misbehaviour for tests, chosen by the environment variable TESSEL_COOK_MODE or by a file "StandIn.mode" in
 // the mod's content folder holding the mode: crash, hang (with a grandchild that hangs too), flood:N (N lines
 // as fast as possible, then the normal end), partial (pieces without line ends and bare carriage returns),
-// invalid-utf8, no-success, write-nothing. "mode@WindowsServer" limits the mode to that target platform.
+// invalid-utf8, no-success, write-nothing, wait-for-go (ends only once a file "StandIn.go" stands beside the
+// mode file, so that a test sees the cook running for as long as it needs). "mode@WindowsServer" limits the mode to that target platform.
 
 #include "CoreMinimal.h"
 #include "HAL/FileManager.h"
@@ -54,7 +55,7 @@ namespace
 		{
 			return false;
 		}
-		Out = FString::FromUtf8(Arg.substr(Length));
+		Out = FString::FromNative(Arg.substr(Length));
 		return true;
 	}
 
@@ -62,7 +63,7 @@ namespace
 	{
 		char Buffer[4096];
 		const ssize_t Length = readlink("/proc/self/exe", Buffer, sizeof(Buffer) - 1);
-		FString Exe = Length > 0 ? FString::FromUtf8(std::string(Buffer, static_cast<size_t>(Length))) : FString();
+		FString Exe = Length > 0 ? FString::FromNative(std::string(Buffer, static_cast<size_t>(Length))) : FString();
 		// <root>/Engine/Binaries/Win64/UE4Editor.exe
 		return FPaths::GetPath(FPaths::GetPath(FPaths::GetPath(FPaths::GetPath(Exe))));
 	}
@@ -81,7 +82,7 @@ int main(int ArgC, char** ArgV)
 	{
 		return Fail("expected the project and -run=Cook");
 	}
-	Args.Project = FString::FromUtf8(ArgV[1]);
+	Args.Project = FString::FromNative(ArgV[1]);
 	for (int Index = 3; Index < ArgC; ++Index)
 	{
 		const std::string Arg = ArgV[Index];
@@ -257,6 +258,17 @@ int main(int ArgC, char** ArgV)
 		TUniquePtr<FArchive> MetaFile(IFileManager::Get().CreateFileWriter(*(Cooked / TEXT("modmeta.info"))));
 		ModArchiveForms::SerializeStringMap(*MetaFile, Meta);
 		MetaFile->Close();
+	}
+
+	if (Mode == TEXT("wait-for-go"))
+	{
+		Print(TEXT("LogCook: Display: waiting for StandIn.go"));
+		std::fflush(stdout);
+		// Bounded, so that a test that forgets the file can't leave a child behind for ever.
+		for (int32 Wait = 0; Wait < 60000 && !FPaths::FileExists(Source / TEXT("StandIn.go")); ++Wait)
+		{
+			usleep(1000);
+		}
 	}
 
 	// A hang comes after the files are written, as a cook that stalls at its end.
