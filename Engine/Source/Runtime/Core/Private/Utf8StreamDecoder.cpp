@@ -1,6 +1,6 @@
 #include "Misc/Utf8StreamDecoder.h"
 
-#include <cstring>
+#include <string_view>
 
 namespace
 {
@@ -42,7 +42,8 @@ size_t IncompleteTailLength(std::string_view Bytes)
 FString ToText(std::string_view Bytes)
 {
 	std::u16string Text = StringConv::Utf8ToUtf16(Bytes);
-	if (std::memchr(Bytes.data(), 0, Bytes.size()) == nullptr)
+	// Not memchr: an empty read may come as a null pointer, which memchr must never be given.
+	if (Bytes.find('\0') == std::string_view::npos)
 	{
 		return FString(std::move(Text));
 	}
