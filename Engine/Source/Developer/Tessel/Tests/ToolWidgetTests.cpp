@@ -14,7 +14,15 @@
 #include "Widgets/Text/STextBlock.h"
 #include "cook/CookJob.h"
 
+#include "Framework/Docking/TabManager.h"
+#include "Testing/EditorServicesDouble.h"
+
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
 #include <memory>
 
 TESSEL_WIDGET_TEST_MAIN()
@@ -187,6 +195,87 @@ TEST(ToolWidgetTests, ClosingSavesTheRecordsAndDeletesSteamAppId)
 	FOpenTool Reopened;
 	ASSERT_TRUE(Reopened.Tool->SelectedMod);
 	EXPECT_EQ(Reopened.Tool->SelectedMod->Title, FString(TEXT("typed but never saved")));
+}
+
+namespace
+{
+	bool ProcessIsGone(pid_t Pid)
+	{
+		// A killed child that nobody has reaped yet is a zombie: gone for the user.
+		std::ifstream Stat("/proc/" + std::to_string(Pid) + "/stat");
+		std::string Content((std::istreambuf_iterator<char>(Stat)), std::istreambuf_iterator<char>());
+		const size_t Close = Content.rfind(')');
+		return Content.empty() || (Close != std::string::npos && Close + 2 < Content.size() && Content[Close + 2] == 'Z');
+	}
+}
+
+TEST(TesselModuleTests, StartRegistersTheTabAndShutdownEndsEveryJobAtOnceWithoutADialog)
+{
+	FTestKit Kit;
+	Kit.AddMod(TEXT("Islands"));
+	TSharedRef<FEditorServicesDouble> Services = MakeShared<FEditorServicesDouble>();
+	IEditorServices::Set(Services);
+	FModuleManager::Get().SetModuleDirectory(TEXT(TESSEL_MODULE_DIR));
+	ASSERT_NE(FModuleManager::Get().LoadModule(TEXT("Tessel")), nullptr);
+
+	// The editor's Window menu lists the tab under its title, and opening it shows the tool.
+	const TArray<FTabSpawnerEntry> Spawners = FGlobalTabmanager::Get()->GetNomadTabSpawners();
+	const FTabSpawnerEntry* Entry = Spawners.FindByPredicate([](const FTabSpawnerEntry& Each) { return Each.GetTabId() == TEXT("TesselTools"); });
+	ASSERT_NE(Entry, nullptr);
+	EXPECT_EQ(Entry->GetDisplayName().ToString(), FString(TEXT("Cook/Upload Mod to Steam...")));
+	TSharedPtr<SDockTab> Tab = FGlobalTabmanager::Get()->InvokeTab(TEXT("TesselTools"));
+	ASSERT_TRUE(Tab && Tab->GetContent());
+	EXPECT_TRUE(FindWidgetByKey(Tab->GetContent().ToSharedRef(), TEXT("RefreshMods")));
+	EXPECT_TRUE(FindWidgetByKey(Tab->GetContent().ToSharedRef(), TEXT("Title")));
+
+	// A running child that ignores the polite signal, and a job queued behind it.
+	TSharedRef<FCookJob> Running = MakeShared<FCookJob>(FModSetup(), TEXT(TESSEL_FAKE_CHILD), TEXT("hang-ignore-term"), FString(),
+														 FString(), FString(), 0u, false, false);
+	TSharedRef<FCookJob> Queued = MakeShared<FCookJob>(FModSetup(), TEXT(TESSEL_FAKE_CHILD), TEXT("hang"), FString(), FString(),
+														FString(), 0u, true, false);
+	ActiveJobs.Add(Running);
+	ActiveJobs.Add(Queued);
+	Running->bStarted = true;
+	ASSERT_TRUE(Running->Process->Launch());
+	pid_t Child = 0;
+	TArray<FString> Lines;
+	const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+	while (Child == 0 && std::chrono::steady_clock::now() < Deadline)
+	{
+		std::this_thread::sleep_for(std::chrono::milliseconds(5));
+		Running->TakeCompletedLines(Lines);
+		for (const FString& Line : Lines)
+		{
+			if (Line.StartsWith(TEXT("ignoring ")))
+			{
+				Child = static_cast<pid_t>(std::atoi(Line.Mid(9).ToUtf8().c_str()));
+			}
+		}
+	}
+	ASSERT_GT(Child, 0);
+
+	const auto Before = std::chrono::steady_clock::now();
+	FModuleManager::Get().UnloadModule(TEXT("Tessel"));
+	const double Seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - Before).count();
+	EXPECT_EQ(ActiveJobs.Num(), 0);
+	EXPECT_FALSE(FGlobalTabmanager::Get()->HasTabSpawner(TEXT("TesselTools")));
+	// The child ignores the polite signal; a shutdown that offered it first would wait or leave the child for
+	// seconds.
+	EXPECT_LT(Seconds, 1.0);
+	while (!ProcessIsGone(Child) && std::chrono::steady_clock::now() < Before + std::chrono::seconds(1))
+	{
+		std::this_thread::sleep_for(std::chrono::milliseconds(5));
+	}
+	EXPECT_TRUE(ProcessIsGone(Child));
+	EXPECT_FALSE(Queued->bStarted);
+	EXPECT_FALSE(Queued->Process->IsRunning());
+
+	// The open tab keeps ticking; with the queue gone by shutdown there is nothing to report.
+	TickFrames(5);
+	EXPECT_EQ(Services->Dialogs.Num(), 0);
+	Tab.Reset();
+	TickFrames();
+	IEditorServices::Set(nullptr);
 }
 
 TEST(ToolWidgetTests, ScreenshotOfTheToolOverTheDemoKit)
