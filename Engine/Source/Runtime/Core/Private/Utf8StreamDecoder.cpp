@@ -1,27 +1,11 @@
 #include "Misc/Utf8StreamDecoder.h"
 
+#include "Utf8Sequence.h"
+
 #include <string_view>
 
 namespace
 {
-// Bytes that a lead byte asks to follow it, or 0 for a byte that starts no multi-byte sequence.
-size_t ContinuationsAfter(unsigned char Lead)
-{
-	if (Lead >= 0xC2 && Lead <= 0xDF)
-	{
-		return 1;
-	}
-	if (Lead >= 0xE0 && Lead <= 0xEF)
-	{
-		return 2;
-	}
-	if (Lead >= 0xF0 && Lead <= 0xF4)
-	{
-		return 3;
-	}
-	return 0;
-}
-
 // Length of an unfinished sequence at the end of Bytes. The decoder never lets a sequence reach past
 // a byte that is no continuation byte, so cutting before the last lead byte decodes exactly as the
 // uncut stream would.
@@ -31,9 +15,9 @@ size_t IncompleteTailLength(std::string_view Bytes)
 	for (size_t Back = 1; Back <= 4 && Back <= Size; ++Back)
 	{
 		const unsigned char Byte = static_cast<unsigned char>(Bytes[Size - Back]);
-		if ((Byte & 0xC0) != 0x80)
+		if (!Utf8Sequence::IsContinuation(Byte))
 		{
-			return ContinuationsAfter(Byte) >= Back ? Back : 0;
+			return static_cast<size_t>(Utf8Sequence::ContinuationsAfter(Byte)) >= Back ? Back : 0;
 		}
 	}
 	return 0;
@@ -66,10 +50,10 @@ FString FUtf8StreamDecoder::Decode(const char* Bytes, size_t Count)
 	{
 		// Finish the kept sequence alone, so the large rest is decoded without being copied first. It
 		// ends where the decoder would end it in the uncut stream: when full or at a non-continuation byte.
-		const size_t Needed = 1 + ContinuationsAfter(static_cast<unsigned char>(Tail[0]));
+		const size_t Needed = 1 + static_cast<size_t>(Utf8Sequence::ContinuationsAfter(static_cast<unsigned char>(Tail[0])));
 		size_t Taken = 0;
 		while (Tail.size() < Needed && Taken < Input.size() &&
-			   (static_cast<unsigned char>(Input[Taken]) & 0xC0) == 0x80)
+			   Utf8Sequence::IsContinuation(static_cast<unsigned char>(Input[Taken])))
 		{
 			Tail += Input[Taken++];
 		}

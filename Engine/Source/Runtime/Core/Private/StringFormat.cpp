@@ -1,0 +1,207 @@
+#include "Containers/UnrealString.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+FString StringFormat::Format(const TCHAR* Fmt, const FArg* Args, int32 NumArgs)
+{
+	std::u16string Out;
+	if (!Fmt)
+	{
+		return FString();
+	}
+	int32 NextArg = 0;
+	auto TakeArg = [&]() -> const FArg*
+	{
+		checkf(NextArg < NumArgs, "FString::Printf was given fewer arguments than its format asks for");
+		return &Args[NextArg++];
+	};
+
+	for (const TCHAR* Pos = Fmt; *Pos; ++Pos)
+	{
+		if (*Pos != u'%')
+		{
+			Out += *Pos;
+			continue;
+		}
+		++Pos;
+		if (*Pos == u'%')
+		{
+			Out += u'%';
+			continue;
+		}
+		// Gather the conversion in 8-bit form so that the C library does the number formatting.
+		std::string Directive = "%";
+		while (*Pos == u'-' || *Pos == u'+' || *Pos == u' ' || *Pos == u'#' || *Pos == u'0')
+		{
+			Directive += static_cast<char>(*Pos++);
+		}
+		int Width = -1;
+		if (*Pos == u'*')
+		{
+			Width = static_cast<int>(TakeArg()->Int);
+			Directive += std::to_string(Width);
+			++Pos;
+		}
+		while (FChar::IsDigit(*Pos))
+		{
+			Directive += static_cast<char>(*Pos++);
+		}
+		if (*Pos == u'.')
+		{
+			Directive += static_cast<char>(*Pos++);
+			if (*Pos == u'*')
+			{
+				Directive += std::to_string(TakeArg()->Int);
+				++Pos;
+			}
+			while (FChar::IsDigit(*Pos))
+			{
+				Directive += static_cast<char>(*Pos++);
+			}
+		}
+		int LongCount = 0;
+		while (*Pos == u'l' || *Pos == u'h' || *Pos == u'z' || *Pos == u'I' || *Pos == u'j')
+		{
+			if (*Pos == u'l')
+			{
+				++LongCount;
+			}
+			if (*Pos == u'z' || *Pos == u'j')
+			{
+				LongCount = 2;
+			}
+			if (*Pos == u'I' && Pos[1] == u'6' && Pos[2] == u'4')
+			{
+				LongCount = 2;
+				Pos += 2;
+			}
+			++Pos;
+		}
+		const TCHAR Conversion = *Pos;
+		if (Conversion == 0)
+		{
+			break;
+		}
+		char Buffer[512];
+		switch (Conversion)
+		{
+		case u'd':
+		case u'i':
+		case u'u':
+		case u'x':
+		case u'X':
+		case u'o':
+		{
+			const FArg* Arg = TakeArg();
+			checkf(Arg->Kind == FArg::Signed || Arg->Kind == FArg::Unsigned || Arg->Kind == FArg::Pointer,
+				   "FString::Printf: an integer conversion was given no integer");
+			const bool bSigned = Conversion == u'd' || Conversion == u'i';
+			if (LongCount >= 2 || (LongCount == 1 && sizeof(long) == 8))
+			{
+				Directive += "ll";
+				Directive += static_cast<char>(Conversion);
+				if (bSigned)
+				{
+					std::snprintf(Buffer, sizeof(Buffer), Directive.c_str(), static_cast<long long>(Arg->Int));
+				}
+				else
+				{
+					std::snprintf(Buffer, sizeof(Buffer), Directive.c_str(), static_cast<unsigned long long>(Arg->Int));
+				}
+			}
+			else
+			{
+				// Without a length modifier the engine reads a 32-bit value: a wider number shows its low half.
+				Directive += static_cast<char>(Conversion);
+				const uint32 Low = static_cast<uint32>(static_cast<uint64>(Arg->Int) & 0xFFFFFFFFu);
+				if (bSigned)
+				{
+					std::snprintf(Buffer, sizeof(Buffer), Directive.c_str(), static_cast<int>(static_cast<int32>(Low)));
+				}
+				else
+				{
+					std::snprintf(Buffer, sizeof(Buffer), Directive.c_str(), static_cast<unsigned>(Low));
+				}
+			}
+			Out += StringConv::Utf8ToUtf16(Buffer);
+			break;
+		}
+		case u'f':
+		case u'F':
+		case u'g':
+		case u'G':
+		case u'e':
+		case u'E':
+		{
+			const FArg* Arg = TakeArg();
+			const double Value = Arg->Kind == FArg::Float ? Arg->Real : static_cast<double>(Arg->Int);
+			Directive += static_cast<char>(Conversion);
+			// Numbers in files must not follow the user's locale: the decimal point is always ".".
+			static const locale_t CLocale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(0));
+			const locale_t Previous = uselocale(CLocale);
+			std::snprintf(Buffer, sizeof(Buffer), Directive.c_str(), Value);
+			uselocale(Previous);
+			Out += StringConv::Utf8ToUtf16(Buffer);
+			break;
+		}
+		case u'c':
+		{
+			const FArg* Arg = TakeArg();
+			Out += static_cast<TCHAR>(Arg->Int);
+			break;
+		}
+		case u's':
+		{
+			const FArg* Arg = TakeArg();
+			checkf(Arg->Kind == FArg::Text, "FString::Printf: %s was given no text");
+			const std::u16string_view Text = Arg->String ? std::u16string_view(Arg->String) : std::u16string_view(u"(null)");
+			// Width and left-justification apply to text as well; precision cuts it.
+			size_t Precision = std::u16string_view::npos;
+			int PadWidth = 0;
+			bool bLeft = false;
+			{
+				size_t DirectivePos = 1;
+				while (DirectivePos < Directive.size() && (Directive[DirectivePos] == '-' || Directive[DirectivePos] == '+' || Directive[DirectivePos] == ' ' ||
+												  Directive[DirectivePos] == '#' || Directive[DirectivePos] == '0'))
+				{
+					bLeft = bLeft || Directive[DirectivePos] == '-';
+					++DirectivePos;
+				}
+				PadWidth = std::atoi(Directive.c_str() + DirectivePos);
+				const size_t Dot = Directive.find('.');
+				if (Dot != std::string::npos)
+				{
+					Precision = static_cast<size_t>(std::atoi(Directive.c_str() + Dot + 1));
+				}
+			}
+			const std::u16string_view Shown = Text.substr(0, Precision);
+			const size_t Pad = PadWidth > 0 && static_cast<size_t>(PadWidth) > Shown.size() ? PadWidth - Shown.size() : 0;
+			if (!bLeft)
+			{
+				Out.append(Pad, u' ');
+			}
+			Out += Shown;
+			if (bLeft)
+			{
+				Out.append(Pad, u' ');
+			}
+			break;
+		}
+		case u'p':
+		{
+			const FArg* Arg = TakeArg();
+			std::snprintf(Buffer, sizeof(Buffer), "0x%llx", static_cast<unsigned long long>(Arg->Int));
+			Out += StringConv::Utf8ToUtf16(Buffer);
+			break;
+		}
+		default:
+			// An unknown conversion is copied as it stands.
+			Out += u'%';
+			Out += Conversion;
+			break;
+		}
+	}
+	return FString(std::move(Out));
+}
