@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
+StringFormat::FArg::FArg(const FString& Value) : Kind(Text), String(*Value) {}
+
 FString StringFormat::Format(const TCHAR* Fmt, const FArg* Args, int32 NumArgs)
 {
 	std::u16string Out;

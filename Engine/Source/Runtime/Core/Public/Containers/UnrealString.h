@@ -2,6 +2,9 @@
 
 #include "Containers/Array.h"
 #include "CoreTypes.h"
+#include "Misc/Char.h"
+#include "Misc/StringConv.h"
+#include "Misc/StringFormat.h"
 
 #include <string>
 #include <string_view>
@@ -23,51 +26,6 @@ namespace ESearchDir
 		FromStart,
 		FromEnd,
 	};
-}
-
-class FString;
-
-namespace StringFormat
-{
-	// One argument of FString::Printf, kept with its kind so that each conversion can check what it was given.
-	struct FArg
-	{
-		enum EKind
-		{
-			Signed,
-			Unsigned,
-			Float,
-			Text,
-			Pointer,
-		};
-		EKind Kind = Signed;
-		bool bWide = false; // a 64-bit integer
-		int64 Int = 0;
-		double Real = 0.0;
-		const TCHAR* String = nullptr;
-
-		FArg(bool Value) : Kind(Signed), Int(Value ? 1 : 0) {}
-		FArg(char Value) : Kind(Signed), Int(Value) {}
-		FArg(char16_t Value) : Kind(Unsigned), Int(Value) {}
-		FArg(int Value) : Kind(Signed), Int(Value) {}
-		FArg(unsigned Value) : Kind(Unsigned), Int(static_cast<int64>(Value)) {}
-		FArg(long Value) : Kind(Signed), bWide(sizeof(long) == 8), Int(Value) {}
-		FArg(unsigned long Value) : Kind(Unsigned), bWide(sizeof(long) == 8), Int(static_cast<int64>(Value)) {}
-		FArg(long long Value) : Kind(Signed), bWide(true), Int(Value) {}
-		FArg(unsigned long long Value) : Kind(Unsigned), bWide(true), Int(static_cast<int64>(Value)) {}
-		FArg(short Value) : Kind(Signed), Int(Value) {}
-		FArg(unsigned short Value) : Kind(Unsigned), Int(Value) {}
-		FArg(signed char Value) : Kind(Signed), Int(Value) {}
-		FArg(unsigned char Value) : Kind(Unsigned), Int(Value) {}
-		FArg(float Value) : Kind(Float), Real(Value) {}
-		FArg(double Value) : Kind(Float), Real(Value) {}
-		FArg(const TCHAR* Value) : Kind(Text), String(Value) {}
-		FArg(TCHAR* Value) : Kind(Text), String(Value) {}
-		FArg(const FString& Value);
-		FArg(const void* Value) : Kind(Pointer), Int(static_cast<int64>(reinterpret_cast<intptr_t>(Value))) {}
-	};
-
-	CORE_API FString Format(const TCHAR* Fmt, const FArg* Args, int32 NumArgs);
 }
 
 // The engine's string: a sequence of 16-bit units. Comparison with == is exact; the operations that search
@@ -233,46 +191,8 @@ private:
 	std::u16string Data;
 };
 
-inline StringFormat::FArg::FArg(const FString& Value) : Kind(Text), String(*Value) {}
-
 // Hash consistent with ==: exact units.
 CORE_API uint32 GetTypeHash(const FString& Value);
-
-namespace FChar
-{
-	// Folds one unit through towlower in a fixed UTF-8 locale, whatever the user's environment says.
-	CORE_API TCHAR ToLower(TCHAR Character);
-	CORE_API TCHAR ToUpper(TCHAR Character);
-	CORE_API bool IsWhitespace(TCHAR Character);
-	inline bool IsDigit(TCHAR Character) { return Character >= u'0' && Character <= u'9'; }
-	// The value of a hexadecimal digit in either letter case; -1 for any other unit.
-	inline int32 HexDigitValue(TCHAR Character)
-	{
-		if (Character >= u'0' && Character <= u'9')
-		{
-			return Character - u'0';
-		}
-		if (Character >= u'a' && Character <= u'f')
-		{
-			return Character - u'a' + 10;
-		}
-		if (Character >= u'A' && Character <= u'F')
-		{
-			return Character - u'A' + 10;
-		}
-		return -1;
-	}
-}
-
-// Conversion between the tool's 16-bit text and UTF-8 at the edge to the operating system. Invalid input never
-// fails: bad bytes and lone surrogates become U+FFFD.
-namespace StringConv
-{
-	// Without bEscape an invalid sequence becomes one U+FFFD and a lone surrogate is written as U+FFFD; with
-	// it each invalid byte B becomes U+DC00 + B, and such a lone surrogate is written as the byte B.
-	CORE_API std::u16string Utf8ToUtf16(std::string_view Utf8, bool bEscape = false);
-	CORE_API std::string Utf16ToUtf8(std::u16string_view Utf16, bool bEscape = false);
-}
 
 // gtest and other diagnostics print strings as UTF-8.
 #include <ostream>
