@@ -5,26 +5,6 @@
 #include <string>
 #include <unordered_set>
 
-FString STesselTool::GetModToolsDir()
-{
-	return FPaths::RootDir() / TEXT("ModTools");
-}
-
-FString STesselTool::GetModDatabasePath()
-{
-	return FPaths::GameSavedDir() / TEXT("Mods.db");
-}
-
-FString STesselTool::GetModOutputDir()
-{
-	return GetModToolsDir() / TEXT("Output");
-}
-
-FString STesselTool::GetModsContentDir()
-{
-	return FPaths::Combine(FPaths::GameContentDir(), TEXT("Mods"));
-}
-
 void STesselTool::RefreshModList(bool bRebuildDetails)
 {
 	const FString ModsDir = GetModsContentDir();
@@ -63,14 +43,11 @@ void STesselTool::RefreshModList(bool bRebuildDetails)
 
 		TArray<FString> MapFiles;
 		IFileManager::Get().FindFiles(MapFiles, *(ModsDir / Folder / TEXT("*.umap")), true, false);
-		for (int32 Index = 0; Index < MapFiles.Num(); ++Index)
+		for (FString& MapFile : MapFiles)
 		{
-			NewMod->Maps += MapFiles[Index].Replace(TEXT(".umap"), TEXT(""), ESearchCase::IgnoreCase);
-			if (Index < MapFiles.Num() - 1)
-			{
-				NewMod->Maps += TEXT(",");
-			}
+			MapFile = MapFile.Replace(TEXT(".umap"), TEXT(""), ESearchCase::IgnoreCase);
 		}
+		NewMod->Maps = FString::Join(MapFiles, TEXT(","));
 		ModList.Add(NewMod);
 	}
 
