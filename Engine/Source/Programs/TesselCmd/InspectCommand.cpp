@@ -259,9 +259,9 @@ namespace
 		Reader.Read(TEXT("mod type"), Type);
 		Reader.Read(TEXT("metadata"), Metadata);
 		TArray<FString> Problems;
-		if (Magic != 0xFF22FF33u)
+		if (Magic != ModFileFormat::Magic)
 		{
-			Problems.Add(FString::Printf(TEXT("magic 0x%08X where the game expects 0xFF22FF33"), Magic));
+			Problems.Add(FString::Printf(TEXT("magic 0x%08X where the game expects 0x%08X"), Magic, ModFileFormat::Magic));
 		}
 		if (Reader.BytesLeft() > 0)
 		{

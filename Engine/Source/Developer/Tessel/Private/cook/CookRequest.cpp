@@ -4,20 +4,7 @@
 #include "Misc/FileHelper.h"
 #include "Misc/PackageName.h"
 #include "cook/CookJob.h"
-
-namespace
-{
-	// The text of ModId in names and arguments: what "%d" makes of it, its low 32 bits as a signed number.
-	FString ModIdText()
-	{
-		return FString::Printf(TEXT("%d"), ModId);
-	}
-}
-
-FString STesselTool::GetEditorExecutablePath()
-{
-	return FPaths::EngineDir() / TEXT("Binaries/Win64/UE4Editor.exe");
-}
+#include "cook/CookLayout.h"
 
 FReply STesselTool::OnCookMapClicked()
 {
@@ -71,20 +58,21 @@ void STesselTool::StartCook(ECookKind Kind)
 	{
 		TArray<FString> Pieces;
 		Mod.Maps.Replace(TEXT(","), TEXT("+")).ParseIntoArray(Pieces, TEXT(" "), true);
-		for (int32 Index = 0; Index < Pieces.Num(); ++Index)
+		for (FString& Piece : Pieces)
 		{
-			FString Piece = Pieces[Index];
 			if (Kind == ECookKind::IslandExtension && Piece.Find(TEXT("/Game/Maps/SeamlessTest/")) == INDEX_NONE)
 			{
 				Piece = FString(TEXT("/Game/Maps/SeamlessTest/")) + Piece;
 			}
-			MapArgs += (Index > 0 ? TEXT(" ") : TEXT("")) + FString(TEXT("-Map=")) + Piece;
+			Piece = FString(TEXT("-Map=")) + Piece;
 		}
+		MapArgs = FString::Join(Pieces, TEXT(" "));
 	}
 
-	const bool bTestOutput = !TestOutputDir.IsEmpty();
-	const FString Base = bTestOutput ? TestOutputDir.Replace(TEXT("\\"), TEXT("/")) : GetModOutputDir() / Mod.ModDir;
-	const FString ModFolder = bTestOutput ? ModIdText() : Mod.ModDir;
+	const FCookLayout Layout(Mod.ModDir, TestOutputDir, bModAsDlc);
+	const bool bTestOutput = Layout.IsTestOutput();
+	const FString& Base = Layout.GetBase();
+	const FString& ModFolder = Layout.GetModFolder();
 	const FString OriginalModDir = Mod.ModDir;
 	const FString PackageInfoPath = FPaths::RootDir() / TEXT("PackageInfo.bin");
 	const FString BulkInfoPath = FPaths::RootDir() / TEXT("BulkDataInfo.bin");
@@ -152,13 +140,13 @@ void STesselTool::StartCook(ECookKind Kind)
 	for (int32 Index = 0; Index < Targets.Num(); ++Index)
 	{
 		const FString& Target = Targets[Index];
-		const FString TargetDir = (bTestOutput && !bModAsDlc) ? Base : Base / Target;
-		const FString StagingDir = bModAsDlc ? TargetDir / ModIdText() : (bTestOutput ? TargetDir : TargetDir + TEXT("_STAGING"));
+		const FString TargetDir = Layout.TargetDir(Target);
+		const FString StagingDir = Layout.StagingDir(Target);
 		const FString Parameters =
 			FString::Printf(TEXT("\"Orrery/Orrery.uproject\" -run=Cook %s -CookCultures=en -TargetPlatform=%s %s -Output=\"%s\""),
 							*MapArgs, *Target, *ExtraArgs, *StagingDir);
 		LogMessages.Add(MakeShared<FString>(FString::Printf(TEXT("Cook Job: Platform '%s' Command Line: %s"), *Target, *Parameters)));
-		const FString StagedModDir = Kind == ECookKind::TotalConversion ? StagingDir : StagingDir / ModFolder;
+		const FString StagedModDir = Layout.StagedModDir(Target, Kind);
 		ActiveJobs.Add(MakeShared<FCookJob>(Mod, EditorExe, Parameters, StagedModDir, TargetDir, StagingDir,
 											static_cast<uint32>(Kind), Index == Targets.Num() - 1, bTestOutput));
 	}

@@ -1,38 +1,13 @@
 #include "cook/CookJob.h"
+#include "cook/CookLayout.h"
 
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
+#include "Misc/CString.h"
 #include "packaging/CompressCookedFilesVisitor.h"
 #include "packaging/ModArchiveForms.h"
 
 #include <algorithm>
-#include <cwchar>
-
-namespace
-{
-	// The decimal value of Text as the C library's _wtoi reads it: blanks, a sign, digits; 0 for no number.
-	int32 DecimalOf(const FString& Text)
-	{
-		int32 Pos = 0;
-		while (Pos < Text.Len() && FChar::IsWhitespace(Text[Pos]))
-		{
-			++Pos;
-		}
-		bool bNegative = false;
-		if (Pos < Text.Len() && (Text[Pos] == u'-' || Text[Pos] == u'+'))
-		{
-			bNegative = Text[Pos] == u'-';
-			++Pos;
-		}
-		uint32 Value = 0;
-		while (Pos < Text.Len() && FChar::IsDigit(Text[Pos]))
-		{
-			Value = Value * 10u + static_cast<uint32>(Text[Pos] - u'0');
-			++Pos;
-		}
-		return static_cast<int32>(bNegative ? 0u - Value : Value);
-	}
-}
 
 void FCookJob::FinishCookOutput()
 {
@@ -41,7 +16,8 @@ void FCookJob::FinishCookOutput()
 		// A test run leaves the cook's files as they are and adds the file the game loads the mod by.
 		TArray<FString> Maps{ModRecord.Maps};
 		TMap<FString, FString> Metadata;
-		int32 ModType = CookKind == 2 ? 3 : 0;
+		int32 ModType = CookKind == static_cast<uint32>(ECookKind::TotalConversion) ? ModFileFormat::TotalConversionModType
+																					  : ModFileFormat::OtherModType;
 
 		TUniquePtr<FArchive> Info(IFileManager::Get().CreateFileReader(*(StagedModDir / TEXT("mod.info")), 0));
 		if (Info)
@@ -64,7 +40,7 @@ void FCookJob::FinishCookOutput()
 			{
 				if (Pair.Key.Equals(TEXT("ModType"), ESearchCase::IgnoreCase))
 				{
-					ModType = DecimalOf(Pair.Value);
+					ModType = FCString::Atoi(*Pair.Value);
 					break;
 				}
 			}
@@ -78,9 +54,10 @@ void FCookJob::FinishCookOutput()
 		}
 		int64 Number = ModId;
 		FString Title = ModRecord.Title.TrimQuotes();
+		// The game reads a second string after the title; nothing of ours fills it.
 		FString Second;
-		uint32 Magic = 0xFF22FF33u;
-		int32 Version = 2;
+		uint32 Magic = ModFileFormat::Magic;
+		int32 Version = ModFileFormat::Version;
 		uint8 TypeByte = static_cast<uint8>(ModType & 0xFF);
 		*Writer << Number;
 		ModArchiveForms::SerializeString(*Writer, Title);
@@ -124,7 +101,8 @@ void FCookJob::FinishCookOutput()
 	IFileManager::Get().DeleteDirectory(*StagingDir, false, true);
 	if (bLastTarget)
 	{
-		IFileManager::Get().Copy(*(TargetDir / TEXT("..") / TEXT("mod.info")), *(TargetDir / TEXT("mod.info")), true, false);
-		IFileManager::Get().Copy(*(TargetDir / TEXT("..") / TEXT("modmeta.info")), *(TargetDir / TEXT("modmeta.info")), true, false);
+		const FString Base = FCookLayout::BaseOfTarget(TargetDir);
+		IFileManager::Get().Copy(*(Base / TEXT("mod.info")), *(TargetDir / TEXT("mod.info")), true, false);
+		IFileManager::Get().Copy(*(Base / TEXT("modmeta.info")), *(TargetDir / TEXT("modmeta.info")), true, false);
 	}
 }

@@ -16,3 +16,14 @@ namespace ModArchiveForms
 	// A signed 32-bit count of pairs, then key and value of each, in the map's order.
 	void SerializeStringMap(FArchive& Ar, TMap<FString, FString>& Value);
 }
+
+// The fixed fields of the "%d.mod" file a test run writes for the game.
+namespace ModFileFormat
+{
+	// Stands after the map list; on disk 33 FF 22 FF.
+	constexpr uint32 Magic = 0xFF22FF33u;
+	constexpr int32 Version = 2;
+	// The mod type when modmeta.info names none: a total conversion is type 3, every other cook kind type 0.
+	constexpr int32 TotalConversionModType = 3;
+	constexpr int32 OtherModType = 0;
+}
