@@ -1,5 +1,7 @@
 #include "Misc/Parse.h"
 
+#include "Misc/CString.h"
+
 #include <cstdlib>
 #include <mutex>
 
@@ -102,25 +104,7 @@ bool FParse::Value(const TCHAR* Stream, const TCHAR* Match, int64& Value)
 	{
 		return false;
 	}
-	const TCHAR* Pos = Stream + Start;
-	while (*Pos == u' ' || *Pos == u'\t')
-	{
-		++Pos;
-	}
-	bool bNegative = false;
-	if (*Pos == u'-' || *Pos == u'+')
-	{
-		bNegative = *Pos == u'-';
-		++Pos;
-	}
-	// Wraps like the C library's conversion of an over-long number instead of failing.
-	uint64 Magnitude = 0;
-	while (FChar::IsDigit(*Pos))
-	{
-		Magnitude = Magnitude * 10 + static_cast<uint64>(*Pos - u'0');
-		++Pos;
-	}
-	Value = static_cast<int64>(bNegative ? (~Magnitude + 1) : Magnitude);
+	Value = FCString::Atoi64(Stream + Start);
 	return true;
 }
 

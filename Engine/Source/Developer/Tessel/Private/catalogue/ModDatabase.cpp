@@ -104,13 +104,7 @@ namespace
 
 	FString JoinTags(const TArray<FString>& Items)
 	{
-		FString Joined;
-		for (const FString& Item : Items)
-		{
-			Joined += Item + TEXT(",");
-		}
-		Joined.RemoveFromEnd(TEXT(","));
-		return Joined;
+		return FString::Join(Items, TEXT(","));
 	}
 }
 

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "CoreTypes.h"
+
+// Numbers read from the start of a text the way the C library's wide conversions read them.
+struct CORE_API FCString
+{
+	// Leading blanks, an optional sign, then decimal digits up to the first other unit; 0 when no digit follows.
+	// Too many digits wrap around instead of failing, as _wtoi64 does on the kit's machines.
+	static int64 Atoi64(const TCHAR* Text);
+	// The same number's low 32 bits, as _wtoi gives them.
+	static int32 Atoi(const TCHAR* Text) { return static_cast<int32>(Atoi64(Text)); }
+};
