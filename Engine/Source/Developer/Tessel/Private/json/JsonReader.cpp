@@ -51,34 +51,58 @@ namespace
 		}
 	}
 
-	// Transitions of the number automaton; -1 where a character has no entry.
-	int32 NextNumberState(int32 State, TCHAR Unit)
+	// Where the number automaton stands after the units read so far.
+	enum class ENumberState : int32
 	{
+		Rejected = -1,
+		Start,
+		AfterMinus,
+		LeadingZero,
+		IntegerDigits,
+		AfterPoint,
+		AfterExponentMark,
+		FractionDigits,
+		AfterExponentSign,
+		ExponentDigits,
+	};
+
+	// Transitions of the number automaton; Rejected where a unit has no entry.
+	ENumberState NextNumberState(ENumberState State, TCHAR Unit)
+	{
+		using enum ENumberState;
 		const bool bZero = Unit == u'0';
 		const bool bDigit = Unit >= u'1' && Unit <= u'9';
+		const bool bAnyDigit = bZero || bDigit;
 		const bool bExponent = Unit == u'e' || Unit == u'E';
 		switch (State)
 		{
-		case 0:
-			return Unit == u'-' ? 1 : bZero ? 2 : bDigit ? 3 : -1;
-		case 1:
-			return bZero ? 2 : bDigit ? 3 : -1;
-		case 2:
-			return Unit == u'.' ? 4 : bExponent ? 5 : -1;
-		case 3:
-			return (bZero || bDigit) ? 3 : Unit == u'.' ? 4 : bExponent ? 5 : -1;
-		case 4:
-			return (bZero || bDigit) ? 6 : -1;
-		case 5:
-			return (Unit == u'-' || Unit == u'+') ? 7 : (bZero || bDigit) ? 8 : -1;
-		case 6:
-			return (bZero || bDigit) ? 6 : bExponent ? 5 : -1;
-		case 7:
-		case 8:
-			return (bZero || bDigit) ? 8 : -1;
+		case Start:
+			return Unit == u'-' ? AfterMinus : bZero ? LeadingZero : bDigit ? IntegerDigits : Rejected;
+		case AfterMinus:
+			return bZero ? LeadingZero : bDigit ? IntegerDigits : Rejected;
+		case LeadingZero:
+			return Unit == u'.' ? AfterPoint : bExponent ? AfterExponentMark : Rejected;
+		case IntegerDigits:
+			return bAnyDigit ? IntegerDigits : Unit == u'.' ? AfterPoint : bExponent ? AfterExponentMark : Rejected;
+		case AfterPoint:
+			return bAnyDigit ? FractionDigits : Rejected;
+		case AfterExponentMark:
+			return (Unit == u'-' || Unit == u'+') ? AfterExponentSign : bAnyDigit ? ExponentDigits : Rejected;
+		case FractionDigits:
+			return bAnyDigit ? FractionDigits : bExponent ? AfterExponentMark : Rejected;
+		case AfterExponentSign:
+		case ExponentDigits:
+			return bAnyDigit ? ExponentDigits : Rejected;
 		default:
-			return -1;
+			return Rejected;
 		}
+	}
+
+	// A number may end only after a digit of its last part.
+	bool IsCompleteNumber(ENumberState State)
+	{
+		return State == ENumberState::LeadingZero || State == ENumberState::IntegerDigits ||
+			   State == ENumberState::FractionDigits || State == ENumberState::ExponentDigits;
 	}
 }
 
@@ -513,7 +537,7 @@ bool JsonReader::ParseStringToken()
 bool JsonReader::ParseNumberToken(TCHAR FirstChar)
 {
 	std::string Text;
-	int32 State = 0;
+	ENumberState State = ENumberState::Start;
 	TCHAR Char = FirstChar;
 	while (true)
 	{
@@ -524,7 +548,7 @@ bool JsonReader::ParseNumberToken(TCHAR FirstChar)
 			break;
 		}
 		State = NextNumberState(State, Char);
-		if (State < 0)
+		if (State == ENumberState::Rejected)
 		{
 			SetErrorMessage(TEXT("Poorly formed Json Number Token."));
 			return false;
@@ -536,7 +560,7 @@ bool JsonReader::ParseNumberToken(TCHAR FirstChar)
 		}
 		Char = ReadUnit();
 	}
-	if (State != 2 && State != 3 && State != 6 && State != 8)
+	if (!IsCompleteNumber(State))
 	{
 		SetErrorMessage(TEXT("Poorly formed Json Number Token."));
 		return false;

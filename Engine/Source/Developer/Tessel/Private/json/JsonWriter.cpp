@@ -120,27 +120,17 @@ bool JsonWriter::Close()
 
 void JsonWriter::WriteObjectStart()
 {
-	checkf(CanWriteValueWithoutIdentifier(), "CanWriteValueWithoutIdentifier()");
-	if (PreviousTokenWritten != EJsonToken::None)
-	{
-		WriteCommaIfNeeded();
-		WriteNewLine();
-	}
-	WriteChar(u'{');
-	++IndentLevel;
-	Stack.Add(EJson::Object);
-	PreviousTokenWritten = EJsonToken::CurlyOpen;
+	BeginScopeWithoutIdentifier();
+	OpenScope(u'{', EJson::Object, EJsonToken::CurlyOpen);
 }
 
 void JsonWriter::WriteObjectStart(const FString& Identifier)
 {
 	CheckInObject();
 	WriteKey(Identifier);
+	// A named object opens on the line after its key, a named array on the key's own line.
 	WriteNewLine();
-	WriteChar(u'{');
-	++IndentLevel;
-	Stack.Add(EJson::Object);
-	PreviousTokenWritten = EJsonToken::CurlyOpen;
+	OpenScope(u'{', EJson::Object, EJsonToken::CurlyOpen);
 }
 
 void JsonWriter::WriteObjectEnd()
@@ -156,16 +146,8 @@ void JsonWriter::WriteObjectEnd()
 
 void JsonWriter::WriteArrayStart()
 {
-	checkf(CanWriteValueWithoutIdentifier(), "CanWriteValueWithoutIdentifier()");
-	if (PreviousTokenWritten != EJsonToken::None)
-	{
-		WriteCommaIfNeeded();
-		WriteNewLine();
-	}
-	WriteChar(u'[');
-	++IndentLevel;
-	Stack.Add(EJson::Array);
-	PreviousTokenWritten = EJsonToken::SquareOpen;
+	BeginScopeWithoutIdentifier();
+	OpenScope(u'[', EJson::Array, EJsonToken::SquareOpen);
 }
 
 void JsonWriter::WriteArrayStart(const FString& Identifier)
@@ -173,10 +155,26 @@ void JsonWriter::WriteArrayStart(const FString& Identifier)
 	CheckInObject();
 	WriteKey(Identifier);
 	WriteSpace();
-	WriteChar(u'[');
+	OpenScope(u'[', EJson::Array, EJsonToken::SquareOpen);
+}
+
+void JsonWriter::BeginScopeWithoutIdentifier()
+{
+	checkf(CanWriteValueWithoutIdentifier(), "CanWriteValueWithoutIdentifier()");
+	// The document's first scope starts at its very beginning; every later one on a line of its own.
+	if (PreviousTokenWritten != EJsonToken::None)
+	{
+		WriteCommaIfNeeded();
+		WriteNewLine();
+	}
+}
+
+void JsonWriter::OpenScope(TCHAR Bracket, EJson Kind, EJsonToken Token)
+{
+	WriteChar(Bracket);
 	++IndentLevel;
-	Stack.Add(EJson::Array);
-	PreviousTokenWritten = EJsonToken::SquareOpen;
+	Stack.Add(Kind);
+	PreviousTokenWritten = Token;
 }
 
 void JsonWriter::WriteArrayEnd()

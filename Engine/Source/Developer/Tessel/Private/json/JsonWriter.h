@@ -39,6 +39,9 @@ protected:
 private:
 	bool CanWriteValueWithoutIdentifier() const;
 	void CheckInObject() const;
+	// The two halves of every scope start: what comes before an unnamed one, and the bracket itself.
+	void BeginScopeWithoutIdentifier();
+	void OpenScope(TCHAR Bracket, EJson Kind, EJsonToken Token);
 	void WriteCommaIfNeeded();
 	void WriteNewLine();
 	void WriteKey(const FString& Identifier);
