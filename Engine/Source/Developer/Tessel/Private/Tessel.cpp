@@ -36,15 +36,7 @@ public:
 
 	void ShutdownModule() override
 	{
-		// Running children end with their whole process tree; queued jobs go without being launched.
-		for (const TSharedPtr<FCookJob>& Job : ActiveJobs)
-		{
-			if (Job)
-			{
-				Job->Process->Cancel(true);
-			}
-		}
-		ActiveJobs.Empty();
+		CancelAllJobs();
 		FGlobalTabmanager::Get()->UnregisterNomadTabSpawner(TesselToolsTabName);
 	}
 

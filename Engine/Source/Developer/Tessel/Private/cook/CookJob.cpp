@@ -8,6 +8,18 @@ int64 ModId = 123456789;
 
 std::function<void(const FPackagingProgress&)> OnPackagingProgress;
 
+void CancelAllJobs()
+{
+	for (const TSharedPtr<FCookJob>& Job : ActiveJobs)
+	{
+		if (Job)
+		{
+			Job->Process->Cancel(true);
+		}
+	}
+	ActiveJobs.Empty();
+}
+
 FMonitoredJob::FMonitoredJob(const FString& Executable, const FString& Parameters)
 	: Process(MakeUnique<FMonitoredProcess>(Executable, Parameters, true))
 {

@@ -71,6 +71,10 @@ public:
 // The process-wide queue of cook jobs, in queue order. Its length is the tool's one busy signal.
 extern TArray<TSharedPtr<FCookJob>> ActiveJobs;
 
+// Ends every job at once: a running child with its whole process tree, queued ones without being launched.
+// Nothing is reported; the queue is empty afterwards.
+void CancelAllJobs();
+
 // The number every cooked mod of this process carries; "SetModID=" on the command line replaces it.
 extern int64 ModId;
 

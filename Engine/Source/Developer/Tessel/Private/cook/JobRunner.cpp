@@ -91,14 +91,7 @@ void STesselTool::ShowResultDialog()
 
 FReply STesselTool::OnCancelClicked()
 {
-	for (const TSharedPtr<FCookJob>& Job : ActiveJobs)
-	{
-		if (Job)
-		{
-			Job->Process->Cancel(true);
-		}
-	}
-	ActiveJobs.Empty();
+	CancelAllJobs();
 	return FReply::Handled();
 }
 
