@@ -89,6 +89,9 @@ FArchiveFileWriterPosix::FArchiveFileWriterPosix(int InFd, EMode InMode, std::st
 
 FArchiveFileWriterPosix::~FArchiveFileWriterPosix()
 {
+	// Callers in the engine's style end a file by deleting its archive, often without calling Close: what was
+	// written is committed here, so that such a file still lands whole under its name. A writer that met an
+	// error commits nothing and leaves the old file as it was.
 	Close();
 }
 

@@ -172,8 +172,12 @@ namespace PosixFileSystem
 		if (stat(Path.c_str(), &Old) == 0)
 		{
 			// The new file takes the old one's owner where we may give it (as root), then its mode, since a
-			// change of owner clears the set-id bits. Only a replace syncs: a new file has no old contents to
-			// lose, and most writes of a walk are new files.
+			// change of owner clears the set-id bits.
+			// Only a replace syncs. A rename over an old file whose new blocks are not yet on disk can leave,
+			// after a power cut, an empty file where the old one stood: the sync makes the rename publish whole
+			// contents. A new file has no old contents to lose (at worst it is missing and the next run makes
+			// it), and most writes of a packaging walk are new files, where a sync each would cost the walk
+			// its speed.
 			if (fchown(Fd, Old.st_uid, Old.st_gid) != 0)
 			{
 				// Not ours to give; the file stays ours, as any editor's save would leave it.
