@@ -12,7 +12,7 @@
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
 #include "Misc/FileHelper.h"
-#include "packaging/ModArchiveForms.h"
+#include "ModDescriptionWriter.h"
 
 #include <csignal>
 #include <cstdio>
@@ -241,23 +241,19 @@ int main(int ArgC, char** ArgV)
 		}
 
 		Print(TEXT("LogCook: Display: Writing mod.info and modmeta.info"));
-		TUniquePtr<FArchive> Info(IFileManager::Get().CreateFileWriter(*(Cooked / TEXT("mod.info"))));
-		FString Leading = FString::Printf(TEXT("%s %s"), *ModName, *Args.TargetPlatform);
-		TArray<FString> Maps = Args.Maps;
-		ModArchiveForms::SerializeString(*Info, Leading);
-		ModArchiveForms::SerializeStringArray(*Info, Maps);
-		Info->Close();
+		FModDescriptionWriter Info;
+		Info.String(FString::Printf(TEXT("%s %s"), *ModName, *Args.TargetPlatform));
+		Info.StringArray(Args.Maps);
+		Info.SaveTo(Cooked / TEXT("mod.info"));
 
 		// The mod type by kind: ordinary maps 0, game mods 1, map extensions 2, total conversions 3.
 		static const TCHAR* const TypeByKind[] = {TEXT("0"), TEXT("1"), TEXT("3"), TEXT("2")};
-		TMap<FString, FString> Meta;
-		Meta.Add(TEXT("ModType"), TypeByKind[Kind]);
-		Meta.Add(TEXT("GUID"), Args.ModGuid);
-		Meta.Add(TEXT("ModName"), ModName);
-		Meta.Add(TEXT("TargetPlatform"), Args.TargetPlatform);
-		TUniquePtr<FArchive> MetaFile(IFileManager::Get().CreateFileWriter(*(Cooked / TEXT("modmeta.info"))));
-		ModArchiveForms::SerializeStringMap(*MetaFile, Meta);
-		MetaFile->Close();
+		FModDescriptionWriter Meta;
+		Meta.StringMap({{TEXT("ModType"), TypeByKind[Kind]},
+						{TEXT("GUID"), Args.ModGuid},
+						{TEXT("ModName"), ModName},
+						{TEXT("TargetPlatform"), Args.TargetPlatform}});
+		Meta.SaveTo(Cooked / TEXT("modmeta.info"));
 	}
 
 	if (Mode == TEXT("wait-for-go"))
