@@ -42,39 +42,40 @@ void JsonWriter::WriteStringValue(const FString& String)
 	WriteChar(u'"');
 	for (TCHAR Char : String)
 	{
+		// The units written as a backslash and a letter; every other unit, control units too, stands as it is.
+		TCHAR Escaped = 0;
 		switch (Char)
 		{
-		case 8:
-			WriteChar(u'\\');
-			WriteChar(u'b');
+		case u'\b':
+			Escaped = u'b';
 			break;
-		case 9:
-			WriteChar(u'\\');
-			WriteChar(u't');
+		case u'\t':
+			Escaped = u't';
 			break;
-		case 10:
-			WriteChar(u'\\');
-			WriteChar(u'n');
+		case u'\n':
+			Escaped = u'n';
 			break;
-		case 12:
-			WriteChar(u'\\');
-			WriteChar(u'f');
+		case u'\f':
+			Escaped = u'f';
 			break;
-		case 13:
-			WriteChar(u'\\');
-			WriteChar(u'r');
+		case u'\r':
+			Escaped = u'r';
 			break;
-		case 34:
-			WriteChar(u'\\');
-			WriteChar(u'"');
-			break;
-		case 92:
-			WriteChar(u'\\');
-			WriteChar(u'\\');
+		case u'"':
+		case u'\\':
+			Escaped = Char;
 			break;
 		default:
-			WriteChar(Char);
 			break;
+		}
+		if (Escaped != 0)
+		{
+			WriteChar(u'\\');
+			WriteChar(Escaped);
+		}
+		else
+		{
+			WriteChar(Char);
 		}
 	}
 	WriteChar(u'"');
