@@ -50,11 +50,7 @@ namespace
 		~FRunFixture()
 		{
 			Tool.Reset();
-			for (const TSharedPtr<FCookJob>& Job : ActiveJobs)
-			{
-				Job->Process->Cancel(true);
-			}
-			ActiveJobs.Empty();
+			CancelAllJobs();
 			IEditorServices::Set(nullptr);
 			FCommandLine::Set(FString());
 		}
