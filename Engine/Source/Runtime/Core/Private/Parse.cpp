@@ -140,22 +140,3 @@ bool FParse::Value(const TCHAR* Stream, const TCHAR* Match, float& Value)
 	Value = std::strtof(Text.ToUtf8().c_str(), nullptr);
 	return true;
 }
-
-namespace
-{
-	FString& CommandLineStorage()
-	{
-		static FString Storage;
-		return Storage;
-	}
-}
-
-void FCommandLine::Set(const FString& NewCommandLine)
-{
-	CommandLineStorage() = NewCommandLine;
-}
-
-const TCHAR* FCommandLine::Get()
-{
-	return *CommandLineStorage();
-}
