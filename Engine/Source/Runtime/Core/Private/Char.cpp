@@ -1,24 +1,37 @@
-#include "Containers/UnrealString.h"
+#include "Misc/Char.h"
 
-#include <cwctype>
-#include <locale.h>
+#include <algorithm>
+#include <iterator>
 
 namespace
 {
-	// towlower's answer depends on the C library's locale; one fixed UTF-8 locale makes folding the same for
-	// every user. C.UTF-8 is built into the C library, so it is always there.
-	locale_t FoldingLocale()
+	struct FCaseRun
 	{
-		static locale_t Locale = []
+		uint16 First;
+		uint16 Last;
+		uint16 Stride;
+		int32 Delta;
+	};
+
+#include "CaseTable.inl"
+
+	// The C library's answers depend on its locale and differ between systems; one table of our own gives the
+	// same folding for every user everywhere. Units outside the table map to themselves.
+	template <size_t Count>
+	TCHAR MapThrough(const FCaseRun (&Runs)[Count], TCHAR Character)
+	{
+		const FCaseRun* After =
+			std::upper_bound(std::begin(Runs), std::end(Runs), Character, [](TCHAR Unit, const FCaseRun& Run) { return Unit < Run.First; });
+		if (After == std::begin(Runs))
 		{
-			locale_t Made = newlocale(LC_CTYPE_MASK, "C.UTF-8", static_cast<locale_t>(0));
-			if (!Made)
-			{
-				Made = newlocale(LC_CTYPE_MASK, "en_US.UTF-8", static_cast<locale_t>(0));
-			}
-			return Made;
-		}();
-		return Locale;
+			return Character;
+		}
+		const FCaseRun& Run = *(After - 1);
+		if (Character > Run.Last || (Character - Run.First) % Run.Stride != 0)
+		{
+			return Character;
+		}
+		return static_cast<TCHAR>(Character + Run.Delta);
 	}
 }
 
@@ -28,13 +41,7 @@ TCHAR FChar::ToLower(TCHAR Character)
 	{
 		return (Character >= u'A' && Character <= u'Z') ? static_cast<TCHAR>(Character + 32) : Character;
 	}
-	locale_t Locale = FoldingLocale();
-	if (!Locale || (Character >= 0xD800 && Character <= 0xDFFF))
-	{
-		return Character;
-	}
-	const wint_t Folded = towlower_l(static_cast<wint_t>(Character), Locale);
-	return Folded <= 0xFFFF ? static_cast<TCHAR>(Folded) : Character;
+	return MapThrough(LowerRuns, Character);
 }
 
 TCHAR FChar::ToUpper(TCHAR Character)
@@ -43,13 +50,7 @@ TCHAR FChar::ToUpper(TCHAR Character)
 	{
 		return (Character >= u'a' && Character <= u'z') ? static_cast<TCHAR>(Character - 32) : Character;
 	}
-	locale_t Locale = FoldingLocale();
-	if (!Locale || (Character >= 0xD800 && Character <= 0xDFFF))
-	{
-		return Character;
-	}
-	const wint_t Folded = towupper_l(static_cast<wint_t>(Character), Locale);
-	return Folded <= 0xFFFF ? static_cast<TCHAR>(Folded) : Character;
+	return MapThrough(UpperRuns, Character);
 }
 
 bool FChar::IsWhitespace(TCHAR Character)

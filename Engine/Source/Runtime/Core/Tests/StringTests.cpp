@@ -1,6 +1,8 @@
 #include "CoreMinimal.h"
 
 #include <gtest/gtest.h>
+#include <cwctype>
+#include <locale.h>
 #include <random>
 
 namespace
@@ -57,6 +59,45 @@ TEST(StringTests, CaseInsensitiveSearchFoldsNonAsciiUnits)
 	EXPECT_FALSE(FString(TEXT("ab")) == FString(TEXT("AB")));
 	EXPECT_EQ(FChar::ToLower(u'Σ'), u'σ');
 	EXPECT_EQ(FChar::ToLower(u'Ж'), u'ж');
+}
+
+// The folding table must give, unit for unit, what the C library's C.UTF-8 locale gave before it, so that no
+// name matches differently than it did. Hand-picked units pin the mappings a mod author meets most.
+TEST(StringTests, CaseTableFoldsEveryUnitAsTheUtf8LocaleDoes)
+{
+	EXPECT_EQ(FChar::ToUpper(u'ß'), u'ß'); // no single-unit capital
+	EXPECT_EQ(FChar::ToLower(u'İ'), u'i');
+	EXPECT_EQ(FChar::ToUpper(u'ÿ'), u'Ÿ');
+	EXPECT_EQ(FChar::ToLower(u'Ω'), u'ω');
+	EXPECT_EQ(FChar::ToUpper(u'ǆ'), u'Ǆ');
+	EXPECT_EQ(FChar::ToLower(u'Ａ'), u'ａ');
+	EXPECT_EQ(FChar::ToLower(static_cast<TCHAR>(0xD801)), 0xD801); // half of a pair stays as it is
+
+	locale_t Locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", static_cast<locale_t>(0));
+	if (!Locale)
+	{
+		GTEST_SKIP() << "no C.UTF-8 locale to compare with";
+	}
+	int32 Differences = 0;
+	for (uint32 Unit = 0; Unit <= 0xFFFF; ++Unit)
+	{
+		const TCHAR Character = static_cast<TCHAR>(Unit);
+		const bool bSurrogate = Unit >= 0xD800 && Unit <= 0xDFFF;
+		const wint_t Lower = towlower_l(Unit, Locale);
+		const wint_t Upper = towupper_l(Unit, Locale);
+		const TCHAR ExpectedLower = (bSurrogate || Lower > 0xFFFF) ? Character : static_cast<TCHAR>(Lower);
+		const TCHAR ExpectedUpper = (bSurrogate || Upper > 0xFFFF) ? Character : static_cast<TCHAR>(Upper);
+		if (FChar::ToLower(Character) != ExpectedLower || FChar::ToUpper(Character) != ExpectedUpper)
+		{
+			if (++Differences <= 5)
+			{
+				ADD_FAILURE() << "unit " << std::hex << Unit << ": lower " << uint32(FChar::ToLower(Character)) << " vs "
+							  << uint32(ExpectedLower) << ", upper " << uint32(FChar::ToUpper(Character)) << " vs " << uint32(ExpectedUpper);
+			}
+		}
+	}
+	freelocale(Locale);
+	EXPECT_EQ(Differences, 0);
 }
 
 TEST(StringTests, ReplaceIsCaseInsensitiveAndReplacesEveryOccurrence)

@@ -29,7 +29,7 @@ namespace ESearchDir
 }
 
 // The engine's string: a sequence of 16-bit units. Comparison with == is exact; the operations that search
-// take ESearchCase and fold each unit through towlower when asked to ignore case.
+// take ESearchCase and fold each unit through FChar::ToLower when asked to ignore case.
 class CORE_API FString
 {
 public:

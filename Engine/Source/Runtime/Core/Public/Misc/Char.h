@@ -4,7 +4,8 @@
 
 namespace FChar
 {
-	// Folds one unit through towlower in a fixed UTF-8 locale, whatever the user's environment says.
+	// Folds one unit by our own table of simple case mappings (Unicode's, as the C library's C.UTF-8 locale has
+	// them), the same on every system and whatever the user's environment says.
 	CORE_API TCHAR ToLower(TCHAR Character);
 	CORE_API TCHAR ToUpper(TCHAR Character);
 	CORE_API bool IsWhitespace(TCHAR Character);
