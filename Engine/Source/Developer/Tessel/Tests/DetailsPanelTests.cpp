@@ -110,7 +110,7 @@ namespace
 	QCheckBox* TagBox(FPanelFixture& Fixture, int32 Index)
 	{
 		TArray<TSharedRef<SWidget>> Cell = Fixture.CellRightOf(TEXT("ModTags"), Index);
-		return Cell.Num() == 2 ? qobject_cast<QCheckBox*>(Cell[1]->GetQWidget()) : nullptr;
+		return Cell.Num() == 2 ? qobject_cast<QCheckBox*>(SlateQt::GetQWidget(*Cell[1])) : nullptr;
 	}
 }
 
@@ -186,11 +186,11 @@ TEST(DetailsPanelTests, EveryRowOfTheFormStandsUnderItsKeyWithItsWidget)
 	TSharedPtr<SWidget> Link = Open.Find(TEXT("ViewItem"));
 	ASSERT_TRUE(Link);
 	EXPECT_EQ(Link->GetDisplayText(), FString(TEXT("View Item on Steam Workshop")));
-	EXPECT_TRUE(Link->GetQWidget()->isHidden());
-	EXPECT_TRUE(Link->GetQWidget()->sizePolicy().retainSizeWhenHidden());
+	EXPECT_TRUE(SlateQt::GetQWidget(*Link)->isHidden());
+	EXPECT_TRUE(SlateQt::GetQWidget(*Link)->sizePolicy().retainSizeWhenHidden());
 	// The preview stands in a square of 128 points.
 	TSharedPtr<SWidget> Image = FindWidgetsByType(Open.Tool.ToSharedRef(), TEXT("SImage")).Last();
-	EXPECT_EQ(Image->GetQWidget()->parentWidget()->parentWidget()->size(), QSize(128, 128));
+	EXPECT_EQ(SlateQt::GetQWidget(*Image)->parentWidget()->parentWidget()->size(), QSize(128, 128));
 }
 
 TEST(DetailsPanelTests, GuardsFollowTheRecordTheFileSystemAndARealCook)
@@ -231,7 +231,7 @@ TEST(DetailsPanelTests, GuardsFollowTheRecordTheFileSystemAndARealCook)
 	QTest::mouseClick(Open.Button(TEXT("CookMapMod")), Qt::LeftButton);
 	ASSERT_EQ(ActiveJobs.Num(), 1);
 	TickFrames();
-	EXPECT_TRUE(Tool.StatusThrobber->GetQWidget()->isVisible());
+	EXPECT_TRUE(SlateQt::GetQWidget(*Tool.StatusThrobber)->isVisible());
 	EXPECT_FALSE(Fixture.Enabled(TEXT("CookMapMod")));
 	EXPECT_FALSE(Fixture.Enabled(TEXT("UploadMod")));
 	EXPECT_FALSE(Fixture.Enabled(TEXT("ResetPub")));
@@ -242,7 +242,7 @@ TEST(DetailsPanelTests, GuardsFollowTheRecordTheFileSystemAndARealCook)
 	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/StandIn.go"), "");
 	Fixture.RunUntilTheQueueIsEmpty();
 	TickFrames();
-	EXPECT_FALSE(Tool.StatusThrobber->GetQWidget()->isVisible());
+	EXPECT_FALSE(SlateQt::GetQWidget(*Tool.StatusThrobber)->isVisible());
 	EXPECT_TRUE(Tool.LogMessages.ContainsByPredicate([](const TSharedPtr<FString>& Line) { return Line->StartsWith(TEXT("Success")); }));
 	EXPECT_GT(Tool.LogListView->GetNumRowsShown(), 5);
 	ASSERT_EQ(Fixture.Services->Dialogs.Num(), 1);
@@ -299,7 +299,7 @@ TEST(DetailsPanelTests, TypingIntoTitleMovesTheCursorAndTheRecordButNotTheDisk)
 	Open.Tool->SaveModDatabase();
 	const FString Before = Fixture.DatabaseOnDisk();
 
-	QLineEdit* Title = qobject_cast<QLineEdit*>(Fixture.Right<SWidget>(TEXT("ModTitle"))->GetQWidget());
+	QLineEdit* Title = qobject_cast<QLineEdit*>(SlateQt::GetQWidget(*Fixture.Right<SWidget>(TEXT("ModTitle"))));
 	ASSERT_NE(Title, nullptr);
 	Open.Window->activateWindow();
 	Title->setFocus();
@@ -398,11 +398,11 @@ TEST(DetailsPanelTests, TheWorkshopLinkLeadsToTheItemAndKeepsItsPlaceAfterAReset
 	TickFrames();
 	TSharedPtr<SHyperlink> Link = StaticCastSharedPtr<SHyperlink>(Open.Find(TEXT("ViewItem")));
 	ASSERT_TRUE(Link);
-	EXPECT_TRUE(Link->GetQWidget()->isVisible());
+	EXPECT_TRUE(SlateQt::GetQWidget(*Link)->isVisible());
 	EXPECT_TRUE(Fixture.Enabled(TEXT("ResetPub")));
-	const QRect Where = Link->GetQWidget()->geometry();
+	const QRect Where = SlateQt::GetQWidget(*Link)->geometry();
 
-	QTest::mouseClick(qobject_cast<QPushButton*>(Link->GetQWidget()), Qt::LeftButton);
+	QTest::mouseClick(qobject_cast<QPushButton*>(SlateQt::GetQWidget(*Link)), Qt::LeftButton);
 	ASSERT_EQ(Fixture.Services->LaunchedUrls.Num(), 1);
 	EXPECT_EQ(Fixture.Services->LaunchedUrls[0], FString(TEXT("https://steamcommunity.com/sharedfiles/filedetails/?id=2900000123")));
 
@@ -410,10 +410,10 @@ TEST(DetailsPanelTests, TheWorkshopLinkLeadsToTheItemAndKeepsItsPlaceAfterAReset
 	TickFrames();
 	EXPECT_EQ(Fixture.Tool().SelectedMod->ItemSeamId, FString());
 	EXPECT_TRUE(Fixture.DatabaseOnDisk().Contains(TEXT("\"ItemSeamId\": \"\"")));
-	EXPECT_FALSE(Link->GetQWidget()->isVisible());
+	EXPECT_FALSE(SlateQt::GetQWidget(*Link)->isVisible());
 	EXPECT_FALSE(Fixture.Enabled(TEXT("ResetPub")));
 	// Hidden, not collapsed: the row does not close up.
-	EXPECT_EQ(Link->GetQWidget()->geometry(), Where);
+	EXPECT_EQ(SlateQt::GetQWidget(*Link)->geometry(), Where);
 }
 
 TEST(DetailsPanelTests, VisibilityOutsideTheOptionsIsShownAsItStandsUntilAChoice)
@@ -447,22 +447,22 @@ TEST(DetailsPanelTests, LongValuesNeitherMoveTheColumnsNorAddAHorizontalScrollBa
 	TickFrames(4);
 	QCoreApplication::processEvents();
 
-	QScrollArea* Scroll = qobject_cast<QScrollArea*>(Tool.DetailsScrollBox->GetQWidget());
+	QScrollArea* Scroll = qobject_cast<QScrollArea*>(SlateQt::GetQWidget(*Tool.DetailsScrollBox));
 	ASSERT_NE(Scroll, nullptr);
 	EXPECT_FALSE(Scroll->horizontalScrollBar()->isVisible());
 	// Labels take three tenths of the grid and the widgets the rest, within a few points of rounding.
 	for (const TCHAR* Key : {TEXT("ModTitle"), TEXT("ModDescription"), TEXT("ModMaps"), TEXT("ModTestCookDir")})
 	{
 		SCOPED_TRACE(FString(Key).ToUtf8());
-		QWidget* Label = Open.Find(Key)->GetQWidget()->parentWidget();
-		QWidget* Value = Fixture.CellRightOf(Key)[0]->GetQWidget()->parentWidget();
+		QWidget* Label = SlateQt::GetQWidget(*Open.Find(Key))->parentWidget();
+		QWidget* Value = SlateQt::GetQWidget(*Fixture.CellRightOf(Key)[0])->parentWidget();
 		const double Whole = Label->parentWidget()->width();
 		EXPECT_NEAR(Label->width() / Whole, 0.3, 0.02);
 		EXPECT_NEAR(Value->width() / Whole, 0.7, 0.02);
 		EXPECT_LE(Value->geometry().right(), Label->parentWidget()->width());
 	}
 	// The description wraps inside its box.
-	QPlainTextEdit* Description = qobject_cast<QPlainTextEdit*>(Fixture.CellRightOf(TEXT("ModDescription"))[0]->GetQWidget());
+	QPlainTextEdit* Description = qobject_cast<QPlainTextEdit*>(SlateQt::GetQWidget(*Fixture.CellRightOf(TEXT("ModDescription"))[0]));
 	ASSERT_NE(Description, nullptr);
 	EXPECT_EQ(Description->lineWrapMode(), QPlainTextEdit::WidgetWidth);
 	EXPECT_EQ(Description->toPlainText().size(), 8000);

@@ -34,7 +34,7 @@ TEST(ToolWidgetTests, FirstOpenWithoutModsShowsTheNoModsViewWithBothLogButtonsDi
 	EXPECT_EQ(Open.Tool->ModList.Num(), 0);
 	ASSERT_TRUE(Open.Find(TEXT("NoMods")));
 	EXPECT_FALSE(Open.Find(TEXT("Title")));
-	EXPECT_EQ(Open.RowsOf(Open.Tool->ModListView->GetQWidget()), 0);
+	EXPECT_EQ(Open.RowsOf(SlateQt::GetQWidget(*Open.Tool->ModListView)), 0);
 	ASSERT_NE(Open.Button(TEXT("ClearLog")), nullptr);
 	EXPECT_FALSE(Open.Button(TEXT("ClearLog"))->isEnabled());
 	EXPECT_FALSE(Open.Button(TEXT("CancelJob"))->isEnabled());
@@ -69,7 +69,7 @@ TEST(ToolWidgetTests, ClickingARowSelectsItAndRebuildsTheWholeTree)
 	// The list shows folder names, not titles.
 	EXPECT_EQ(Tool.ModListView->GetRowText(1), Tool.ModList[1]->ModDir);
 
-	QAbstractItemView* View = Tool.ModListView->GetQWidget()->findChild<QAbstractItemView*>();
+	QAbstractItemView* View = SlateQt::GetQWidget(*Tool.ModListView)->findChild<QAbstractItemView*>();
 	QTest::mouseClick(View->viewport(), Qt::LeftButton, {}, View->visualRect(View->model()->index(1, 0)).center());
 	TickFrames();
 
@@ -79,7 +79,7 @@ TEST(ToolWidgetTests, ClickingARowSelectsItAndRebuildsTheWholeTree)
 	EXPECT_NE(Tool.DetailsScrollBox, OldDetails);
 	EXPECT_NE(Tool.StatusThrobber, OldThrobber);
 	EXPECT_EQ(Tool.ModListView->GetNumItemsSelected(), 0);
-	EXPECT_EQ(Open.RowsOf(Tool.LogListView->GetQWidget()), 3);
+	EXPECT_EQ(Open.RowsOf(SlateQt::GetQWidget(*Tool.LogListView)), 3);
 	EXPECT_TRUE(Tool.DetailsScrollBox->GetDisplayText().Contains(Tool.ModList[1]->ModDir));
 }
 
@@ -127,7 +127,7 @@ TEST(ToolWidgetTests, RefreshWithAndWithoutMods)
 	TickFrames();
 	EXPECT_FALSE(Tool.SelectedMod);
 	EXPECT_TRUE(Open.Find(TEXT("NoMods")));
-	EXPECT_EQ(Open.RowsOf(Tool.ModListView->GetQWidget()), 0);
+	EXPECT_EQ(Open.RowsOf(SlateQt::GetQWidget(*Tool.ModListView)), 0);
 }
 
 TEST(ToolWidgetTests, ClearLogsIsEnabledByTheFirstLineAndEmptiesTheLog)
@@ -140,11 +140,11 @@ TEST(ToolWidgetTests, ClearLogsIsEnabledByTheFirstLineAndEmptiesTheLog)
 	Tool.LogListView->RequestListRefresh();
 	TickFrames();
 	EXPECT_TRUE(Open.Button(TEXT("ClearLog"))->isEnabled());
-	EXPECT_EQ(Open.RowsOf(Tool.LogListView->GetQWidget()), 1);
+	EXPECT_EQ(Open.RowsOf(SlateQt::GetQWidget(*Tool.LogListView)), 1);
 	Open.Button(TEXT("ClearLog"))->click();
 	TickFrames();
 	EXPECT_EQ(Tool.LogMessages.Num(), 0);
-	EXPECT_EQ(Open.RowsOf(Tool.LogListView->GetQWidget()), 0);
+	EXPECT_EQ(Open.RowsOf(SlateQt::GetQWidget(*Tool.LogListView)), 0);
 	EXPECT_FALSE(Open.Button(TEXT("ClearLog"))->isEnabled());
 }
 
@@ -153,7 +153,7 @@ TEST(ToolWidgetTests, CancelAndTheThrobberFollowTheJobQueue)
 	FTestKit Kit;
 	FOpenTool Open;
 	STesselTool& Tool = *Open.Tool;
-	QWidget* Throbber = Tool.StatusThrobber->GetQWidget();
+	QWidget* Throbber = SlateQt::GetQWidget(*Tool.StatusThrobber);
 	EXPECT_FALSE(Throbber->isVisible());
 	EXPECT_TRUE(Throbber->sizePolicy().retainSizeWhenHidden());
 	const QPoint Place = Throbber->mapTo(Open.Window.get(), QPoint(0, 0));

@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 #include <QWidget>
 
+#include "SlateQtBackend.h"
 #include "STesselUI.h"
 #include "SlateTestMain.h"
 #include "cook/CookJob.h"
@@ -25,7 +26,7 @@ namespace
 			Window = std::make_unique<QWidget>();
 			QVBoxLayout* Layout = new QVBoxLayout(Window.get());
 			Layout->setContentsMargins(0, 0, 0, 0);
-			Layout->addWidget(Tool->GetQWidget());
+			Layout->addWidget(SlateQt::GetQWidget(*Tool));
 			Window->resize(1000, 700);
 			Window->show();
 			TickFrames();
@@ -41,7 +42,7 @@ namespace
 		QPushButton* Button(const TCHAR* Key) const
 		{
 			TSharedPtr<SWidget> Widget = Find(Key);
-			return Widget ? qobject_cast<QPushButton*>(Widget->GetQWidget()) : nullptr;
+			return Widget ? qobject_cast<QPushButton*>(SlateQt::GetQWidget(*Widget)) : nullptr;
 		}
 		int32 RowsOf(QWidget* ListContainer) const
 		{

@@ -42,20 +42,20 @@ namespace
 			Open.reset();
 		}
 
-		QWidget* DialogWindow() const { return Tool->SteamAuthWindow->GetQWidget(); }
+		QWidget* DialogWindow() const { return SlateQt::GetQWidget(*Tool->SteamAuthWindow); }
 		QLineEdit* Box(int32 Index) const
 		{
 			TArray<TSharedRef<SWidget>> Boxes = FindWidgetsByType(Tool->SteamAuthWindow.ToSharedRef(), TEXT("SEditableTextBox"));
-			return Boxes.IsValidIndex(Index) ? qobject_cast<QLineEdit*>(Boxes[Index]->GetQWidget()) : nullptr;
+			return Boxes.IsValidIndex(Index) ? qobject_cast<QLineEdit*>(SlateQt::GetQWidget(*Boxes[Index])) : nullptr;
 		}
 		QPushButton* Button(const TCHAR* Key) const
 		{
 			TSharedPtr<SWidget> Found = FindWidgetByKey(Tool->SteamAuthWindow.ToSharedRef(), Key);
-			return Found ? qobject_cast<QPushButton*>(Found->GetQWidget()) : nullptr;
+			return Found ? qobject_cast<QPushButton*>(SlateQt::GetQWidget(*Found)) : nullptr;
 		}
 		int32 LogRows() const
 		{
-			QAbstractItemView* View = Tool->LogListView->GetQWidget()->findChild<QAbstractItemView*>();
+			QAbstractItemView* View = SlateQt::GetQWidget(*Tool->LogListView)->findChild<QAbstractItemView*>();
 			return View ? View->model()->rowCount() : -1;
 		}
 		bool ItemFileExists() const { return FPaths::FileExists(Kit.Root() / TEXT("ModTools/ModConfigs/Islands.vdf")); }

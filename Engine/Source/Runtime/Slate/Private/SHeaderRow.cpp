@@ -22,7 +22,7 @@ TArray<TSharedRef<SWidget>> SHeaderRow::GetChildren() const
 	return Labels;
 }
 
-QWidget* SHeaderRow::CreateQWidget()
+FNativeWidget* SHeaderRow::CreateNativeWidget()
 {
 	QWidget* Row = new QWidget();
 	QHBoxLayout* Layout = new QHBoxLayout(Row);
@@ -38,5 +38,5 @@ QWidget* SHeaderRow::CreateQWidget()
 	}
 	Row->setStyleSheet(QStringLiteral("background-color: palette(button);"));
 	Row->setAttribute(Qt::WA_StyledBackground, true);
-	return Row;
+	return SlateQt::ToNative(Row);
 }

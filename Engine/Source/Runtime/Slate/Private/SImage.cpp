@@ -52,18 +52,18 @@ namespace
 	}
 }
 
-QWidget* SImage::CreateQWidget()
+FNativeWidget* SImage::CreateNativeWidget()
 {
 	FImageQt* Widget = new FImageQt();
-	QtWidget = Widget;
+	SetNativeWidget(SlateQt::ToNative(Widget));
 	bDrawnOnce = false;
 	RefreshAttributes();
-	return Widget;
+	return SlateQt::ToNative(Widget);
 }
 
 void SImage::RefreshAttributes()
 {
-	FImageQt* Widget = static_cast<FImageQt*>(QtWidget.data());
+	FImageQt* Widget = static_cast<FImageQt*>(SlateQt::FindQWidget(*this));
 	const FSlateBrush* Brush = Image.Get();
 	const FString Resource = Brush ? Brush->ResourceName : FString();
 	if (Widget && (!bDrawnOnce || Resource != DrawnResource))

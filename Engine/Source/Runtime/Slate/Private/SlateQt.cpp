@@ -65,7 +65,7 @@ QWidget* SlateQt::MakeSlotHolder(SWidget& Child, const FMargin& Padding, EHorizo
 	Layout->setContentsMargins(static_cast<int>(Padding.Left), static_cast<int>(Padding.Top),
 							   static_cast<int>(Padding.Right), static_cast<int>(Padding.Bottom));
 	Layout->setSpacing(0);
-	QWidget* ChildWidget = Child.GetQWidget();
+	QWidget* ChildWidget = GetQWidget(Child);
 	Layout->addWidget(ChildWidget, 0, ToQtAlignment(HAlign, VAlign));
 	Holder->setSizePolicy(ChildWidget->sizePolicy());
 	Child.RefreshAttributes();

@@ -39,20 +39,20 @@ TEST(FormWidgetTests, GridColumnsKeepTheirSharesWhateverTheCellsHold)
 	Window.Window->resize(800, 400);
 	TickFrames(3);
 
-	QWidget* LabelCell = Label->GetQWidget()->parentWidget();
-	QWidget* BoxCell = Box->GetQWidget()->parentWidget();
-	const double Whole = Grid->GetQWidget()->width();
+	QWidget* LabelCell = SlateQt::GetQWidget(*Label)->parentWidget();
+	QWidget* BoxCell = SlateQt::GetQWidget(*Box)->parentWidget();
+	const double Whole = SlateQt::GetQWidget(*Grid)->width();
 	EXPECT_NEAR(LabelCell->width() / Whole, 0.3, 0.02);
 	EXPECT_NEAR(BoxCell->width() / Whole, 0.7, 0.02);
 	// The long label wraps in its column, also inside a path, and all of it is still there to read.
-	QLabel* Drawn = qobject_cast<QLabel*>(Label->GetQWidget());
+	QLabel* Drawn = qobject_cast<QLabel*>(SlateQt::GetQWidget(*Label));
 	ASSERT_NE(Drawn, nullptr);
 	EXPECT_TRUE(Drawn->wordWrap());
 	EXPECT_GT(Drawn->height(), Drawn->fontMetrics().height() * 2);
 	EXPECT_EQ(Drawn->text().remove(QChar(0x200B)), QString::fromStdU16String(LongLabel.GetStd()));
 	EXPECT_EQ(Label->GetDisplayText(), LongLabel);
 	// What can't shrink keeps its least width: the grid is never narrower than the button's box.
-	EXPECT_GE(Grid->GetQWidget()->minimumSizeHint().width(), 170);
+	EXPECT_GE(SlateQt::GetQWidget(*Grid)->minimumSizeHint().width(), 170);
 }
 
 TEST(FormWidgetTests, ABoundBoxKeepsTheCursorAndUndoWhileItsGetterIsPolled)
@@ -147,7 +147,7 @@ TEST(FormWidgetTests, AnImageWithoutAPictureIsTheCheckerboardFillingItsBox)
 	TickFrames();
 	EXPECT_FALSE(Image->HasPicture());
 	// Drawn over the whole box in the checkerboard's two greys, not left empty.
-	const QImage Shot = Image->GetQWidget()->grab().toImage();
+	const QImage Shot = SlateQt::GetQWidget(*Image)->grab().toImage();
 	ASSERT_EQ(Shot.size(), QSize(128, 128));
 	QSet<QRgb> Colours;
 	for (int Y = 0; Y < 128; Y += 4)
@@ -169,5 +169,5 @@ TEST(FormWidgetTests, AnImageWithoutAPictureIsTheCheckerboardFillingItsBox)
 	Brush = &Good;
 	TickFrames();
 	EXPECT_TRUE(Image->HasPicture());
-	EXPECT_EQ(Image->GetQWidget()->grab().toImage().pixelColor(64, 64), QColor(Qt::red));
+	EXPECT_EQ(SlateQt::GetQWidget(*Image)->grab().toImage().pixelColor(64, 64), QColor(Qt::red));
 }

@@ -5,6 +5,7 @@
 #include <QVBoxLayout>
 #include <QWidget>
 
+#include "SlateQtBackend.h"
 #include "SlateTestMain.h"
 #include "Widgets/SWidget.h"
 
@@ -19,7 +20,7 @@ namespace
 		{
 			Window = std::make_unique<QWidget>();
 			QVBoxLayout* Layout = new QVBoxLayout(Window.get());
-			Layout->addWidget(Content->GetQWidget());
+			Layout->addWidget(SlateQt::GetQWidget(*Content));
 			Window->resize(600, 400);
 			Window->show();
 			TickFrames();
@@ -32,7 +33,7 @@ namespace
 	template <typename QtType>
 	QtType* QtOf(const TSharedPtr<SWidget>& Widget)
 	{
-		return Widget ? qobject_cast<QtType*>(Widget->GetQWidget()) : nullptr;
+		return Widget ? qobject_cast<QtType*>(SlateQt::GetQWidget(*Widget)) : nullptr;
 	}
 
 }

@@ -65,15 +65,15 @@ TEST(WidgetTests, BoundAttributesAreAskedAgainEveryFrame)
 	// Hidden keeps the button's place in the row, Collapsed gives it up. The new label's size reaches the
 	// outer layouts over a few frames; the place is measured once they have settled.
 	TickFrames(5);
-	const int NeighbourX = Neighbour->GetQWidget()->mapTo(Window.Window.get(), QPoint(0, 0)).x();
+	const int NeighbourX = SlateQt::GetQWidget(*Neighbour)->mapTo(Window.Window.get(), QPoint(0, 0)).x();
 	Visibility = EVisibility::Hidden;
 	TickFrames();
-	EXPECT_FALSE(Button->GetQWidget()->isVisible());
-	EXPECT_EQ(Neighbour->GetQWidget()->mapTo(Window.Window.get(), QPoint(0, 0)).x(), NeighbourX);
+	EXPECT_FALSE(SlateQt::GetQWidget(*Button)->isVisible());
+	EXPECT_EQ(SlateQt::GetQWidget(*Neighbour)->mapTo(Window.Window.get(), QPoint(0, 0)).x(), NeighbourX);
 	Visibility = EVisibility::Collapsed;
 	TickFrames();
-	EXPECT_LT(Neighbour->GetQWidget()->mapTo(Window.Window.get(), QPoint(0, 0)).x(), NeighbourX);
-	EXPECT_EQ(Button->GetQWidget()->objectName(), QString("Go"));
+	EXPECT_LT(SlateQt::GetQWidget(*Neighbour)->mapTo(Window.Window.get(), QPoint(0, 0)).x(), NeighbourX);
+	EXPECT_EQ(SlateQt::GetQWidget(*Button)->objectName(), QString("Go"));
 }
 
 TEST(WidgetTests, ARowOfAutoSlotsKeepsItsLayoutFromFrameToFrame)
@@ -83,7 +83,7 @@ TEST(WidgetTests, ARowOfAutoSlotsKeepsItsLayoutFromFrameToFrame)
 		+ SHorizontalBox::Slot().AutoWidth()[SNew(STextBlock).Text(LOCTEXT("A", "a"))]
 		+ SHorizontalBox::Slot().AutoWidth()[SNew(STextBlock).Text(LOCTEXT("B", "b"))];
 	FTestWindow Window(Root);
-	QLayout* Layout = Row->GetQWidget()->layout();
+	QLayout* Layout = SlateQt::GetQWidget(*Row)->layout();
 	const int ItemsAtFirst = Layout->count();
 	EXPECT_EQ(ItemsAtFirst, 3); // two slots and the stretch that keeps them at the left
 	TickFrames(50);

@@ -33,7 +33,7 @@ public:
 	TArray<TSharedRef<SWidget>> GetChildren() const override;
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	TArray<FColumn> Columns;
