@@ -61,6 +61,7 @@ FString SlateQt::FromQString(const QString& Text)
 QWidget* SlateQt::MakeSlotHolder(SWidget& Child, const FMargin& Padding, EHorizontalAlignment HAlign, EVerticalAlignment VAlign)
 {
 	QWidget* Holder = MakePlainWidget();
+	Holder->setProperty(SlotHolderProperty, true);
 	QVBoxLayout* Layout = new QVBoxLayout(Holder);
 	Layout->setContentsMargins(static_cast<int>(Padding.Left), static_cast<int>(Padding.Top),
 							   static_cast<int>(Padding.Right), static_cast<int>(Padding.Bottom));

@@ -27,7 +27,7 @@ public:
 	SLATE_SUPPORTS_SLOT(FColumn)
 	SLATE_END_ARGS()
 
-	void Construct(const FArguments& InArgs) { Columns = InArgs.Slots; }
+	void Construct(const FArguments& InArgs);
 	const TArray<FColumn>& GetColumns() const { return Columns; }
 	FString GetDisplayText() const override;
 	TArray<TSharedRef<SWidget>> GetChildren() const override;
