@@ -25,8 +25,6 @@ struct FSlateTestRect
 
 	int32 Right() const { return X + Width; }
 	int32 Bottom() const { return Y + Height; }
-	int32 CentreX() const { return X + Width / 2; }
-	int32 CentreY() const { return Y + Height / 2; }
 	bool operator==(const FSlateTestRect& Other) const = default;
 };
 
