@@ -200,6 +200,13 @@ TEST(DetailsPanelTests, EveryRowOfTheFormStandsUnderItsKeyWithItsWidget)
 	EXPECT_GE(GetSlotGeometry(*Link).Width, GetPreferredSize(*Link).Width);
 	EXPECT_GE(GetSlotGeometry(*Link).Height, GetPreferredSize(*Link).Height);
 	EXPECT_GT(GetPreferredSize(*Link).Height, 0);
+	// The banner draws the kit's logo from the editor's style, at its size of 40 points.
+	TArray<TSharedRef<SWidget>> Images = FindWidgetsByType(Open.Tool.ToSharedRef(), TEXT("SImage"));
+	const TSharedRef<SWidget>* Logo = Images.FindByPredicate([](const TSharedRef<SWidget>& Each)
+		{ return StaticCastSharedRef<SImage>(Each)->GetImage()->GetResourceName() == TEXT("Merrow.MerrowLogo"); });
+	ASSERT_NE(Logo, nullptr);
+	EXPECT_TRUE(StaticCastSharedRef<SImage>(*Logo)->HasPicture());
+	EXPECT_EQ(GetPreferredSize(**Logo), (FSlateTestSize{40, 40}));
 	// The preview stands in a square of 128 points.
 	TSharedRef<SWidget> Image = FindWidgetsByType(Open.Tool.ToSharedRef(), TEXT("SImage")).Last();
 	TSharedPtr<SWidget> PreviewBox;
