@@ -7,7 +7,7 @@
 #include <QSettings>
 
 #include "Framework/Docking/TabManager.h"
-#include "Widgets/SlotBase.h"
+#include "SlateQtBackend.h"
 
 namespace
 {
@@ -50,7 +50,7 @@ TSharedPtr<SDockTab> FHostWindow::OpenTab(const FString& TabId)
 	QDockWidget* Dock = new QDockWidget(SlateQt::ToQString(Tab->GetTabLabel().ToString()), this);
 	Dock->setObjectName(SlateQt::ToQString(TabId));
 	Dock->setAttribute(Qt::WA_DeleteOnClose);
-	Dock->setWidget(Tab->GetQWidget());
+	Dock->setWidget(SlateQt::GetQWidget(*Tab));
 	addDockWidget(Qt::LeftDockWidgetArea, Dock);
 	Tabs[TabId] = Tab;
 	Docks[TabId] = Dock;

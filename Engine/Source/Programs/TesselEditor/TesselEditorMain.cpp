@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QTimer>
 
+#include "SlateQtBackend.h"
 #include "CoreMinimal.h"
 #include "EditorServices.h"
 #include "Framework/Application/SlateApplication.h"

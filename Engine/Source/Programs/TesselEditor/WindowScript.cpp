@@ -1,3 +1,4 @@
+#include "SlateQtBackend.h"
 #include "WindowScript.h"
 
 #include <QApplication>

@@ -1,15 +1,6 @@
 // The details panel as a mod author meets it: every row of the form by its key, the guards while a real cook
 // runs, tags that reach the disk at once, typing with real key events, and the columns that hold their shares.
 
-#include <QCheckBox>
-#include <QImage>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QScrollArea>
-#include <QScrollBar>
-#include <QTest>
-
 #include "JsonTestUtils.h"
 #include "TestKit.h"
 #include "Testing/EditorServicesDouble.h"
@@ -25,8 +16,11 @@
 #include "Widgets/Text/STextBlock.h"
 
 #include <chrono>
+#include <filesystem>
 #include <thread>
 #include <unistd.h>
+
+using namespace SlateTest;
 
 namespace
 {
@@ -53,6 +47,23 @@ namespace
 		}
 		STesselTool& Tool() { return *Open->Tool; }
 
+		// The grid of the group that holds the label with LabelKey in its first column.
+		TSharedPtr<SGridPanel> GridOf(const TCHAR* LabelKey)
+		{
+			for (const TSharedRef<SWidget>& Widget : FindWidgetsByType(Open->Tool.ToSharedRef(), TEXT("SGridPanel")))
+			{
+				TSharedRef<SGridPanel> Grid = StaticCastSharedRef<SGridPanel>(Widget);
+				for (const SGridPanel::FSlot& Slot : Grid->GetSlots())
+				{
+					if (Slot.Column == 0 && Slot.Widget->GetTextKey() == LabelKey)
+					{
+						return Grid;
+					}
+				}
+			}
+			ADD_FAILURE() << "no label with the key " << FString(LabelKey).ToUtf8();
+			return nullptr;
+		}
 		// The widgets that stand in the given grid cell of the group that holds the label with LabelKey.
 		TArray<TSharedRef<SWidget>> CellRightOf(const TCHAR* LabelKey, int32 RowOffset = 0)
 		{
@@ -86,9 +97,8 @@ namespace
 		}
 		bool Enabled(const TCHAR* Key)
 		{
-			QPushButton* Button = Open->Button(Key);
-			EXPECT_NE(Button, nullptr) << FString(Key).ToUtf8();
-			return Button && Button->isEnabled();
+			EXPECT_TRUE(Open->Find(Key)) << FString(Key).ToUtf8();
+			return Open->Enabled(Key);
 		}
 		FString DatabaseOnDisk() const { return FString(FromUtf16Bytes(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()))); }
 		void RunUntilTheQueueIsEmpty()
@@ -107,10 +117,10 @@ namespace
 		std::unique_ptr<FOpenTool> Open;
 	};
 
-	QCheckBox* TagBox(FPanelFixture& Fixture, int32 Index)
+	TSharedPtr<SWidget> TagBox(FPanelFixture& Fixture, int32 Index)
 	{
 		TArray<TSharedRef<SWidget>> Cell = Fixture.CellRightOf(TEXT("ModTags"), Index);
-		return Cell.Num() == 2 ? qobject_cast<QCheckBox*>(Cell[1]->GetQWidget()) : nullptr;
+		return Cell.Num() == 2 && Cell[1]->GetTypeName() == TEXT("SCheckBox") ? TSharedPtr<SWidget>(Cell[1]) : nullptr;
 	}
 }
 
@@ -176,21 +186,37 @@ TEST(DetailsPanelTests, EveryRowOfTheFormStandsUnderItsKeyWithItsWidget)
 	for (const auto& Button : Buttons)
 	{
 		SCOPED_TRACE(FString(Button.Key).ToUtf8());
-		QPushButton* Push = Open.Button(Button.Key);
-		ASSERT_NE(Push, nullptr);
-		EXPECT_EQ(Push->text(), QString::fromStdU16String(FString(Button.Label).GetStd()));
-		EXPECT_EQ(Push->width(), Button.Width);
+		ASSERT_TRUE(Open.Find(Button.Key));
+		EXPECT_EQ(GetShownText(Open.Button(Button.Key)), FString(Button.Label));
+		EXPECT_EQ(GetGeometry(Open.Button(Button.Key)).Width, Button.Width);
 	}
-	EXPECT_EQ(Open.Button(TEXT("SelectPreviewImage"))->text(), QString("Browse..."));
+	ASSERT_TRUE(Open.Find(TEXT("SelectPreviewImage")));
+	EXPECT_EQ(GetShownText(Open.Button(TEXT("SelectPreviewImage"))), FString(TEXT("Browse...")));
 	// The hyperlink has its key; with no published id it is hidden but keeps its place.
 	TSharedPtr<SWidget> Link = Open.Find(TEXT("ViewItem"));
 	ASSERT_TRUE(Link);
 	EXPECT_EQ(Link->GetDisplayText(), FString(TEXT("View Item on Steam Workshop")));
-	EXPECT_TRUE(Link->GetQWidget()->isHidden());
-	EXPECT_TRUE(Link->GetQWidget()->sizePolicy().retainSizeWhenHidden());
+	EXPECT_FALSE(IsShown(*Link));
+	EXPECT_GE(GetSlotGeometry(*Link).Width, GetPreferredSize(*Link).Width);
+	EXPECT_GE(GetSlotGeometry(*Link).Height, GetPreferredSize(*Link).Height);
+	EXPECT_GT(GetPreferredSize(*Link).Height, 0);
+	// The banner draws the kit's logo from the editor's style, at its size of 40 points.
+	TArray<TSharedRef<SWidget>> Images = FindWidgetsByType(Open.Tool.ToSharedRef(), TEXT("SImage"));
+	const TSharedRef<SWidget>* Logo = Images.FindByPredicate([](const TSharedRef<SWidget>& Each)
+		{ return StaticCastSharedRef<SImage>(Each)->GetImage()->GetResourceName() == TEXT("Merrow.MerrowLogo"); });
+	ASSERT_NE(Logo, nullptr);
+	EXPECT_TRUE(StaticCastSharedRef<SImage>(*Logo)->HasPicture());
+	EXPECT_EQ(GetPreferredSize(**Logo), (FSlateTestSize{40, 40}));
 	// The preview stands in a square of 128 points.
-	TSharedPtr<SWidget> Image = FindWidgetsByType(Open.Tool.ToSharedRef(), TEXT("SImage")).Last();
-	EXPECT_EQ(Image->GetQWidget()->parentWidget()->parentWidget()->size(), QSize(128, 128));
+	TSharedRef<SWidget> Image = FindWidgetsByType(Open.Tool.ToSharedRef(), TEXT("SImage")).Last();
+	TSharedPtr<SWidget> PreviewBox;
+	for (const TSharedRef<SWidget>& Box : FindWidgetsByType(Open.Tool.ToSharedRef(), TEXT("SBox")))
+	{
+		PreviewBox = Box->GetChildren().Contains(Image) ? TSharedPtr<SWidget>(Box) : PreviewBox;
+	}
+	ASSERT_TRUE(PreviewBox);
+	EXPECT_EQ(GetGeometry(*PreviewBox).Width, 128);
+	EXPECT_EQ(GetGeometry(*PreviewBox).Height, 128);
 }
 
 TEST(DetailsPanelTests, GuardsFollowTheRecordTheFileSystemAndARealCook)
@@ -228,10 +254,10 @@ TEST(DetailsPanelTests, GuardsFollowTheRecordTheFileSystemAndARealCook)
 	// A real cook, pressed with the mouse: the log fills, the throbber turns, and only the three guarded
 	// buttons wait. The cook goes on until the test lets it end.
 	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/StandIn.mode"), "wait-for-go");
-	QTest::mouseClick(Open.Button(TEXT("CookMapMod")), Qt::LeftButton);
+	Click(Open.Button(TEXT("CookMapMod")));
 	ASSERT_EQ(ActiveJobs.Num(), 1);
 	TickFrames();
-	EXPECT_TRUE(Tool.StatusThrobber->GetQWidget()->isVisible());
+	EXPECT_TRUE(IsShown(*Tool.StatusThrobber));
 	EXPECT_FALSE(Fixture.Enabled(TEXT("CookMapMod")));
 	EXPECT_FALSE(Fixture.Enabled(TEXT("UploadMod")));
 	EXPECT_FALSE(Fixture.Enabled(TEXT("ResetPub")));
@@ -242,7 +268,7 @@ TEST(DetailsPanelTests, GuardsFollowTheRecordTheFileSystemAndARealCook)
 	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/StandIn.go"), "");
 	Fixture.RunUntilTheQueueIsEmpty();
 	TickFrames();
-	EXPECT_FALSE(Tool.StatusThrobber->GetQWidget()->isVisible());
+	EXPECT_FALSE(IsShown(*Tool.StatusThrobber));
 	EXPECT_TRUE(Tool.LogMessages.ContainsByPredicate([](const TSharedPtr<FString>& Line) { return Line->StartsWith(TEXT("Success")); }));
 	EXPECT_GT(Tool.LogListView->GetNumRowsShown(), 5);
 	ASSERT_EQ(Fixture.Services->Dialogs.Num(), 1);
@@ -268,26 +294,29 @@ TEST(DetailsPanelTests, TagsInAnyLetterCaseShowCheckedAndEveryClickReachesTheDis
 	Fixture.Tool().BuildLayout(); // boxes take their state from Tags when the form is built
 	TickFrames();
 
-	ASSERT_NE(TagBox(Fixture, 2), nullptr);
-	EXPECT_TRUE(TagBox(Fixture, 2)->isChecked());  // "Map", stored as "map"
-	EXPECT_TRUE(TagBox(Fixture, 4)->isChecked());  // "Weapons"
-	EXPECT_FALSE(TagBox(Fixture, 0)->isChecked()); // "Mod"
+	for (int32 Index = 0; Index < 10; ++Index)
+	{
+		ASSERT_TRUE(TagBox(Fixture, Index)) << Index;
+	}
+	EXPECT_TRUE(IsChecked(*TagBox(Fixture, 2)));  // "Map", stored as "map"
+	EXPECT_TRUE(IsChecked(*TagBox(Fixture, 4)));  // "Weapons"
+	EXPECT_FALSE(IsChecked(*TagBox(Fixture, 0))); // "Mod"
 
-	QTest::mouseClick(TagBox(Fixture, 0), Qt::LeftButton);
-	EXPECT_TRUE(TagBox(Fixture, 0)->isChecked());
+	Click(*TagBox(Fixture, 0));
+	EXPECT_TRUE(IsChecked(*TagBox(Fixture, 0)));
 	EXPECT_EQ(Fixture.Tool().SelectedMod->Tags, FString(TEXT("map,Weapons,Mod")));
 	EXPECT_TRUE(Fixture.DatabaseOnDisk().Contains(TEXT("\"Tags\": \"map,Weapons,Mod\"")));
 	// The save took every other edit along.
 	EXPECT_TRUE(Fixture.DatabaseOnDisk().Contains(TEXT("\"Title\": \"unsaved title\"")));
 
 	// Unchecking the box of a tag stored in other letter case removes it.
-	QTest::mouseClick(TagBox(Fixture, 2), Qt::LeftButton);
-	EXPECT_FALSE(TagBox(Fixture, 2)->isChecked());
+	Click(*TagBox(Fixture, 2));
+	EXPECT_FALSE(IsChecked(*TagBox(Fixture, 2)));
 	EXPECT_TRUE(Fixture.DatabaseOnDisk().Contains(TEXT("\"Tags\": \"Weapons,Mod\"")));
 	// Any set of tags may be on at once.
 	for (int32 Index : {5, 6, 9})
 	{
-		QTest::mouseClick(TagBox(Fixture, Index), Qt::LeftButton);
+		Click(*TagBox(Fixture, Index));
 	}
 	EXPECT_EQ(Fixture.Tool().SelectedMod->Tags, FString(TEXT("Weapons,Mod,Outfits,Creatures,Rebalancing")));
 }
@@ -299,20 +328,22 @@ TEST(DetailsPanelTests, TypingIntoTitleMovesTheCursorAndTheRecordButNotTheDisk)
 	Open.Tool->SaveModDatabase();
 	const FString Before = Fixture.DatabaseOnDisk();
 
-	QLineEdit* Title = qobject_cast<QLineEdit*>(Fixture.Right<SWidget>(TEXT("ModTitle"))->GetQWidget());
-	ASSERT_NE(Title, nullptr);
-	Open.Window->activateWindow();
-	Title->setFocus();
-	QTest::keyClicks(Title, "Isle");
+	TSharedPtr<SWidget> TitleBox = Fixture.Right<SWidget>(TEXT("ModTitle"));
+	ASSERT_TRUE(TitleBox);
+	ASSERT_EQ(TitleBox->GetTypeName(), FString(TEXT("SEditableTextBox")));
+	SWidget& Title = *TitleBox;
+	Open.Window->Activate();
+	Focus(Title);
+	TypeText(Title, TEXT("Isle"));
 	TickFrames(3); // the getter is asked every frame while the box is edited
-	QTest::keyClick(Title, Qt::Key_Left);
-	QTest::keyClicks(Title, "s");
+	PressKey(Title, TEXT("Left"));
+	TypeText(Title, TEXT("s"));
 	TickFrames(3);
 	EXPECT_EQ(Fixture.Tool().SelectedMod->Title, FString(TEXT("Islse")));
-	EXPECT_EQ(Title->text(), QString("Islse"));
-	EXPECT_EQ(Title->cursorPosition(), 4);
+	EXPECT_EQ(GetShownText(Title), FString(TEXT("Islse")));
+	EXPECT_EQ(GetCursorPosition(Title), 4);
 	// Undo still works after frames of polling: the box's history was never reset.
-	QTest::keyClick(Title, Qt::Key_Z, Qt::ControlModifier);
+	PressKey(Title, TEXT("Ctrl+Z"));
 	TickFrames();
 	EXPECT_EQ(Fixture.Tool().SelectedMod->Title, FString(TEXT("Isle")));
 	EXPECT_EQ(Fixture.DatabaseOnDisk(), Before);
@@ -320,13 +351,16 @@ TEST(DetailsPanelTests, TypingIntoTitleMovesTheCursorAndTheRecordButNotTheDisk)
 	// A change made elsewhere shows in the box at the next frame.
 	Fixture.Tool().SelectedMod->Title = TEXT("Island Pack");
 	TickFrames();
-	EXPECT_EQ(Title->text(), QString("Island Pack"));
+	EXPECT_EQ(GetShownText(Title), FString(TEXT("Island Pack")));
 
 	// The folder's name is shown, not edited.
-	QLineEdit* ModDir = Fixture.Open->Window->findChild<QLineEdit*>();
-	ASSERT_NE(ModDir, nullptr);
-	EXPECT_EQ(ModDir->text(), QString("Islands"));
-	EXPECT_TRUE(ModDir->isReadOnly());
+	TArray<TSharedRef<SWidget>> DirCell = Fixture.CellRightOf(TEXT("ModDir"));
+	ASSERT_EQ(DirCell.Num(), 1);
+	TArray<TSharedRef<SWidget>> ModDirs = FindWidgetsByType(DirCell[0], TEXT("SEditableText"));
+	ASSERT_EQ(ModDirs.Num(), 1);
+	EXPECT_EQ(GetShownText(*ModDirs[0]), FString(TEXT("Islands")));
+	EXPECT_TRUE(IsReadOnly(*ModDirs[0]));
+	EXPECT_TRUE(IsShown(*ModDirs[0]));
 
 	// Closing the tool saves what was typed.
 	Fixture.Open.reset();
@@ -356,14 +390,12 @@ TEST(DetailsPanelTests, BrowseStoresTheFullPathAndThePreviewShowsThePicture)
 {
 	FPanelFixture Fixture;
 	FOpenTool& Open = Fixture.Show();
-	QImage Picture(32, 32, QImage::Format_RGB32);
-	Picture.fill(Qt::red);
 	// A relative answer of the dialog is taken from the engine's base folder, where its executables stand.
 	const FString PicturePath = Fixture.Kit.Root() / TEXT("Engine/Binaries/Win64/shot.png");
-	ASSERT_TRUE(Picture.save(QString::fromStdU16String(PicturePath.GetStd())));
+	ASSERT_TRUE(WriteSolidPng(PicturePath, 32, 32, 0xFFFF0000));
 	Fixture.Services->bFileDialogResult = true;
 	Fixture.Services->FileDialogAnswer = {TEXT("shot.png"), TEXT("ignored.png")};
-	QTest::mouseClick(Open.Button(TEXT("SelectPreviewImage")), Qt::LeftButton);
+	Click(Open.Button(TEXT("SelectPreviewImage")));
 
 	ASSERT_EQ(Fixture.Services->FileDialogs.Num(), 1);
 	const auto& Call = Fixture.Services->FileDialogs[0];
@@ -380,11 +412,11 @@ TEST(DetailsPanelTests, BrowseStoresTheFullPathAndThePreviewShowsThePicture)
 
 	// A cancelled dialog changes nothing; a path to no picture is kept and drawn as the checkerboard.
 	Fixture.Services->bFileDialogResult = false;
-	QTest::mouseClick(Open.Button(TEXT("SelectPreviewImage")), Qt::LeftButton);
+	Click(Open.Button(TEXT("SelectPreviewImage")));
 	EXPECT_EQ(Fixture.Tool().SelectedMod->PreviewImage, PicturePath);
 	Fixture.Services->bFileDialogResult = true;
 	Fixture.Services->FileDialogAnswer = {Fixture.Kit.WriteFile(TEXT("broken.png"), "no picture here")};
-	QTest::mouseClick(Open.Button(TEXT("SelectPreviewImage")), Qt::LeftButton);
+	Click(Open.Button(TEXT("SelectPreviewImage")));
 	TickFrames();
 	EXPECT_EQ(Fixture.Tool().SelectedMod->PreviewImage, Fixture.Kit.Root() / TEXT("broken.png")); // already full
 	EXPECT_FALSE(Preview->HasPicture());
@@ -398,22 +430,34 @@ TEST(DetailsPanelTests, TheWorkshopLinkLeadsToTheItemAndKeepsItsPlaceAfterAReset
 	TickFrames();
 	TSharedPtr<SHyperlink> Link = StaticCastSharedPtr<SHyperlink>(Open.Find(TEXT("ViewItem")));
 	ASSERT_TRUE(Link);
-	EXPECT_TRUE(Link->GetQWidget()->isVisible());
+	EXPECT_TRUE(IsShown(*Link));
 	EXPECT_TRUE(Fixture.Enabled(TEXT("ResetPub")));
-	const QRect Where = Link->GetQWidget()->geometry();
+	// Where the link stands in the form, which may scroll as buttons take the focus.
+	ASSERT_GT(Fixture.Tool().DetailsScrollBox->GetChildren().Num(), 0);
+	const TSharedRef<SWidget> Form = Fixture.Tool().DetailsScrollBox->GetChildren()[0];
+	auto InForm = [&Form](FSlateTestRect Rect)
+	{
+		const FSlateTestRect Origin = GetGeometry(*Form);
+		Rect.X -= Origin.X;
+		Rect.Y -= Origin.Y;
+		return Rect;
+	};
+	const FSlateTestRect Where = InForm(GetGeometry(*Link));
+	const FSlateTestRect Room = InForm(GetSlotGeometry(*Link));
 
-	QTest::mouseClick(qobject_cast<QPushButton*>(Link->GetQWidget()), Qt::LeftButton);
+	Click(*Link);
 	ASSERT_EQ(Fixture.Services->LaunchedUrls.Num(), 1);
 	EXPECT_EQ(Fixture.Services->LaunchedUrls[0], FString(TEXT("https://steamcommunity.com/sharedfiles/filedetails/?id=2900000123")));
 
-	QTest::mouseClick(Open.Button(TEXT("ResetPub")), Qt::LeftButton);
+	Click(Open.Button(TEXT("ResetPub")));
 	TickFrames();
 	EXPECT_EQ(Fixture.Tool().SelectedMod->ItemSeamId, FString());
 	EXPECT_TRUE(Fixture.DatabaseOnDisk().Contains(TEXT("\"ItemSeamId\": \"\"")));
-	EXPECT_FALSE(Link->GetQWidget()->isVisible());
+	EXPECT_FALSE(IsShown(*Link));
 	EXPECT_FALSE(Fixture.Enabled(TEXT("ResetPub")));
 	// Hidden, not collapsed: the row does not close up.
-	EXPECT_EQ(Link->GetQWidget()->geometry(), Where);
+	EXPECT_EQ(InForm(GetGeometry(*Link)), Where);
+	EXPECT_EQ(InForm(GetSlotGeometry(*Link)), Room);
 }
 
 TEST(DetailsPanelTests, VisibilityOutsideTheOptionsIsShownAsItStandsUntilAChoice)
@@ -431,7 +475,11 @@ TEST(DetailsPanelTests, VisibilityOutsideTheOptionsIsShownAsItStandsUntilAChoice
 	TickFrames();
 	EXPECT_EQ(Fixture.Tool().SelectedMod->Visibility, FString(TEXT("Hidden")));
 	EXPECT_EQ(Combo->GetDisplayText(), FString(TEXT("Hidden")));
-	EXPECT_TRUE(Open.Window->findChild<QLabel*>()); // the label is drawn, not only kept
+	// The label is drawn, not only kept.
+	TArray<TSharedRef<SWidget>> Labels = FindWidgetsByType(Combo.ToSharedRef(), TEXT("STextBlock"));
+	ASSERT_EQ(Labels.Num(), 1);
+	EXPECT_TRUE(IsShown(*Labels[0]));
+	EXPECT_EQ(GetShownText(*Labels[0]), FString(TEXT("Hidden")));
 }
 
 TEST(DetailsPanelTests, LongValuesNeitherMoveTheColumnsNorAddAHorizontalScrollBar)
@@ -443,33 +491,33 @@ TEST(DetailsPanelTests, LongValuesNeitherMoveTheColumnsNorAddAHorizontalScrollBa
 	Tool.SelectedMod->Description = FString(std::u16string(8000, u'd'));
 	Tool.SelectedMod->Maps = FString(TEXT("C:/")) + FString(std::u16string(300, u'p'));
 	Tool.BuildLayout();
-	Open.Window->resize(1200, 760);
+	Open.Window->Resize(1200, 760);
 	TickFrames(4);
-	QCoreApplication::processEvents();
+	TickFrames(1);
 
-	QScrollArea* Scroll = qobject_cast<QScrollArea*>(Tool.DetailsScrollBox->GetQWidget());
-	ASSERT_NE(Scroll, nullptr);
-	EXPECT_FALSE(Scroll->horizontalScrollBar()->isVisible());
+	EXPECT_FALSE(IsScrollBarShown(*Tool.DetailsScrollBox, Orient_Horizontal));
 	// Labels take three tenths of the grid and the widgets the rest, within a few points of rounding.
 	for (const TCHAR* Key : {TEXT("ModTitle"), TEXT("ModDescription"), TEXT("ModMaps"), TEXT("ModTestCookDir")})
 	{
 		SCOPED_TRACE(FString(Key).ToUtf8());
-		QWidget* Label = Open.Find(Key)->GetQWidget()->parentWidget();
-		QWidget* Value = Fixture.CellRightOf(Key)[0]->GetQWidget()->parentWidget();
-		const double Whole = Label->parentWidget()->width();
-		EXPECT_NEAR(Label->width() / Whole, 0.3, 0.02);
-		EXPECT_NEAR(Value->width() / Whole, 0.7, 0.02);
-		EXPECT_LE(Value->geometry().right(), Label->parentWidget()->width());
+		TSharedPtr<SGridPanel> Grid = Fixture.GridOf(Key);
+		ASSERT_TRUE(Grid);
+		const FSlateTestRect Whole = GetGeometry(*Grid);
+		const FSlateTestRect Label = GetSlotGeometry(*Open.Find(Key));
+		const FSlateTestRect Value = GetSlotGeometry(*Fixture.CellRightOf(Key)[0]);
+		EXPECT_NEAR(Label.Width / static_cast<double>(Whole.Width), 0.3, 0.02);
+		EXPECT_NEAR(Value.Width / static_cast<double>(Whole.Width), 0.7, 0.02);
+		EXPECT_LE(Value.Right(), Whole.Right());
 	}
 	// The description wraps inside its box.
-	QPlainTextEdit* Description = qobject_cast<QPlainTextEdit*>(Fixture.CellRightOf(TEXT("ModDescription"))[0]->GetQWidget());
-	ASSERT_NE(Description, nullptr);
-	EXPECT_EQ(Description->lineWrapMode(), QPlainTextEdit::WidgetWidth);
-	EXPECT_EQ(Description->toPlainText().size(), 8000);
+	TArray<TSharedRef<SWidget>> DescriptionCell = Fixture.CellRightOf(TEXT("ModDescription"));
+	ASSERT_EQ(DescriptionCell.Num(), 1);
+	EXPECT_TRUE(WrapsText(*DescriptionCell[0]));
+	EXPECT_EQ(GetShownText(*DescriptionCell[0]).Len(), 8000);
 }
 
 // Pictures of the demo kit's "Islands" form for a person to look at; the scale comes from the environment
-// (QT_SCALE_FACTOR), and CTest runs this once at 1 and once at 2.
+// (SLATE_TEST_SCALE), and CTest runs this once at 1 and once at 2.
 TEST(DetailsPanelTests, ScreenshotOfTheIslandsForm)
 {
 	FTempDirectory Copy;
@@ -482,12 +530,12 @@ TEST(DetailsPanelTests, ScreenshotOfTheIslandsForm)
 	Open.Tool->SelectedMod->Title = TEXT("Island Pack");
 	Open.Tool->SelectedMod->Description = TEXT("Two islands joined by a rope bridge, and a crate of props.");
 	Open.Tool->SelectedMod->ItemSeamId = TEXT("2900000123");
-	Open.Window->resize(1200, 760);
+	Open.Window->Resize(1200, 760);
 	TickFrames(4);
-	const QImage Shot = Open.Window->grab().toImage();
-	ASSERT_FALSE(Shot.isNull());
-	const qreal Scale = Open.Window->devicePixelRatioF();
-	EXPECT_EQ(Shot.width(), static_cast<int>(1200 * Scale));
-	const QString Path = QString::fromUtf8(TESSEL_SCREENSHOT_DIR) + QString("/tessel-islands-form@%1x.png").arg(Scale);
-	EXPECT_TRUE(Shot.save(Path));
+	const FSlateScreenshot Shot = Open.Window->TakeScreenshot();
+	ASSERT_FALSE(Shot.IsEmpty());
+	const float Scale = Open.Window->GetScale();
+	EXPECT_EQ(Shot.Width, static_cast<int>(1200 * Scale));
+	const FString Path = FString(TESSEL_SCREENSHOT_DIR) + FString::Printf(TEXT("/tessel-islands-form@%gx.png"), Scale);
+	EXPECT_TRUE(Shot.SaveToPng(Path));
 }

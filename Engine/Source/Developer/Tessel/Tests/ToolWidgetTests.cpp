@@ -1,10 +1,3 @@
-#include <QImage>
-#include <QLabel>
-#include <QAbstractItemView>
-#include <QPushButton>
-#include <QTest>
-#include <QVBoxLayout>
-
 #include "SlateTestMain.h"
 #include "ToolWindow.h"
 
@@ -27,6 +20,8 @@
 
 TESSEL_WIDGET_TEST_MAIN()
 
+using namespace SlateTest;
+
 TEST(ToolWidgetTests, FirstOpenWithoutModsShowsTheNoModsViewWithBothLogButtonsDisabled)
 {
 	FTestKit Kit;
@@ -34,15 +29,18 @@ TEST(ToolWidgetTests, FirstOpenWithoutModsShowsTheNoModsViewWithBothLogButtonsDi
 	EXPECT_EQ(Open.Tool->ModList.Num(), 0);
 	ASSERT_TRUE(Open.Find(TEXT("NoMods")));
 	EXPECT_FALSE(Open.Find(TEXT("Title")));
-	EXPECT_EQ(Open.RowsOf(Open.Tool->ModListView->GetQWidget()), 0);
-	ASSERT_NE(Open.Button(TEXT("ClearLog")), nullptr);
-	EXPECT_FALSE(Open.Button(TEXT("ClearLog"))->isEnabled());
-	EXPECT_FALSE(Open.Button(TEXT("CancelJob"))->isEnabled());
-	EXPECT_TRUE(Open.Button(TEXT("RefreshMods"))->isEnabled());
-	EXPECT_TRUE(Open.Button(TEXT("SaveMods"))->isEnabled());
-	// The lists carry their header labels by key.
-	EXPECT_NE(Open.Window->findChild<QLabel*>("Mods"), nullptr);
-	EXPECT_EQ(Open.Window->findChild<QLabel*>("Log")->text(), QString("Status"));
+	EXPECT_EQ(Open.RowsOf(Open.Tool->ModListView), 0);
+	ASSERT_TRUE(Open.Find(TEXT("ClearLog")));
+	EXPECT_FALSE(Open.Enabled(TEXT("ClearLog")));
+	EXPECT_FALSE(Open.Enabled(TEXT("CancelJob")));
+	EXPECT_TRUE(Open.Enabled(TEXT("RefreshMods")));
+	EXPECT_TRUE(Open.Enabled(TEXT("SaveMods")));
+	// The lists carry their header labels by key, drawn.
+	ASSERT_TRUE(Open.Find(TEXT("Mods")));
+	EXPECT_TRUE(IsShown(*Open.Find(TEXT("Mods"))));
+	ASSERT_TRUE(Open.Find(TEXT("Log")));
+	EXPECT_TRUE(IsShown(*Open.Find(TEXT("Log"))));
+	EXPECT_EQ(GetShownText(*Open.Find(TEXT("Log"))), FString(TEXT("Status")));
 	EXPECT_EQ(Open.Tool->VisibilityOptions.Num(), 3);
 }
 
@@ -69,8 +67,7 @@ TEST(ToolWidgetTests, ClickingARowSelectsItAndRebuildsTheWholeTree)
 	// The list shows folder names, not titles.
 	EXPECT_EQ(Tool.ModListView->GetRowText(1), Tool.ModList[1]->ModDir);
 
-	QAbstractItemView* View = Tool.ModListView->GetQWidget()->findChild<QAbstractItemView*>();
-	QTest::mouseClick(View->viewport(), Qt::LeftButton, {}, View->visualRect(View->model()->index(1, 0)).center());
+	ClickListRow(*Tool.ModListView, 1);
 	TickFrames();
 
 	EXPECT_EQ(Tool.SelectedMod, Tool.ModList[1]);
@@ -79,7 +76,7 @@ TEST(ToolWidgetTests, ClickingARowSelectsItAndRebuildsTheWholeTree)
 	EXPECT_NE(Tool.DetailsScrollBox, OldDetails);
 	EXPECT_NE(Tool.StatusThrobber, OldThrobber);
 	EXPECT_EQ(Tool.ModListView->GetNumItemsSelected(), 0);
-	EXPECT_EQ(Open.RowsOf(Tool.LogListView->GetQWidget()), 3);
+	EXPECT_EQ(Open.RowsOf(Tool.LogListView), 3);
 	EXPECT_TRUE(Tool.DetailsScrollBox->GetDisplayText().Contains(Tool.ModList[1]->ModDir));
 }
 
@@ -116,18 +113,18 @@ TEST(ToolWidgetTests, RefreshWithAndWithoutMods)
 	TickFrames();
 	const TSharedPtr<SWidget> ListBefore = Tool.ModListView;
 
-	Open.Button(TEXT("RefreshMods"))->click();
+	Click(Open.Button(TEXT("RefreshMods")));
 	TickFrames();
 	EXPECT_EQ(Tool.SelectedMod, Tool.ModList[0]);
 	EXPECT_NE(Tool.ModListView, ListBefore); // the selection event rebuilt everything
 	EXPECT_TRUE(Tool.DetailsScrollBox->GetDisplayText().Contains(Tool.ModList[0]->ModDir));
 
 	FPlatformFileManager::Get().GetPlatformFile().DeleteDirectoryRecursively(*Kit.ModsDir());
-	Open.Button(TEXT("RefreshMods"))->click();
+	Click(Open.Button(TEXT("RefreshMods")));
 	TickFrames();
 	EXPECT_FALSE(Tool.SelectedMod);
 	EXPECT_TRUE(Open.Find(TEXT("NoMods")));
-	EXPECT_EQ(Open.RowsOf(Tool.ModListView->GetQWidget()), 0);
+	EXPECT_EQ(Open.RowsOf(Tool.ModListView), 0);
 }
 
 TEST(ToolWidgetTests, ClearLogsIsEnabledByTheFirstLineAndEmptiesTheLog)
@@ -139,13 +136,13 @@ TEST(ToolWidgetTests, ClearLogsIsEnabledByTheFirstLineAndEmptiesTheLog)
 	Tool.LogMessages.Add(MakeShared<FString>(TEXT("first line")));
 	Tool.LogListView->RequestListRefresh();
 	TickFrames();
-	EXPECT_TRUE(Open.Button(TEXT("ClearLog"))->isEnabled());
-	EXPECT_EQ(Open.RowsOf(Tool.LogListView->GetQWidget()), 1);
-	Open.Button(TEXT("ClearLog"))->click();
+	EXPECT_TRUE(Open.Enabled(TEXT("ClearLog")));
+	EXPECT_EQ(Open.RowsOf(Tool.LogListView), 1);
+	Click(Open.Button(TEXT("ClearLog")));
 	TickFrames();
 	EXPECT_EQ(Tool.LogMessages.Num(), 0);
-	EXPECT_EQ(Open.RowsOf(Tool.LogListView->GetQWidget()), 0);
-	EXPECT_FALSE(Open.Button(TEXT("ClearLog"))->isEnabled());
+	EXPECT_EQ(Open.RowsOf(Tool.LogListView), 0);
+	EXPECT_FALSE(Open.Enabled(TEXT("ClearLog")));
 }
 
 TEST(ToolWidgetTests, CancelAndTheThrobberFollowTheJobQueue)
@@ -153,24 +150,29 @@ TEST(ToolWidgetTests, CancelAndTheThrobberFollowTheJobQueue)
 	FTestKit Kit;
 	FOpenTool Open;
 	STesselTool& Tool = *Open.Tool;
-	QWidget* Throbber = Tool.StatusThrobber->GetQWidget();
-	EXPECT_FALSE(Throbber->isVisible());
-	EXPECT_TRUE(Throbber->sizePolicy().retainSizeWhenHidden());
-	const QPoint Place = Throbber->mapTo(Open.Window.get(), QPoint(0, 0));
+	const SCircularThrobber& Throbber = *Tool.StatusThrobber;
+	EXPECT_FALSE(IsShown(Throbber));
+	// Hidden, its slot keeps the room it takes when shown.
+	const FSlateTestRect Slot = GetSlotGeometry(Throbber);
+	EXPECT_GE(Slot.Width, GetPreferredSize(Throbber).Width);
+	EXPECT_GE(Slot.Height, GetPreferredSize(Throbber).Height);
+	const FSlateTestRect Place = GetGeometry(Throbber);
 	{
 		FJobGuard Job;
 		TickFrames();
-		EXPECT_TRUE(Open.Button(TEXT("CancelJob"))->isEnabled());
-		EXPECT_TRUE(Throbber->isVisible());
-		EXPECT_EQ(Throbber->mapTo(Open.Window.get(), QPoint(0, 0)), Place);
+		EXPECT_TRUE(Open.Enabled(TEXT("CancelJob")));
+		EXPECT_TRUE(IsShown(Throbber));
+		EXPECT_EQ(GetGeometry(Throbber), Place);
+		EXPECT_EQ(GetSlotGeometry(Throbber), Slot);
 		const double Phase = Tool.StatusThrobber->GetPhase();
 		TickFrames(5);
 		EXPECT_NE(Tool.StatusThrobber->GetPhase(), Phase);
 	}
 	TickFrames();
-	EXPECT_FALSE(Open.Button(TEXT("CancelJob"))->isEnabled());
-	EXPECT_FALSE(Throbber->isVisible());
-	EXPECT_EQ(Throbber->mapTo(Open.Window.get(), QPoint(0, 0)), Place);
+	EXPECT_FALSE(Open.Enabled(TEXT("CancelJob")));
+	EXPECT_FALSE(IsShown(Throbber));
+	EXPECT_EQ(GetGeometry(Throbber), Place);
+	EXPECT_EQ(GetSlotGeometry(Throbber), Slot);
 	EXPECT_EQ(Tool.StatusThrobber->GetRadius(), 10.0f);
 }
 
@@ -287,11 +289,10 @@ TEST(ToolWidgetTests, ScreenshotOfTheToolOverTheDemoKit)
 	ASSERT_EQ(Open.Tool->ModList.Num(), 3);
 	Open.Tool->LogMessages.Add(MakeShared<FString>(TEXT("**************************Cooking Islands**************************")));
 	Open.Tool->LogListView->RequestListRefresh();
-	Open.Window->resize(1100, 720);
+	Open.Window->Resize(1100, 720);
 	TickFrames(3);
-	const QImage Shot = Open.Window->grab().toImage();
-	ASSERT_FALSE(Shot.isNull());
-	EXPECT_EQ(Shot.width(), 1100);
-	const QString Path = QString::fromUtf8(TESSEL_SCREENSHOT_DIR) + "/tessel-tool.png";
-	EXPECT_TRUE(Shot.save(Path));
+	const FSlateScreenshot Shot = Open.Window->TakeScreenshot();
+	ASSERT_FALSE(Shot.IsEmpty());
+	EXPECT_EQ(Shot.Width, 1100);
+	EXPECT_TRUE(Shot.SaveToPng(FString(TESSEL_SCREENSHOT_DIR) + TEXT("/tessel-tool.png")));
 }

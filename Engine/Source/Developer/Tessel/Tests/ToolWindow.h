@@ -1,15 +1,11 @@
 #pragma once
 
-// The tool widget in a shown window under the offscreen platform, as the tab holds it, and a job that keeps
-// the queue busy.
-
-#include <QAbstractItemView>
-#include <QPushButton>
-#include <QVBoxLayout>
-#include <QWidget>
+// The tool widget in a shown window on the offscreen display, as the tab holds it, and a job that keeps the
+// queue busy.
 
 #include "STesselUI.h"
 #include "SlateTestMain.h"
+#include "Testing/SlateTestDriver.h"
 #include "cook/CookJob.h"
 
 #include <memory>
@@ -22,13 +18,7 @@ namespace
 		FOpenTool()
 		{
 			Tool = SNew(STesselTool);
-			Window = std::make_unique<QWidget>();
-			QVBoxLayout* Layout = new QVBoxLayout(Window.get());
-			Layout->setContentsMargins(0, 0, 0, 0);
-			Layout->addWidget(Tool->GetQWidget());
-			Window->resize(1000, 700);
-			Window->show();
-			TickFrames();
+			Window = std::make_unique<FSlateTestWindow>(Tool.ToSharedRef(), 1000, 700, false);
 		}
 		~FOpenTool() { Close(); }
 		void Close()
@@ -38,19 +28,23 @@ namespace
 			TickFrames();
 		}
 		TSharedPtr<SWidget> Find(const TCHAR* Key) const { return FindWidgetByKey(Tool.ToSharedRef(), Key); }
-		QPushButton* Button(const TCHAR* Key) const
+		// The button with this key; a failed test when there is none.
+		SWidget& Button(const TCHAR* Key) const
 		{
 			TSharedPtr<SWidget> Widget = Find(Key);
-			return Widget ? qobject_cast<QPushButton*>(Widget->GetQWidget()) : nullptr;
+			EXPECT_TRUE(Widget) << FString(Key).ToUtf8();
+			EXPECT_TRUE(Widget && Widget->GetTypeName() == TEXT("SButton")) << FString(Key).ToUtf8();
+			return Widget ? *Widget : *Tool;
 		}
-		int32 RowsOf(QWidget* ListContainer) const
+		bool Enabled(const TCHAR* Key) const { return Find(Key) && SlateTest::IsEnabledOnScreen(Button(Key)); }
+		template <typename ListType>
+		int32 RowsOf(const TSharedPtr<ListType>& List) const
 		{
-			QAbstractItemView* View = ListContainer ? ListContainer->findChild<QAbstractItemView*>() : nullptr;
-			return View ? View->model()->rowCount() : -1;
+			return List ? SlateTest::GetListRowCount(*List) : -1;
 		}
 
 		TSharedPtr<STesselTool> Tool;
-		std::unique_ptr<QWidget> Window;
+		std::unique_ptr<FSlateTestWindow> Window;
 	};
 
 	struct FJobGuard
@@ -70,4 +64,3 @@ namespace
 		}
 	};
 }
-

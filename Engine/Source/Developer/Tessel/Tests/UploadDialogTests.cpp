@@ -1,13 +1,3 @@
-#include <QAbstractItemView>
-#include <QGridLayout>
-#include <QGuiApplication>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QScreen>
-#include <QTest>
-#include <QTimer>
-#include <QVBoxLayout>
-
 #include "SlateTestMain.h"
 #include "ToolWindow.h"
 
@@ -18,10 +8,12 @@
 
 #include <memory>
 
+using namespace SlateTest;
+
 namespace
 {
 	// The tool shown in a window on a kit whose mod "Islands" is ready to upload, with the editor's real
-	// (Qt) windows and SteamCMD in place; no uploader, so every click opens the login dialog.
+	// windows and SteamCMD in place; no uploader, so every click opens the login dialog.
 	struct FShownUploadKit
 	{
 		FShownUploadKit()
@@ -42,22 +34,19 @@ namespace
 			Open.reset();
 		}
 
-		QWidget* DialogWindow() const { return Tool->SteamAuthWindow->GetQWidget(); }
-		QLineEdit* Box(int32 Index) const
+		SWindow& DialogWindow() const { return *Tool->SteamAuthWindow; }
+		TSharedPtr<SWidget> Box(int32 Index) const
 		{
 			TArray<TSharedRef<SWidget>> Boxes = FindWidgetsByType(Tool->SteamAuthWindow.ToSharedRef(), TEXT("SEditableTextBox"));
-			return Boxes.IsValidIndex(Index) ? qobject_cast<QLineEdit*>(Boxes[Index]->GetQWidget()) : nullptr;
+			return Boxes.IsValidIndex(Index) ? TSharedPtr<SWidget>(Boxes[Index]) : nullptr;
 		}
-		QPushButton* Button(const TCHAR* Key) const
+		TSharedPtr<SWidget> Find(const TCHAR* Key) const { return FindWidgetByKey(Tool->SteamAuthWindow.ToSharedRef(), Key); }
+		TSharedPtr<SWidget> Button(const TCHAR* Key) const
 		{
-			TSharedPtr<SWidget> Found = FindWidgetByKey(Tool->SteamAuthWindow.ToSharedRef(), Key);
-			return Found ? qobject_cast<QPushButton*>(Found->GetQWidget()) : nullptr;
+			TSharedPtr<SWidget> Found = Find(Key);
+			return Found && Found->GetTypeName() == TEXT("SButton") ? Found : nullptr;
 		}
-		int32 LogRows() const
-		{
-			QAbstractItemView* View = Tool->LogListView->GetQWidget()->findChild<QAbstractItemView*>();
-			return View ? View->model()->rowCount() : -1;
-		}
+		int32 LogRows() const { return GetListRowCount(*Tool->LogListView); }
 		bool ItemFileExists() const { return FPaths::FileExists(Kit.Root() / TEXT("ModTools/ModConfigs/Islands.vdf")); }
 
 		FTestKit Kit;
@@ -74,68 +63,58 @@ TEST(UploadDialogTests, TypingAndAcceptInTheRealDialogPublishes)
 	struct
 	{
 		bool bRan = false;
-		bool bVisible = false;
-		Qt::WindowModality Modality = Qt::NonModal;
-		Qt::WindowFlags Flags;
-		QSize Size;
-		QSize MinimumSize;
-		QSize MaximumSize;
-		QSize SizeHint;
-		QPoint Centre;
-		int ColumnStretch0 = -1;
-		int ColumnStretch1 = -1;
-		QLineEdit::EchoMode UserEcho = QLineEdit::Password;
-		QLineEdit::EchoMode PasswordEcho = QLineEdit::Normal;
+		FSlateTestWindowState Window;
+		double LabelShare = -1.0;
+		double BoxShare = -1.0;
+		bool bUserMasked = true;
+		bool bPasswordMasked = false;
 	} Seen;
-	QTimer::singleShot(0, [&]
-					   {
-						   QWidget* Window = Upload.DialogWindow();
-						   Seen.bRan = true;
-						   Seen.bVisible = Window->isVisible();
-						   Seen.Modality = Window->windowModality();
-						   Seen.Flags = Window->windowFlags();
-						   Seen.Size = Window->size();
-						   Seen.MinimumSize = Window->minimumSize();
-						   Seen.MaximumSize = Window->maximumSize();
-						   Seen.SizeHint = Window->sizeHint();
-						   Seen.Centre = Window->geometry().center();
-						   if (QGridLayout* Grid = Window->findChild<QGridLayout*>())
-						   {
-							   Seen.ColumnStretch0 = Grid->columnStretch(0);
-							   Seen.ColumnStretch1 = Grid->columnStretch(1);
-						   }
-						   ASSERT_NE(Upload.Box(0), nullptr);
-						   ASSERT_NE(Upload.Box(1), nullptr);
-						   Seen.UserEcho = Upload.Box(0)->echoMode();
-						   Seen.PasswordEcho = Upload.Box(1)->echoMode();
-						   QTest::keyClicks(Upload.Box(0), "mia");
-						   QTest::keyClicks(Upload.Box(1), "hunter2");
-						   ASSERT_NE(Upload.Button(TEXT("Accept")), nullptr);
-						   QTest::mouseClick(Upload.Button(TEXT("Accept")), Qt::LeftButton);
-					   });
+	RunSoon([&]
+			{
+				Seen.bRan = true;
+				Seen.Window = GetWindowState(Upload.DialogWindow());
+				// The labels take three tenths of the grid's width and the boxes the rest.
+				TArray<TSharedRef<SWidget>> Grids = FindWidgetsByType(Upload.Tool->SteamAuthWindow.ToSharedRef(), TEXT("SGridPanel"));
+				ASSERT_EQ(Grids.Num(), 1);
+				ASSERT_TRUE(Upload.Find(TEXT("SteamUsername")));
+				ASSERT_TRUE(Upload.Box(0));
+				ASSERT_TRUE(Upload.Box(1));
+				const double Whole = GetGeometry(*Grids[0]).Width;
+				Seen.LabelShare = GetSlotGeometry(*Upload.Find(TEXT("SteamUsername"))).Width / Whole;
+				Seen.BoxShare = GetSlotGeometry(*Upload.Box(0)).Width / Whole;
+				Seen.bUserMasked = IsMasked(*Upload.Box(0));
+				Seen.bPasswordMasked = IsMasked(*Upload.Box(1));
+				TypeText(*Upload.Box(0), TEXT("mia"));
+				TypeText(*Upload.Box(1), TEXT("hunter2"));
+				ASSERT_TRUE(Upload.Button(TEXT("Accept")));
+				Click(*Upload.Button(TEXT("Accept")));
+			});
 	Upload.Tool->OnUploadClicked();
 	TickFrames();
 
 	ASSERT_TRUE(Seen.bRan);
-	EXPECT_TRUE(Seen.bVisible);
-	EXPECT_EQ(Seen.Modality, Qt::ApplicationModal);
-	EXPECT_FALSE(Seen.Flags.testFlag(Qt::WindowMinimizeButtonHint));
-	EXPECT_FALSE(Seen.Flags.testFlag(Qt::WindowMaximizeButtonHint));
-	EXPECT_TRUE(Seen.Flags.testFlag(Qt::WindowCloseButtonHint));
+	EXPECT_TRUE(Seen.Window.bShown);
+	EXPECT_TRUE(Seen.Window.bModal);
+	EXPECT_FALSE(Seen.Window.bHasMinimizeButton);
+	EXPECT_FALSE(Seen.Window.bHasMaximizeButton);
+	EXPECT_TRUE(Seen.Window.bHasCloseButton);
 	// Sized to its content, not to the default client size, and not resizable.
-	EXPECT_NE(Seen.Size, QSize(400, 300));
-	EXPECT_EQ(Seen.Size, Seen.SizeHint);
-	EXPECT_EQ(Seen.MinimumSize, Seen.Size);
-	EXPECT_EQ(Seen.MaximumSize, Seen.Size);
-	const QPoint ScreenCentre = QGuiApplication::primaryScreen()->availableGeometry().center();
-	EXPECT_EQ(Seen.Centre.x(), ScreenCentre.x());
-	EXPECT_EQ(Seen.Centre.y(), ScreenCentre.y());
-	EXPECT_EQ(Seen.ColumnStretch0, 30);
-	EXPECT_EQ(Seen.ColumnStretch1, 70);
-	EXPECT_EQ(Seen.UserEcho, QLineEdit::Normal);
-	EXPECT_EQ(Seen.PasswordEcho, QLineEdit::Password);
+	const FSlateTestSize Size{Seen.Window.Geometry.Width, Seen.Window.Geometry.Height};
+	EXPECT_NE(Size, (FSlateTestSize{400, 300}));
+	EXPECT_EQ(Size, Seen.Window.PreferredSize);
+	EXPECT_EQ(Seen.Window.MinimumSize, Size);
+	EXPECT_EQ(Seen.Window.MaximumSize, Size);
+	// Centred on the screen, as a centre of pixels is reckoned: the middle pixel of an even extent is the one
+	// before the half.
+	const FSlateTestRect Screen = GetScreenWorkArea();
+	EXPECT_EQ(Seen.Window.Geometry.X + (Seen.Window.Geometry.Width - 1) / 2, Screen.X + (Screen.Width - 1) / 2);
+	EXPECT_EQ(Seen.Window.Geometry.Y + (Seen.Window.Geometry.Height - 1) / 2, Screen.Y + (Screen.Height - 1) / 2);
+	EXPECT_NEAR(Seen.LabelShare, 0.3, 0.02);
+	EXPECT_NEAR(Seen.BoxShare, 0.7, 0.02);
+	EXPECT_FALSE(Seen.bUserMasked);
+	EXPECT_TRUE(Seen.bPasswordMasked);
 
-	EXPECT_FALSE(Upload.DialogWindow()->isVisible());
+	EXPECT_FALSE(GetWindowState(Upload.DialogWindow()).bShown);
 	EXPECT_EQ(Upload.Tool->SteamUsername, FString(TEXT("mia")));
 	EXPECT_EQ(Upload.Tool->SteamPassword, FString(TEXT("hunter2")));
 	EXPECT_EQ(Upload.Tool->SelectedMod->ItemSeamId, FString(TEXT("2900000001")));
@@ -148,14 +127,13 @@ TEST(UploadDialogTests, TheCloseButtonDeclinesAndKeepsWhatWasTyped)
 {
 	FShownUploadKit Upload;
 	bool bClosed = false;
-	QTimer::singleShot(0, [&]
-					   {
-						   ASSERT_NE(Upload.Box(1), nullptr);
-						   QTest::keyClicks(Upload.Box(0), "mia");
-						   QTest::keyClicks(Upload.Box(1), "hunter2");
-						   // What the title bar's close button does.
-						   bClosed = Upload.DialogWindow()->close();
-					   });
+	RunSoon([&]
+			{
+				ASSERT_TRUE(Upload.Box(1));
+				TypeText(*Upload.Box(0), TEXT("mia"));
+				TypeText(*Upload.Box(1), TEXT("hunter2"));
+				bClosed = PressCloseButton(Upload.DialogWindow());
+			});
 	Upload.Tool->OnUploadClicked();
 	EXPECT_TRUE(bClosed);
 	EXPECT_FALSE(Upload.Tool->bSteamAuthConfirmed);
@@ -163,17 +141,18 @@ TEST(UploadDialogTests, TheCloseButtonDeclinesAndKeepsWhatWasTyped)
 	EXPECT_EQ(Upload.LogRows(), 0);
 	EXPECT_TRUE(Upload.Tool->SelectedMod->ItemSeamId.IsEmpty());
 
-	QString ShownUser;
-	QString ShownPassword;
-	QTimer::singleShot(0, [&]
-					   {
-						   ASSERT_NE(Upload.Box(1), nullptr);
-						   ShownUser = Upload.Box(0)->text();
-						   ShownPassword = Upload.Box(1)->text();
-						   QTest::mouseClick(Upload.Button(TEXT("Decline")), Qt::LeftButton);
-					   });
+	FString ShownUser;
+	FString ShownPassword;
+	RunSoon([&]
+			{
+				ASSERT_TRUE(Upload.Box(1));
+				ShownUser = GetShownText(*Upload.Box(0));
+				ShownPassword = GetShownText(*Upload.Box(1));
+				ASSERT_TRUE(Upload.Button(TEXT("Decline")));
+				Click(*Upload.Button(TEXT("Decline")));
+			});
 	Upload.Tool->OnUploadClicked();
-	EXPECT_EQ(ShownUser, QString("mia"));
-	EXPECT_EQ(ShownPassword, QString("hunter2"));
+	EXPECT_EQ(ShownUser, FString(TEXT("mia")));
+	EXPECT_EQ(ShownPassword, FString(TEXT("hunter2")));
 	EXPECT_FALSE(Upload.ItemFileExists());
 }

@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 #include <QWidget>
 
+#include "SlateQtBackend.h"
 #include "DesktopPlatformModule.h"
 #include "Dialogs/Dialogs.h"
 #include "Editor/EditorEngine.h"
@@ -91,7 +92,7 @@ IDesktopPlatform* FDesktopPlatformModule::Get()
 
 void FQtEditorServices::OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content)
 {
-	QDialog* Dialog = new QDialog(MainWindow ? MainWindow->GetQWidget() : nullptr);
+	QDialog* Dialog = new QDialog(MainWindow ? SlateQt::GetQWidget(*MainWindow) : nullptr);
 	Dialog->setAttribute(Qt::WA_DeleteOnClose);
 	Dialog->setWindowTitle(SlateQt::ToQString(Title.ToString()));
 	QVBoxLayout* Layout = new QVBoxLayout(Dialog);
@@ -107,7 +108,7 @@ void FQtEditorServices::OpenDialog(const FText& Title, const TSharedRef<SWidget>
 
 void FQtEditorServices::RunModalWindow(const TSharedRef<SWindow>& Window)
 {
-	QWidget* Widget = Window->GetQWidget();
+	QWidget* Widget = SlateQt::GetQWidget(*Window);
 	// A title and a close button always; the close button ends the loop like RequestDestroyWindow does.
 	Qt::WindowFlags Flags = Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint;
 	if (Window->HasMinimizeBox())
@@ -138,9 +139,9 @@ void FQtEditorServices::RunModalWindow(const TSharedRef<SWindow>& Window)
 	{
 		// The preferred work area is that of the screen the editor's main window is on.
 		QScreen* Screen = nullptr;
-		if (Window->GetAutoCenter() == EAutoCenter::PreferredWorkArea && MainWindow && MainWindow->HasQWidget())
+		if (Window->GetAutoCenter() == EAutoCenter::PreferredWorkArea && MainWindow && SlateQt::FindQWidget(*MainWindow))
 		{
-			Screen = MainWindow->GetQWidget()->screen();
+			Screen = SlateQt::GetQWidget(*MainWindow)->screen();
 		}
 		if (!Screen)
 		{
@@ -170,7 +171,7 @@ bool FQtEditorServices::OpenFileDialog(const void*, const FString& Title, const 
 									   const FString& DefaultFile, const FString& FileTypes, uint32,
 									   TArray<FString>& OutFilenames)
 {
-	const QString Chosen = QFileDialog::getOpenFileName(MainWindow ? MainWindow->GetQWidget() : nullptr,
+	const QString Chosen = QFileDialog::getOpenFileName(MainWindow ? SlateQt::GetQWidget(*MainWindow) : nullptr,
 														SlateQt::ToQString(Title),
 														SlateQt::ToQString(DefaultPath / DefaultFile), ToQtFilter(FileTypes));
 	if (Chosen.isEmpty())

@@ -3,6 +3,7 @@
 #include <QLabel>
 #include <QTimer>
 
+#include "SlateQtBackend.h"
 #include "SlateTestMain.h"
 
 #include "Dialogs/Dialogs.h"
@@ -30,8 +31,8 @@ TEST(EditorServicesTests, ModalWindowReturnsOnlyWhenTheWindowIsGone)
 	GEditor->EditorAddModalWindow(Window);
 	EXPECT_TRUE(bClosedByTimer);
 	EXPECT_TRUE(Window->IsDestroyRequested());
-	EXPECT_EQ(Window->GetQWidget()->windowTitle(), QString("Steam Authentication"));
-	EXPECT_EQ(Window->GetQWidget()->objectName(), QString("Auth"));
+	EXPECT_EQ(SlateQt::GetQWidget(*Window)->windowTitle(), QString("Steam Authentication"));
+	EXPECT_EQ(SlateQt::GetQWidget(*Window)->objectName(), QString("Auth"));
 }
 
 TEST(EditorServicesTests, GenericDialogShowsTitleAndBodyAndReturnsAtOnce)

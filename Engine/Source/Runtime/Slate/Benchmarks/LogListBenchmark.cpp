@@ -6,6 +6,7 @@
 #include <QVBoxLayout>
 #include <QWidget>
 
+#include "SlateQtBackend.h"
 #include "Framework/Application/SlateApplication.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
@@ -40,7 +41,7 @@ int main(int ArgC, char** ArgV)
 							  { return SNew(STableRow<TSharedPtr<FString>>, Owner)[SNew(STextBlock).Text(FText::FromString(*Item))]; });
 	auto Window = std::make_unique<QWidget>();
 	QVBoxLayout* Layout = new QVBoxLayout(Window.get());
-	Layout->addWidget(Root->GetQWidget());
+	Layout->addWidget(SlateQt::GetQWidget(*Root));
 	Window->resize(900, 400);
 	Window->show();
 	FSlateApplication::Get().Tick();

@@ -1,5 +1,6 @@
 #include <QWidget>
 
+#include "SlateQt.h"
 #include "Widgets/Layout/SBox.h"
 
 void SBox::Construct(const FArguments& InArgs)
@@ -13,9 +14,9 @@ void SBox::Construct(const FArguments& InArgs)
 	}
 }
 
-QWidget* SBox::CreateQWidget()
+FNativeWidget* SBox::CreateNativeWidget()
 {
-	QWidget* Widget = SCompoundWidget::CreateQWidget();
+	QWidget* Widget = SlateQt::ToQt(SCompoundWidget::CreateNativeWidget());
 	if (WidthOverride > 0.0f)
 	{
 		Widget->setFixedWidth(static_cast<int>(WidthOverride));
@@ -24,5 +25,5 @@ QWidget* SBox::CreateQWidget()
 	{
 		Widget->setFixedHeight(static_cast<int>(HeightOverride));
 	}
-	return Widget;
+	return SlateQt::ToNative(Widget);
 }

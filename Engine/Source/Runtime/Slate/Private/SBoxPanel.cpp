@@ -9,6 +9,16 @@
 
 using SlateQt::MakePlainWidget;
 
+namespace
+{
+	// The panel's layout, once its widget is made.
+	QBoxLayout* LayoutOf(const SWidget& Panel)
+	{
+		QWidget* Widget = SlateQt::FindQWidget(Panel);
+		return Widget ? static_cast<QBoxLayout*>(Widget->layout()) : nullptr;
+	}
+}
+
 SBoxPanel::FSlot& SBoxPanel::AddSlot()
 {
 	Slots.Add(FSlot());
@@ -20,7 +30,7 @@ void SBoxPanel::ClearChildren()
 	Slots.Empty();
 	AttachedSlots = 0;
 	bTrailingStretch = false;
-	if (Layout)
+	if (QBoxLayout* Layout = LayoutOf(*this))
 	{
 		SlateQt::ClearLayout(Layout);
 	}
@@ -31,22 +41,23 @@ TArray<TSharedRef<SWidget>> SBoxPanel::GetChildren() const
 	return WidgetsOfSlots(Slots);
 }
 
-QWidget* SBoxPanel::CreateQWidget()
+FNativeWidget* SBoxPanel::CreateNativeWidget()
 {
 	QWidget* Widget = MakePlainWidget();
-	Layout = Orientation == Orient_Vertical ? static_cast<QBoxLayout*>(new QVBoxLayout(Widget))
+	QBoxLayout* Layout = Orientation == Orient_Vertical ? static_cast<QBoxLayout*>(new QVBoxLayout(Widget))
 											: static_cast<QBoxLayout*>(new QHBoxLayout(Widget));
 	Layout->setContentsMargins(0, 0, 0, 0);
 	Layout->setSpacing(0);
 	AttachedSlots = 0;
 	bTrailingStretch = false;
-	QtWidget = Widget;
+	SetNativeWidget(SlateQt::ToNative(Widget));
 	AttachPendingSlots();
-	return Widget;
+	return SlateQt::ToNative(Widget);
 }
 
 void SBoxPanel::AttachPendingSlots()
 {
+	QBoxLayout* Layout = LayoutOf(*this);
 	if (!Layout || AttachedSlots >= Slots.Num())
 	{
 		return;

@@ -36,7 +36,7 @@ FString SButton::GetDisplayText() const
 	return Text.IsSet() ? Text.Get().ToString() : SCompoundWidget::GetDisplayText();
 }
 
-QWidget* SButton::CreateQWidget()
+FNativeWidget* SButton::CreateNativeWidget()
 {
 	QPushButton* Button = new QPushButton();
 	if (AttachedChild)
@@ -54,14 +54,14 @@ QWidget* SButton::CreateQWidget()
 							 static_cast<SButton*>(Self.Get())->Click();
 						 }
 					 });
-	QtWidget = Button;
+	SetNativeWidget(SlateQt::ToNative(Button));
 	RefreshAttributes();
-	return Button;
+	return SlateQt::ToNative(Button);
 }
 
 void SButton::RefreshAttributes()
 {
-	if (QPushButton* Button = qobject_cast<QPushButton*>(QtWidget.data()); Button && Text.IsSet())
+	if (QPushButton* Button = qobject_cast<QPushButton*>(SlateQt::FindQWidget(*this)); Button && Text.IsSet())
 	{
 		const FString Now = Text.Get().ToString();
 		if (Now != ShownText || Button->text().isEmpty())

@@ -1,5 +1,6 @@
 #include <QCheckBox>
 
+#include "SlateQt.h"
 #include "Widgets/Input/SCheckBox.h"
 
 void SCheckBox::Construct(const FArguments& InArgs)
@@ -35,7 +36,7 @@ void SCheckBox::ToggleCheckedState()
 	RefreshAttributes();
 }
 
-QWidget* SCheckBox::CreateQWidget()
+FNativeWidget* SCheckBox::CreateNativeWidget()
 {
 	QCheckBox* Box = new QCheckBox();
 	TWeakPtr<SWidget> Weak = weak_from_this();
@@ -45,27 +46,27 @@ QWidget* SCheckBox::CreateQWidget()
 						 if (TSharedPtr<SWidget> Self = Weak.Pin())
 						 {
 							 SCheckBox* CheckBox = static_cast<SCheckBox*>(Self.Get());
-							 if (!CheckBox->bUpdatingQt)
+							 if (!CheckBox->bUpdatingNative)
 							 {
 								 CheckBox->ToggleCheckedState();
 							 }
 						 }
 					 });
-	QtWidget = Box;
+	SetNativeWidget(SlateQt::ToNative(Box));
 	RefreshAttributes();
-	return Box;
+	return SlateQt::ToNative(Box);
 }
 
 void SCheckBox::RefreshAttributes()
 {
-	if (QCheckBox* Box = qobject_cast<QCheckBox*>(QtWidget.data()))
+	if (QCheckBox* Box = qobject_cast<QCheckBox*>(SlateQt::FindQWidget(*this)))
 	{
 		const bool bChecked = GetCheckedState() == ECheckBoxState::Checked;
 		if (Box->isChecked() != bChecked)
 		{
-			bUpdatingQt = true;
+			bUpdatingNative = true;
 			Box->setChecked(bChecked);
-			bUpdatingQt = false;
+			bUpdatingNative = false;
 		}
 	}
 	SWidget::RefreshAttributes();

@@ -15,7 +15,7 @@ void SComboBoxBase::ChooseOption(int32 Index)
 	}
 }
 
-QWidget* SComboBoxBase::CreateQWidget()
+FNativeWidget* SComboBoxBase::CreateNativeWidget()
 {
 	QPushButton* Button = new QPushButton();
 	QHBoxLayout* Layout = new QHBoxLayout(Button);
@@ -46,5 +46,5 @@ QWidget* SComboBoxBase::CreateQWidget()
 							 Combo->ChooseOption(Chosen->data().toInt());
 						 }
 					 });
-	return Button;
+	return SlateQt::ToNative(Button);
 }

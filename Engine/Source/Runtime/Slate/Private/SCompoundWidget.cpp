@@ -21,36 +21,37 @@ TArray<TSharedRef<SWidget>> SCompoundWidget::GetChildren() const
 	return AttachedChild ? TArray<TSharedRef<SWidget>>{AttachedChild.ToSharedRef()} : TArray<TSharedRef<SWidget>>{};
 }
 
-QWidget* SCompoundWidget::CreateQWidget()
+FNativeWidget* SCompoundWidget::CreateNativeWidget()
 {
 	QWidget* Widget = MakePlainWidget();
 	QVBoxLayout* Layout = new QVBoxLayout(Widget);
 	Layout->setContentsMargins(0, 0, 0, 0);
 	Layout->setSpacing(0);
-	QtWidget = Widget;
+	SetNativeWidget(SlateQt::ToNative(Widget));
 	ChildHolder = nullptr;
 	AttachChild();
-	return Widget;
+	return SlateQt::ToNative(Widget);
 }
 
 void SCompoundWidget::AttachChild()
 {
 	// The former child goes with its holder (the child widget itself deletes its own Qt widget later).
 	AttachedChild = ChildSlot.Widget;
-	QWidget* Widget = QtWidget.data();
+	QWidget* Widget = SlateQt::FindQWidget(*this);
 	if (!Widget)
 	{
 		return;
 	}
-	if (ChildHolder)
+	if (QWidget* Holder = SlateQt::ToQt(ChildHolder))
 	{
-		ChildHolder->hide();
-		ChildHolder->deleteLater();
+		Holder->hide();
+		Holder->deleteLater();
 		ChildHolder = nullptr;
 	}
 	if (AttachedChild)
 	{
-		ChildHolder = SlateQt::MakeSlotHolder(*AttachedChild, ChildSlot.SlotPadding, ChildSlot.HAlignment, ChildSlot.VAlignment);
-		Widget->layout()->addWidget(ChildHolder);
+		QWidget* Holder = SlateQt::MakeSlotHolder(*AttachedChild, ChildSlot.SlotPadding, ChildSlot.HAlignment, ChildSlot.VAlignment);
+		Widget->layout()->addWidget(Holder);
+		ChildHolder = SlateQt::ToNative(Holder);
 	}
 }

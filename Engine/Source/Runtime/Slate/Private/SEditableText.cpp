@@ -47,9 +47,9 @@ FString SEditableTextBase::GetShownText() const
 void SEditableTextBase::ShowText(const FString& NewText)
 {
 	Shown = NewText;
-	bUpdatingQt = true;
+	bUpdatingNative = true;
 	// Text that changed under the user's hands keeps the cursor where it was, as far as the new text reaches.
-	if (QLineEdit* Line = qobject_cast<QLineEdit*>(QtWidget.data()))
+	if (QLineEdit* Line = qobject_cast<QLineEdit*>(SlateQt::FindQWidget(*this)))
 	{
 		if (FromQString(Line->text()) != NewText)
 		{
@@ -62,7 +62,7 @@ void SEditableTextBase::ShowText(const FString& NewText)
 			}
 		}
 	}
-	else if (QPlainTextEdit* Edit = qobject_cast<QPlainTextEdit*>(QtWidget.data()))
+	else if (QPlainTextEdit* Edit = qobject_cast<QPlainTextEdit*>(SlateQt::FindQWidget(*this)))
 	{
 		if (FromQString(Edit->toPlainText()) != NewText)
 		{
@@ -73,10 +73,10 @@ void SEditableTextBase::ShowText(const FString& NewText)
 			Edit->setTextCursor(Moved);
 		}
 	}
-	bUpdatingQt = false;
+	bUpdatingNative = false;
 }
 
-QWidget* SEditableTextBase::CreateLineEdit(bool bFrame)
+FNativeWidget* SEditableTextBase::CreateLineEdit(bool bFrame)
 {
 	QLineEdit* Line = new QLineEdit(ToQString(Shown));
 	Line->setFrame(bFrame);
@@ -103,10 +103,10 @@ QWidget* SEditableTextBase::CreateLineEdit(bool bFrame)
 							 Edit->OnTextChanged.ExecuteIfBound(FText::FromString(Edit->Shown));
 						 }
 					 });
-	return Line;
+	return SlateQt::ToNative(Line);
 }
 
-QWidget* SEditableTextBase::CreatePlainTextEdit()
+FNativeWidget* SEditableTextBase::CreatePlainTextEdit()
 {
 	QPlainTextEdit* Edit = new QPlainTextEdit(ToQString(Shown));
 	Edit->setLineWrapMode(bAutoWrap ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
@@ -117,13 +117,13 @@ QWidget* SEditableTextBase::CreatePlainTextEdit()
 					 {
 						 TSharedPtr<SWidget> Self = Weak.Pin();
 						 SEditableTextBase* Box = static_cast<SEditableTextBase*>(Self.Get());
-						 if (Box && !Box->bUpdatingQt)
+						 if (Box && !Box->bUpdatingNative)
 						 {
 							 Box->Shown = FromQString(Edit->toPlainText());
 							 Box->OnTextChanged.ExecuteIfBound(FText::FromString(Box->Shown));
 						 }
 					 });
-	return Edit;
+	return SlateQt::ToNative(Edit);
 }
 
 void SEditableTextBase::RefreshAttributes()

@@ -24,7 +24,7 @@ TArray<TSharedRef<SWidget>> SGridPanel::GetChildren() const
 	return WidgetsOfSlots(Slots);
 }
 
-QWidget* SGridPanel::CreateQWidget()
+FNativeWidget* SGridPanel::CreateNativeWidget()
 {
 	QWidget* Widget = MakePlainWidget();
 	QGridLayout* Grid = new QGridLayout(Widget);
@@ -45,7 +45,7 @@ QWidget* SGridPanel::CreateQWidget()
 		// The columns share the width by their fill values whatever the cells hold: a long text wraps in its
 		// column instead of pushing the other one aside. Only what can't shrink (a row of fixed-width buttons)
 		// keeps its least width.
-		QWidget* Child = Slot.Widget->GetQWidget();
+		QWidget* Child = SlateQt::GetQWidget(*Slot.Widget);
 		if (QLabel* Label = qobject_cast<QLabel*>(Child))
 		{
 			Label->setWordWrap(true);
@@ -60,5 +60,5 @@ QWidget* SGridPanel::CreateQWidget()
 		Holder->setSizePolicy(Policy);
 		Grid->addWidget(Holder, Slot.Row, Slot.Column);
 	}
-	return Widget;
+	return SlateQt::ToNative(Widget);
 }

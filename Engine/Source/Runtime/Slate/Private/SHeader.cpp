@@ -2,6 +2,7 @@
 #include <QLayout>
 #include <QWidget>
 
+#include "SlateQt.h"
 #include "Widgets/Layout/SHeader.h"
 
 void SHeader::Construct(const FArguments& InArgs)
@@ -12,12 +13,12 @@ void SHeader::Construct(const FArguments& InArgs)
 	}
 }
 
-QWidget* SHeader::CreateQWidget()
+FNativeWidget* SHeader::CreateNativeWidget()
 {
-	QWidget* Widget = SCompoundWidget::CreateQWidget();
+	QWidget* Widget = SlateQt::ToQt(SCompoundWidget::CreateNativeWidget());
 	QFrame* Line = new QFrame(Widget);
 	Line->setFrameShape(QFrame::HLine);
 	Line->setFrameShadow(QFrame::Sunken);
 	Widget->layout()->addWidget(Line);
-	return Widget;
+	return SlateQt::ToNative(Widget);
 }

@@ -3,9 +3,19 @@
 #include <QWidget>
 
 #include "SlateQt.h"
+#include "Widgets/Text/STextBlock.h"
 #include "Widgets/Views/SHeaderRow.h"
 
-using SlateQt::ToQString;
+
+void SHeaderRow::Construct(const FArguments& InArgs)
+{
+	Columns = InArgs.Slots;
+	// The column labels are widgets of the tree, so that they are found by their keys like any other text.
+	for (const FColumn& Column : Columns)
+	{
+		Labels.Add(SNew(STextBlock).Text(Column.Label));
+	}
+}
 
 FString SHeaderRow::GetDisplayText() const
 {
@@ -22,15 +32,14 @@ TArray<TSharedRef<SWidget>> SHeaderRow::GetChildren() const
 	return Labels;
 }
 
-QWidget* SHeaderRow::CreateQWidget()
+FNativeWidget* SHeaderRow::CreateNativeWidget()
 {
 	QWidget* Row = new QWidget();
 	QHBoxLayout* Layout = new QHBoxLayout(Row);
 	Layout->setContentsMargins(4, 2, 4, 2);
-	for (const FColumn& Column : Columns)
+	for (const TSharedRef<SWidget>& Text : Labels)
 	{
-		QLabel* Label = new QLabel(ToQString(Column.Label.ToString()));
-		Label->setObjectName(ToQString(Column.Label.GetKey()));
+		QWidget* Label = SlateQt::GetQWidget(*Text);
 		QFont Font = Label->font();
 		Font.setBold(true);
 		Label->setFont(Font);
@@ -38,5 +47,5 @@ QWidget* SHeaderRow::CreateQWidget()
 	}
 	Row->setStyleSheet(QStringLiteral("background-color: palette(button);"));
 	Row->setAttribute(Qt::WA_StyledBackground, true);
-	return Row;
+	return SlateQt::ToNative(Row);
 }

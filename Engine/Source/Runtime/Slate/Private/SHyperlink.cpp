@@ -24,7 +24,7 @@ void SHyperlink::Navigate()
 	}
 }
 
-QWidget* SHyperlink::CreateQWidget()
+FNativeWidget* SHyperlink::CreateNativeWidget()
 {
 	QPushButton* Link = new QPushButton(ToQString(Text.Get().ToString()));
 	Link->setFlat(true);
@@ -39,5 +39,5 @@ QWidget* SHyperlink::CreateQWidget()
 							 static_cast<SHyperlink*>(Self.Get())->Navigate();
 						 }
 					 });
-	return Link;
+	return SlateQt::ToNative(Link);
 }

@@ -10,7 +10,7 @@ using SlateQt::ToQString;
 namespace
 {
 	// Draws one brush: its picture at the brush's size, centred, in as many device pixels as the screen has (so
-	// that the logo stays sharp at a scale of 2), or repeated over the whole area for a tiled brush.
+	// that a logo stays sharp at a scale of 2), or repeated over the whole area for a tiled brush.
 	class FImageQt : public QWidget
 	{
 	public:
@@ -52,18 +52,18 @@ namespace
 	}
 }
 
-QWidget* SImage::CreateQWidget()
+FNativeWidget* SImage::CreateNativeWidget()
 {
 	FImageQt* Widget = new FImageQt();
-	QtWidget = Widget;
+	SetNativeWidget(SlateQt::ToNative(Widget));
 	bDrawnOnce = false;
 	RefreshAttributes();
-	return Widget;
+	return SlateQt::ToNative(Widget);
 }
 
 void SImage::RefreshAttributes()
 {
-	FImageQt* Widget = static_cast<FImageQt*>(QtWidget.data());
+	FImageQt* Widget = static_cast<FImageQt*>(SlateQt::FindQWidget(*this));
 	const FSlateBrush* Brush = Image.Get();
 	const FString Resource = Brush ? Brush->ResourceName : FString();
 	if (Widget && (!bDrawnOnce || Resource != DrawnResource))
@@ -76,6 +76,10 @@ void SImage::RefreshAttributes()
 		if (Brush && Brush->bIsDynamic && !Resource.IsEmpty())
 		{
 			Pixmap.load(ToQString(Resource));
+		}
+		else if (Brush && !Brush->ImagePath.IsEmpty())
+		{
+			Pixmap.load(ToQString(Brush->ImagePath));
 		}
 		else if (Brush && !Resource.IsEmpty())
 		{

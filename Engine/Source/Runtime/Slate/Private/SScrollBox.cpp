@@ -8,6 +8,16 @@
 
 using SlateQt::MakePlainWidget;
 
+namespace
+{
+	// The column inside the scroll area, once its widget is made.
+	QVBoxLayout* LayoutOf(const SWidget& ScrollBox)
+	{
+		QScrollArea* Area = static_cast<QScrollArea*>(SlateQt::FindQWidget(ScrollBox));
+		return Area && Area->widget() ? static_cast<QVBoxLayout*>(Area->widget()->layout()) : nullptr;
+	}
+}
+
 void SScrollBox::Construct(const FArguments& InArgs)
 {
 	Slots = InArgs.Slots;
@@ -23,7 +33,7 @@ void SScrollBox::ClearChildren()
 {
 	Slots.Empty();
 	AttachedSlots = 0;
-	if (Layout)
+	if (QVBoxLayout* Layout = LayoutOf(*this))
 	{
 		SlateQt::ClearLayout(Layout);
 		Layout->addStretch(1);
@@ -35,25 +45,26 @@ TArray<TSharedRef<SWidget>> SScrollBox::GetChildren() const
 	return WidgetsOfSlots(Slots);
 }
 
-QWidget* SScrollBox::CreateQWidget()
+FNativeWidget* SScrollBox::CreateNativeWidget()
 {
 	QScrollArea* Area = new QScrollArea();
 	Area->setWidgetResizable(true);
 	Area->setFrameShape(QFrame::NoFrame);
 	QWidget* Inner = MakePlainWidget();
-	Layout = new QVBoxLayout(Inner);
+	QVBoxLayout* Layout = new QVBoxLayout(Inner);
 	Layout->setContentsMargins(0, 0, 0, 0);
 	Layout->setSpacing(0);
 	Layout->addStretch(1);
 	Area->setWidget(Inner);
 	AttachedSlots = 0;
-	QtWidget = Area;
+	SetNativeWidget(SlateQt::ToNative(Area));
 	AttachPendingSlots();
-	return Area;
+	return SlateQt::ToNative(Area);
 }
 
 void SScrollBox::AttachPendingSlots()
 {
+	QVBoxLayout* Layout = LayoutOf(*this);
 	if (!Layout)
 	{
 		return;

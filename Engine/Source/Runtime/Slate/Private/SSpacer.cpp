@@ -5,7 +5,7 @@
 
 using SlateQt::MakePlainWidget;
 
-QWidget* SSpacer::CreateQWidget()
+FNativeWidget* SSpacer::CreateNativeWidget()
 {
-	return MakePlainWidget();
+	return SlateQt::ToNative(MakePlainWidget());
 }

@@ -22,7 +22,7 @@ TArray<TSharedRef<SWidget>> SSplitter::GetChildren() const
 	return WidgetsOfSlots(Slots);
 }
 
-QWidget* SSplitter::CreateQWidget()
+FNativeWidget* SSplitter::CreateNativeWidget()
 {
 	QSplitter* Splitter = new QSplitter(Orientation == Orient_Horizontal ? Qt::Horizontal : Qt::Vertical);
 	Splitter->setChildrenCollapsible(false);
@@ -40,5 +40,5 @@ QWidget* SSplitter::CreateQWidget()
 	{
 		Splitter->setStretchFactor(Index, std::max(1, Sizes[Index] / 100));
 	}
-	return Splitter;
+	return SlateQt::ToNative(Splitter);
 }

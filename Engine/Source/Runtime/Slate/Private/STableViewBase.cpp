@@ -3,24 +3,35 @@
 #include <QVBoxLayout>
 #include <QWidget>
 
+#include "SlateQt.h"
 #include "TableListViewQt.h"
 #include "TableModelQt.h"
 #include "Widgets/Views/STableViewBase.h"
 
+struct STableViewBase::FNativeParts
+{
+	QPointer<FTableModelQt> Model;
+	QPointer<FTableListViewQt> View;
+};
+
+STableViewBase::STableViewBase() : Parts(std::make_unique<FNativeParts>())
+{
+}
+
 STableViewBase::~STableViewBase()
 {
 	// The Qt view and model outlive this widget until the event loop deletes them; they must not call back.
-	if (Model)
+	if (Parts->Model)
 	{
-		Model->Owner = nullptr;
+		Parts->Model->Owner = nullptr;
 	}
-	if (View)
+	if (Parts->View)
 	{
-		View->Owner = nullptr;
+		Parts->View->Owner = nullptr;
 	}
 }
 
-QWidget* STableViewBase::CreateQWidget()
+FNativeWidget* STableViewBase::CreateNativeWidget()
 {
 	QWidget* Container = new QWidget();
 	QVBoxLayout* Layout = new QVBoxLayout(Container);
@@ -28,27 +39,27 @@ QWidget* STableViewBase::CreateQWidget()
 	Layout->setSpacing(0);
 	if (HeaderRow)
 	{
-		Layout->addWidget(HeaderRow->GetQWidget());
+		Layout->addWidget(SlateQt::GetQWidget(*HeaderRow));
 	}
-	View = new FTableListViewQt(this);
-	Model = new FTableModelQt(this);
-	Model->setParent(View);
-	View->setModel(Model);
-	View->verticalHeader()->setMinimumSectionSize(1);
-	View->verticalHeader()->setDefaultSectionSize(static_cast<int>(ItemHeight));
-	View->setSelectionMode(SelectionMode == ESelectionMode::None ? QAbstractItemView::NoSelection
+	Parts->View = new FTableListViewQt(this);
+	Parts->Model = new FTableModelQt(this);
+	Parts->Model->setParent(Parts->View);
+	Parts->View->setModel(Parts->Model);
+	Parts->View->verticalHeader()->setMinimumSectionSize(1);
+	Parts->View->verticalHeader()->setDefaultSectionSize(static_cast<int>(ItemHeight));
+	Parts->View->setSelectionMode(SelectionMode == ESelectionMode::None ? QAbstractItemView::NoSelection
 																  : QAbstractItemView::SingleSelection);
-	View->setVerticalScrollBarPolicy(bAlwaysShowScrollbar ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAsNeeded);
-	View->setEditTriggers(QAbstractItemView::NoEditTriggers);
+	Parts->View->setVerticalScrollBarPolicy(bAlwaysShowScrollbar ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAsNeeded);
+	Parts->View->setEditTriggers(QAbstractItemView::NoEditTriggers);
 	// Focus only by a click: a list that took the window's first focus would mark a current row, which looks
 	// like a selection the list does not have.
-	View->setFocusPolicy(Qt::ClickFocus);
-	Layout->addWidget(View, 1);
-	QtWidget = Container;
+	Parts->View->setFocusPolicy(Qt::ClickFocus);
+	Layout->addWidget(Parts->View, 1);
+	SetNativeWidget(SlateQt::ToNative(Container));
 	RowsShown = 0;
 	bRefreshPending = true;
 	ApplyRefresh();
-	return Container;
+	return SlateQt::ToNative(Container);
 }
 
 TArray<TSharedRef<SWidget>> STableViewBase::GetChildren() const
@@ -91,21 +102,21 @@ void STableViewBase::ApplyRefresh()
 	RowsShown = Count;
 	FirstIdentity = Count > 0 ? ItemIdentity(0) : nullptr;
 	LastIdentity = Count > 0 ? ItemIdentity(Count - 1) : nullptr;
-	if (Model)
+	if (Parts->Model)
 	{
-		Model->SetRows(Count, bAppendOnly);
+		Parts->Model->SetRows(Count, bAppendOnly);
 		MirrorSelection();
 	}
 }
 
 void STableViewBase::RefreshAttributes()
 {
-	if (QtWidget)
+	if (HasNativeWidget())
 	{
 		ApplyRefresh();
-		if (PendingScrollIndex != INDEX_NONE && View && PendingScrollIndex < RowsShown)
+		if (PendingScrollIndex != INDEX_NONE && Parts->View && PendingScrollIndex < RowsShown)
 		{
-			View->ScrollToRow(PendingScrollIndex);
+			Parts->View->ScrollToRow(PendingScrollIndex);
 			PendingScrollIndex = INDEX_NONE;
 		}
 	}
@@ -121,13 +132,13 @@ void STableViewBase::GetVisibleRange(int32& OutFirst, int32& OutLast) const
 {
 	OutFirst = INDEX_NONE;
 	OutLast = INDEX_NONE;
-	if (!View || RowsShown == 0)
+	if (!Parts->View || RowsShown == 0)
 	{
 		return;
 	}
-	const QRect Area = View->viewport()->rect();
-	const QModelIndex Top = View->indexAt(Area.topLeft() + QPoint(1, 1));
-	QModelIndex Bottom = View->indexAt(QPoint(1, Area.bottom() - 1));
+	const QRect Area = Parts->View->viewport()->rect();
+	const QModelIndex Top = Parts->View->indexAt(Area.topLeft() + QPoint(1, 1));
+	QModelIndex Bottom = Parts->View->indexAt(QPoint(1, Area.bottom() - 1));
 	if (!Top.isValid())
 	{
 		return;
@@ -153,7 +164,7 @@ void STableViewBase::ClickRow(int32 Index)
 
 void STableViewBase::MirrorSelection()
 {
-	if (!View || !Model)
+	if (!Parts->View || !Parts->Model)
 	{
 		return;
 	}
@@ -161,10 +172,10 @@ void STableViewBase::MirrorSelection()
 	if (Index == INDEX_NONE || Index >= RowsShown)
 	{
 		// No current row either, so that nothing looks selected.
-		View->selectionModel()->clear();
+		Parts->View->selectionModel()->clear();
 	}
 	else
 	{
-		View->setCurrentIndex(Model->index(Index));
+		Parts->View->setCurrentIndex(Parts->Model->index(Index));
 	}
 }

@@ -24,7 +24,7 @@ void STextBlock::SetText(const TAttribute<FText>& InText)
 	bShownOnce = false;
 }
 
-QWidget* STextBlock::CreateQWidget()
+FNativeWidget* STextBlock::CreateNativeWidget()
 {
 	QLabel* Label = new QLabel();
 	Label->setTextFormat(Qt::PlainText);
@@ -45,15 +45,15 @@ QWidget* STextBlock::CreateQWidget()
 		Edge->setColor(QColor(255, 255, 255, 200));
 		Label->setGraphicsEffect(Edge);
 	}
-	QtWidget = Label;
+	SetNativeWidget(SlateQt::ToNative(Label));
 	bShownOnce = false;
 	RefreshAttributes();
-	return Label;
+	return SlateQt::ToNative(Label);
 }
 
 void STextBlock::RefreshAttributes()
 {
-	if (QLabel* Label = qobject_cast<QLabel*>(QtWidget.data()))
+	if (QLabel* Label = qobject_cast<QLabel*>(SlateQt::FindQWidget(*this)))
 	{
 		const FString Now = Text.Get().ToString();
 		if (!bShownOnce || Now != ShownText || Label->wordWrap() != bShownWrapped)

@@ -1,6 +1,7 @@
 #include <QPainter>
 #include <QWidget>
 
+#include "SlateQt.h"
 #include "Widgets/Images/SThrobber.h"
 
 #include <algorithm>
@@ -46,7 +47,7 @@ namespace
 SCircularThrobber::~SCircularThrobber()
 {
 	// The Qt widget lives on until the event loop deletes it; it must not paint from a gone owner.
-	if (FThrobberQt* Widget = dynamic_cast<FThrobberQt*>(QtWidget.data()))
+	if (FThrobberQt* Widget = dynamic_cast<FThrobberQt*>(SlateQt::FindQWidget(*this)))
 	{
 		Widget->Owner = nullptr;
 	}
@@ -62,13 +63,14 @@ void SCircularThrobber::Construct(const FArguments& InArgs)
 void SCircularThrobber::Tick(const FGeometry&, const double InCurrentTime, const float)
 {
 	Phase = Period > 0.0f ? std::fmod(InCurrentTime / Period, 1.0) : 0.0;
-	if (QtWidget && QtWidget->isVisible())
+	QWidget* Widget = SlateQt::FindQWidget(*this);
+	if (Widget && Widget->isVisible())
 	{
-		QtWidget->update();
+		Widget->update();
 	}
 }
 
-QWidget* SCircularThrobber::CreateQWidget()
+FNativeWidget* SCircularThrobber::CreateNativeWidget()
 {
-	return new FThrobberQt(this);
+	return SlateQt::ToNative(new FThrobberQt(this));
 }

@@ -1,11 +1,12 @@
 #include <QWidget>
 
+#include "SlateQt.h"
 #include "Widgets/SWidget.h"
 
 #include "Framework/Application/SlateApplication.h"
 
 
-SWidget::SWidget()
+SWidget::SWidget() : Native(std::make_unique<FNativeWidgetGuard>())
 {
 	if (FSlateApplication::IsInitialized())
 	{
@@ -19,7 +20,7 @@ SWidget::~SWidget()
 	{
 		FSlateApplication::Get().UnregisterWidget(this);
 	}
-	if (QWidget* Widget = QtWidget.data())
+	if (QWidget* Widget = Native->Widget.data())
 	{
 		// The Qt widget may be inside the very event that released this widget (a list whose selection
 		// handler rebuilds the layout), so it goes only after the event has returned.
@@ -28,32 +29,52 @@ SWidget::~SWidget()
 	}
 }
 
-QWidget* SWidget::GetQWidget()
+FNativeWidget* SWidget::GetNativeWidget()
 {
-	if (QtWidget.isNull())
+	if (Native->Widget.isNull())
 	{
-		QtWidget = CreateQWidget();
+		Native->Widget = SlateQt::ToQt(CreateNativeWidget());
 		if (!TextKey.IsEmpty())
 		{
-			QtWidget->setObjectName(QString::fromStdU16String(TextKey.GetStd()));
+			Native->Widget->setObjectName(SlateQt::ToQString(TextKey));
 		}
 		ApplyVisibilityAndEnabled();
 	}
-	return QtWidget.data();
+	return SlateQt::ToNative(Native->Widget.data());
+}
+
+FNativeWidget* SWidget::GetNativeWidgetIfMade() const
+{
+	return SlateQt::ToNative(Native->Widget.data());
+}
+
+void SWidget::SetNativeWidget(FNativeWidget* Widget)
+{
+	Native->Widget = SlateQt::ToQt(Widget);
+}
+
+QWidget* SlateQt::GetQWidget(SWidget& Widget)
+{
+	return ToQt(Widget.GetNativeWidget());
+}
+
+QWidget* SlateQt::FindQWidget(const SWidget& Widget)
+{
+	return ToQt(Widget.GetNativeWidgetIfMade());
 }
 
 void SWidget::SetTextKey(const FText& Text)
 {
 	TextKey = Text.GetKey();
-	if (QtWidget && !TextKey.IsEmpty())
+	if (Native->Widget && !TextKey.IsEmpty())
 	{
-		QtWidget->setObjectName(QString::fromStdU16String(TextKey.GetStd()));
+		Native->Widget->setObjectName(SlateQt::ToQString(TextKey));
 	}
 }
 
 void SWidget::ApplyVisibilityAndEnabled()
 {
-	QWidget* Widget = QtWidget.data();
+	QWidget* Widget = Native->Widget.data();
 	if (!Widget)
 	{
 		return;

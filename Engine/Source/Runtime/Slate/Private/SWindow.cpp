@@ -26,28 +26,28 @@ void SWindow::SetContent(const TSharedRef<SWidget>& InContent)
 	ChildSlot.Padding(8)[InContent];
 }
 
-QWidget* SWindow::CreateQWidget()
+FNativeWidget* SWindow::CreateNativeWidget()
 {
-	QWidget* Widget = SCompoundWidget::CreateQWidget();
+	QWidget* Widget = SlateQt::ToQt(SCompoundWidget::CreateNativeWidget());
 	Widget->setWindowTitle(SlateQt::ToQString(Title.Get().ToString()));
 	// An autosized window is sized to its content when it is shown.
 	if (SizingRule != ESizingRule::Autosized)
 	{
 		Widget->resize(static_cast<int>(ClientSize.X), static_cast<int>(ClientSize.Y));
 	}
-	return Widget;
+	return SlateQt::ToNative(Widget);
 }
 
 void SWindow::RequestDestroyWindow()
 {
 	bDestroyRequested = true;
-	if (QtWidget)
+	if (QWidget* Widget = SlateQt::FindQWidget(*this))
 	{
-		QtWidget->close();
+		Widget->close();
 	}
 }
 
 void* SWindow::GetNativeWindowHandle()
 {
-	return reinterpret_cast<void*>(GetQWidget()->winId());
+	return reinterpret_cast<void*>(SlateQt::GetQWidget(*this)->winId());
 }

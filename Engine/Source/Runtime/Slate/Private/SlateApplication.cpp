@@ -3,6 +3,17 @@
 
 #include "Framework/Application/SlateApplication.h"
 
+struct FSlateApplication::FNativeApplication
+{
+	std::unique_ptr<QApplication> Application;
+};
+
+FSlateApplication::FSlateApplication() : Native(std::make_unique<FNativeApplication>())
+{
+}
+
+FSlateApplication::~FSlateApplication() = default;
+
 
 namespace
 {
@@ -22,7 +33,7 @@ void FSlateApplication::Create(int& ArgC, char** ArgV)
 	Instance() = std::make_unique<FSlateApplication>();
 	if (!QApplication::instance())
 	{
-		Instance()->Application = std::make_unique<QApplication>(ArgC, ArgV);
+		Instance()->Native->Application = std::make_unique<QApplication>(ArgC, ArgV);
 	}
 	// Qt sets the C library's locale from the environment; the tool's text and numbers must not follow it.
 	std::setlocale(LC_NUMERIC, "C");
@@ -74,7 +85,7 @@ void FSlateApplication::FlushDeferredDeletes()
 	QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-void FSlateApplication::Tick(float DeltaTime, bool bProcessQtEvents)
+void FSlateApplication::Tick(float DeltaTime, bool bProcessNativeEvents)
 {
 	if (bTicking)
 	{
@@ -103,7 +114,7 @@ void FSlateApplication::Tick(float DeltaTime, bool bProcessQtEvents)
 			Widget->RefreshAttributes();
 		}
 	}
-	if (bProcessQtEvents)
+	if (bProcessNativeEvents)
 	{
 		QCoreApplication::processEvents();
 		FlushDeferredDeletes();

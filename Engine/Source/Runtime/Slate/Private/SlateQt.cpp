@@ -61,11 +61,12 @@ FString SlateQt::FromQString(const QString& Text)
 QWidget* SlateQt::MakeSlotHolder(SWidget& Child, const FMargin& Padding, EHorizontalAlignment HAlign, EVerticalAlignment VAlign)
 {
 	QWidget* Holder = MakePlainWidget();
+	Holder->setProperty(SlotHolderProperty, true);
 	QVBoxLayout* Layout = new QVBoxLayout(Holder);
 	Layout->setContentsMargins(static_cast<int>(Padding.Left), static_cast<int>(Padding.Top),
 							   static_cast<int>(Padding.Right), static_cast<int>(Padding.Bottom));
 	Layout->setSpacing(0);
-	QWidget* ChildWidget = Child.GetQWidget();
+	QWidget* ChildWidget = GetQWidget(Child);
 	Layout->addWidget(ChildWidget, 0, ToQtAlignment(HAlign, VAlign));
 	Holder->setSizePolicy(ChildWidget->sizePolicy());
 	Child.RefreshAttributes();

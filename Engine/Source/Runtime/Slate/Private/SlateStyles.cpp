@@ -1,45 +1,41 @@
 #include "Styling/SlateBrush.h"
 
-namespace
+FSlateBrush& FSlateStyleSet::FindOrMakeBrush(const FString& Name) const
 {
-	// Brushes by name; every name gives a brush, so that a missing image never fails a layout.
-	class FNamedStyle : public ISlateStyle
+	TSharedPtr<FSlateBrush>& Brush = Brushes.FindOrAdd(Name);
+	if (!Brush)
 	{
-	public:
-		const FSlateBrush* GetBrush(const FString& Name) const override
-		{
-			TSharedPtr<FSlateBrush>& Brush = Brushes.FindOrAdd(Name);
-			if (!Brush)
-			{
-				Brush = MakeShared<FSlateBrush>();
-				Brush->ResourceName = Name;
-				// The kit's logo is drawn larger than the default icon size.
-				if (Name == TEXT("Merrow.MerrowLogo"))
-				{
-					Brush->ImageSize = FVector2D(40, 40);
-				}
-				// The checkerboard stands for "no image" and covers the whole area it is given.
-				if (Name == TEXT("Checkerboard"))
-				{
-					Brush->Tiling = ESlateBrushTileType::Both;
-				}
-			}
-			return Brush.Get();
-		}
+		Brush = MakeShared<FSlateBrush>();
+		Brush->ResourceName = Name;
+	}
+	return *Brush;
+}
 
-	private:
-		mutable TMap<FString, TSharedPtr<FSlateBrush>> Brushes;
-	};
+const FSlateBrush* FSlateStyleSet::GetBrush(const FString& Name) const
+{
+	return &FindOrMakeBrush(Name);
+}
+
+void FSlateStyleSet::SetImage(const FString& Name, const FString& ImagePath, const FVector2D& ImageSize)
+{
+	FSlateBrush& Brush = FindOrMakeBrush(Name);
+	Brush.ImagePath = ImagePath;
+	Brush.ImageSize = ImageSize;
+}
+
+void FSlateStyleSet::SetTiling(const FString& Name, ESlateBrushTileType Tiling)
+{
+	FindOrMakeBrush(Name).Tiling = Tiling;
 }
 
 const ISlateStyle& FCoreStyle::Get()
 {
-	static FNamedStyle Style;
-	return Style;
-}
-
-const ISlateStyle& FEditorStyle::Get()
-{
-	static FNamedStyle Style;
+	static FSlateStyleSet Style = []
+	{
+		FSlateStyleSet Core;
+		// The checkerboard stands for "no image" and covers the whole area it is given.
+		Core.SetTiling(TEXT("Checkerboard"), ESlateBrushTileType::Both);
+		return Core;
+	}();
 	return Style;
 }

@@ -2,14 +2,6 @@
 // while its getter is polled, values shown but not edited, raised lettering, and images that fall back to the
 // checkerboard and fill the area a tiled brush is given.
 
-#include <QGraphicsDropShadowEffect>
-#include <QImage>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QSet>
-#include <QTest>
-
 #include "SlateTestWindow.h"
 #include "TempDirectory.h"
 #include "Widgets/Images/SImage.h"
@@ -22,7 +14,11 @@
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
+#include <set>
+
 #define LOCTEXT_NAMESPACE "FormWidgetTests"
+
+using namespace SlateTest;
 
 TEST(FormWidgetTests, GridColumnsKeepTheirSharesWhateverTheCellsHold)
 {
@@ -36,23 +32,21 @@ TEST(FormWidgetTests, GridColumnsKeepTheirSharesWhateverTheCellsHold)
 		// A word with no place to break it: it is cut at its column's edge rather than widening the column.
 		+ SGridPanel::Slot(0, 2)[SNew(STextBlock).Text(FText::FromString(FString(std::u16string(200, u'w'))))];
 	FTestWindow Window(Grid);
-	Window.Window->resize(800, 400);
+	Window.Resize(800, 400);
 	TickFrames(3);
 
-	QWidget* LabelCell = Label->GetQWidget()->parentWidget();
-	QWidget* BoxCell = Box->GetQWidget()->parentWidget();
-	const double Whole = Grid->GetQWidget()->width();
-	EXPECT_NEAR(LabelCell->width() / Whole, 0.3, 0.02);
-	EXPECT_NEAR(BoxCell->width() / Whole, 0.7, 0.02);
+	const FSlateTestRect LabelCell = GetSlotGeometry(*Label);
+	const FSlateTestRect BoxCell = GetSlotGeometry(*Box);
+	const double Whole = GetGeometry(*Grid).Width;
+	EXPECT_NEAR(LabelCell.Width / Whole, 0.3, 0.02);
+	EXPECT_NEAR(BoxCell.Width / Whole, 0.7, 0.02);
 	// The long label wraps in its column, also inside a path, and all of it is still there to read.
-	QLabel* Drawn = qobject_cast<QLabel*>(Label->GetQWidget());
-	ASSERT_NE(Drawn, nullptr);
-	EXPECT_TRUE(Drawn->wordWrap());
-	EXPECT_GT(Drawn->height(), Drawn->fontMetrics().height() * 2);
-	EXPECT_EQ(Drawn->text().remove(QChar(0x200B)), QString::fromStdU16String(LongLabel.GetStd()));
+	EXPECT_TRUE(WrapsText(*Label));
+	EXPECT_GT(GetGeometry(*Label).Height, GetTextLook(*Label).LineHeight * 2);
+	EXPECT_EQ(GetShownText(*Label), LongLabel);
 	EXPECT_EQ(Label->GetDisplayText(), LongLabel);
 	// What can't shrink keeps its least width: the grid is never narrower than the button's box.
-	EXPECT_GE(Grid->GetQWidget()->minimumSizeHint().width(), 170);
+	EXPECT_GE(GetMinimumSize(*Grid).Width, 170);
 }
 
 TEST(FormWidgetTests, ABoundBoxKeepsTheCursorAndUndoWhileItsGetterIsPolled)
@@ -62,29 +56,27 @@ TEST(FormWidgetTests, ABoundBoxKeepsTheCursorAndUndoWhileItsGetterIsPolled)
 		.Text(TAttribute<FText>::CreateLambda([&Value] { return FText::FromString(Value); }))
 		.OnTextChanged_Lambda([&Value](const FText& Text) { Value = Text.ToString(); });
 	FTestWindow Window(Box);
-	QLineEdit* Line = QtOf<QLineEdit>(Box);
-	ASSERT_NE(Line, nullptr);
-	EXPECT_FALSE(Line->isReadOnly());
-	Line->setFocus();
-	Line->setCursorPosition(3);
-	QTest::keyClicks(Line, "-");
+	EXPECT_FALSE(IsReadOnly(*Box));
+	Focus(*Box);
+	SetCursorPosition(*Box, 3);
+	TypeText(*Box, TEXT("-"));
 	TickFrames(5);
 	EXPECT_EQ(Value, FString(TEXT("Isl-and")));
-	EXPECT_EQ(Line->cursorPosition(), 4);
-	QTest::keyClick(Line, Qt::Key_Z, Qt::ControlModifier);
+	EXPECT_EQ(GetCursorPosition(*Box), 4);
+	PressKey(*Box, TEXT("Ctrl+Z"));
 	TickFrames();
 	EXPECT_EQ(Value, FString(TEXT("Island")));
 
 	// A value changed elsewhere shows at the next frame, with the cursor where it was as far as the text reaches.
-	Line->setCursorPosition(2);
+	SetCursorPosition(*Box, 2);
 	Value = TEXT("Island Pack");
 	TickFrames();
-	EXPECT_EQ(Line->text(), QString("Island Pack"));
-	EXPECT_EQ(Line->cursorPosition(), 2);
-	Line->setCursorPosition(9);
+	EXPECT_EQ(GetShownText(*Box), FString(TEXT("Island Pack")));
+	EXPECT_EQ(GetCursorPosition(*Box), 2);
+	SetCursorPosition(*Box, 9);
 	Value = TEXT("Isle");
 	TickFrames();
-	EXPECT_EQ(Line->cursorPosition(), 4);
+	EXPECT_EQ(GetCursorPosition(*Box), 4);
 
 	// The same in a box of many lines.
 	FString Notes = TEXT("first line\nsecond");
@@ -93,28 +85,24 @@ TEST(FormWidgetTests, ABoundBoxKeepsTheCursorAndUndoWhileItsGetterIsPolled)
 		.Text(TAttribute<FText>::CreateLambda([&Notes] { return FText::FromString(Notes); }))
 		.OnTextChanged_Lambda([&Notes](const FText& Text) { Notes = Text.ToString(); });
 	FTestWindow MultiWindow(Multi);
-	QPlainTextEdit* Edit = QtOf<QPlainTextEdit>(Multi);
-	ASSERT_NE(Edit, nullptr);
-	QTextCursor Cursor = Edit->textCursor();
-	Cursor.setPosition(5);
-	Edit->setTextCursor(Cursor);
+	SetCursorPosition(*Multi, 5);
 	Notes = TEXT("first line\nsecond, changed");
 	TickFrames();
-	EXPECT_EQ(Edit->toPlainText(), QString("first line\nsecond, changed"));
-	EXPECT_EQ(Edit->textCursor().position(), 5);
+	EXPECT_EQ(GetShownText(*Multi), FString(TEXT("first line\nsecond, changed")));
+	EXPECT_EQ(GetCursorPosition(*Multi), 5);
 }
 
 TEST(FormWidgetTests, AValueWithoutAChangeHandlerIsShownNotEdited)
 {
+	TSharedPtr<SEditableText> Line;
 	TSharedRef<SHorizontalBox> Row = SNew(SHorizontalBox)
-		+ SHorizontalBox::Slot().AutoWidth()[SNew(SEditableText).Text(FText::FromString(TEXT("A mod folder with a long name")))];
+		+ SHorizontalBox::Slot().AutoWidth()[SAssignNew(Line, SEditableText).Text(FText::FromString(TEXT("A mod folder with a long name")))];
 	FTestWindow Window(Row);
-	QLineEdit* Line = Window.Window->findChild<QLineEdit*>();
-	ASSERT_NE(Line, nullptr);
-	EXPECT_TRUE(Line->isReadOnly());
-	EXPECT_FALSE(Line->hasFrame());
+	EXPECT_EQ(GetShownText(*Line), FString(TEXT("A mod folder with a long name")));
+	EXPECT_TRUE(IsReadOnly(*Line));
+	EXPECT_FALSE(HasFrame(*Line));
 	// As wide as what it shows, so that the name is never cut.
-	EXPECT_GE(Line->width(), Line->fontMetrics().horizontalAdvance(Line->text()));
+	EXPECT_GE(GetGeometry(*Line).Width, GetTextLook(*Line).ShownTextWidth);
 }
 
 TEST(FormWidgetTests, EmbossedTextIsRaisedAndPlainTextIsNot)
@@ -125,13 +113,12 @@ TEST(FormWidgetTests, EmbossedTextIsRaisedAndPlainTextIsNot)
 		+ SVerticalBox::Slot()[SAssignNew(Raised, STextBlock).Text(LOCTEXT("Banner", "Banner")).TextStyle(&FCoreStyle::Get(), TEXT("EmbossedText"))]
 		+ SVerticalBox::Slot()[SAssignNew(Plain, STextBlock).Text(LOCTEXT("Body", "Body"))];
 	FTestWindow Window(Column);
-	QLabel* RaisedLabel = QtOf<QLabel>(Raised);
-	QLabel* PlainLabel = QtOf<QLabel>(Plain);
-	ASSERT_TRUE(RaisedLabel && PlainLabel);
-	EXPECT_TRUE(RaisedLabel->font().bold());
-	EXPECT_GT(RaisedLabel->font().pointSizeF(), PlainLabel->font().pointSizeF());
-	EXPECT_NE(qobject_cast<QGraphicsDropShadowEffect*>(RaisedLabel->graphicsEffect()), nullptr);
-	EXPECT_EQ(PlainLabel->graphicsEffect(), nullptr);
+	const FSlateTextLook RaisedLook = GetTextLook(*Raised);
+	const FSlateTextLook PlainLook = GetTextLook(*Plain);
+	EXPECT_TRUE(RaisedLook.bBold);
+	EXPECT_GT(RaisedLook.PointSize, PlainLook.PointSize);
+	EXPECT_TRUE(RaisedLook.bRaised);
+	EXPECT_FALSE(PlainLook.bRaised);
 }
 
 TEST(FormWidgetTests, AnImageWithoutAPictureIsTheCheckerboardFillingItsBox)
@@ -147,27 +134,26 @@ TEST(FormWidgetTests, AnImageWithoutAPictureIsTheCheckerboardFillingItsBox)
 	TickFrames();
 	EXPECT_FALSE(Image->HasPicture());
 	// Drawn over the whole box in the checkerboard's two greys, not left empty.
-	const QImage Shot = Image->GetQWidget()->grab().toImage();
-	ASSERT_EQ(Shot.size(), QSize(128, 128));
-	QSet<QRgb> Colours;
+	const FSlateScreenshot Shot = TakeScreenshot(*Image);
+	ASSERT_EQ(Shot.Width, 128);
+	ASSERT_EQ(Shot.Height, 128);
+	std::set<uint32> Colours;
 	for (int Y = 0; Y < 128; Y += 4)
 	{
 		for (int X = 0; X < 128; X += 4)
 		{
-			Colours.insert(Shot.pixel(X, Y));
+			Colours.insert(Shot.GetPixel(X, Y));
 		}
 	}
-	EXPECT_GE(Colours.size(), 2);
-	EXPECT_LE(Colours.size(), 6);
+	EXPECT_GE(Colours.size(), 2u);
+	EXPECT_LE(Colours.size(), 6u);
 
 	// A readable file replaces it at the next frame, drawn at the brush's size.
-	QImage Red(32, 32, QImage::Format_RGB32);
-	Red.fill(Qt::red);
 	const FString Picture = Dir / TEXT("red.png");
-	ASSERT_TRUE(Red.save(QString::fromStdU16String(Picture.GetStd())));
+	ASSERT_TRUE(WriteSolidPng(Picture, 32, 32, 0xFFFF0000));
 	FSlateDynamicImageBrush Good(Picture, FVector2D(128, 128));
 	Brush = &Good;
 	TickFrames();
 	EXPECT_TRUE(Image->HasPicture());
-	EXPECT_EQ(Image->GetQWidget()->grab().toImage().pixelColor(64, 64), QColor(Qt::red));
+	EXPECT_EQ(TakeScreenshot(*Image).GetPixel(64, 64), 0xFFFF0000u);
 }

@@ -1,30 +1,20 @@
 #pragma once
 
-// Widget tests run under Qt's offscreen platform, with the application made once before any test.
-#include <QtGlobal>
-
-#include "Framework/Application/SlateApplication.h"
+// Widget tests run on the offscreen display, with the application made once before any test.
 #include "Modules/ModuleManager.h"
+#include "Testing/SlateTestDriver.h"
 
 #include <gtest/gtest.h>
 
 #define TESSEL_WIDGET_TEST_MAIN()                                                                                      \
 	int main(int ArgC, char** ArgV)                                                                                    \
 	{                                                                                                                  \
-		qputenv("QT_QPA_PLATFORM", "offscreen");                                                                       \
 		::testing::InitGoogleTest(&ArgC, ArgV);                                                                        \
-		FSlateApplication::Create(ArgC, ArgV);                                                                         \
+		SlateTest::StartApplication(ArgC, ArgV);                                                                       \
 		const int Result = RUN_ALL_TESTS();                                                                            \
 		FModuleManager::Get().UnloadAllModules();                                                                      \
-		FSlateApplication::Shutdown();                                                                                 \
+		SlateTest::StopApplication();                                                                                  \
 		return Result;                                                                                                 \
 	}
 
-// Ticks the application a few frames, as the host's timer would.
-inline void TickFrames(int Frames = 2)
-{
-	for (int Frame = 0; Frame < Frames; ++Frame)
-	{
-		FSlateApplication::Get().Tick(1.0f / 60.0f);
-	}
-}
+using SlateTest::TickFrames;

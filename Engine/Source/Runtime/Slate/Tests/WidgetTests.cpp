@@ -1,12 +1,3 @@
-#include <QCheckBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QAbstractItemView>
-#include <QMouseEvent>
-#include <QPushButton>
-#include <QTest>
-#include <QVBoxLayout>
-
 #include "SlateTestMain.h"
 #include "SlateTestWindow.h"
 
@@ -25,6 +16,8 @@
 #include <memory>
 
 #define LOCTEXT_NAMESPACE "WidgetTests"
+
+using namespace SlateTest;
 
 TESSEL_WIDGET_TEST_MAIN()
 
@@ -54,47 +47,63 @@ TEST(WidgetTests, BoundAttributesAreAskedAgainEveryFrame)
 		+ SHorizontalBox::Slot().AutoWidth()[SAssignNew(Neighbour, STextBlock).Text(LOCTEXT("Right", "right"))];
 	FTestWindow Window(Root);
 
-	EXPECT_EQ(QtOf<QLabel>(Text)->text(), QString("first"));
-	EXPECT_FALSE(QtOf<QPushButton>(Button)->isEnabled());
+	EXPECT_EQ(GetShownText(*Text), FString(TEXT("first")));
+	EXPECT_FALSE(IsEnabledOnScreen(*Button));
 	Shown = TEXT("second");
 	bEnabled = true;
 	TickFrames(1);
-	EXPECT_EQ(QtOf<QLabel>(Text)->text(), QString("second"));
-	EXPECT_TRUE(QtOf<QPushButton>(Button)->isEnabled());
+	EXPECT_EQ(GetShownText(*Text), FString(TEXT("second")));
+	EXPECT_TRUE(IsEnabledOnScreen(*Button));
 
 	// Hidden keeps the button's place in the row, Collapsed gives it up. The new label's size reaches the
 	// outer layouts over a few frames; the place is measured once they have settled.
 	TickFrames(5);
-	const int NeighbourX = Neighbour->GetQWidget()->mapTo(Window.Window.get(), QPoint(0, 0)).x();
+	const int32 NeighbourX = GetGeometry(*Neighbour).X;
+	EXPECT_TRUE(IsShown(*Button));
 	Visibility = EVisibility::Hidden;
 	TickFrames();
-	EXPECT_FALSE(Button->GetQWidget()->isVisible());
-	EXPECT_EQ(Neighbour->GetQWidget()->mapTo(Window.Window.get(), QPoint(0, 0)).x(), NeighbourX);
+	EXPECT_FALSE(IsShown(*Button));
+	EXPECT_EQ(GetGeometry(*Neighbour).X, NeighbourX);
 	Visibility = EVisibility::Collapsed;
 	TickFrames();
-	EXPECT_LT(Neighbour->GetQWidget()->mapTo(Window.Window.get(), QPoint(0, 0)).x(), NeighbourX);
-	EXPECT_EQ(Button->GetQWidget()->objectName(), QString("Go"));
+	EXPECT_FALSE(IsShown(*Button));
+	EXPECT_LT(GetGeometry(*Neighbour).X, NeighbourX);
+	EXPECT_EQ(FindWidgetByKey(Root, TEXT("Go")), TSharedPtr<SWidget>(Button));
 }
 
 TEST(WidgetTests, ARowOfAutoSlotsKeepsItsLayoutFromFrameToFrame)
 {
 	TSharedPtr<SHorizontalBox> Row;
+	TSharedPtr<STextBlock> A;
+	TSharedPtr<STextBlock> B;
 	TSharedRef<SWidget> Root = SAssignNew(Row, SHorizontalBox)
-		+ SHorizontalBox::Slot().AutoWidth()[SNew(STextBlock).Text(LOCTEXT("A", "a"))]
-		+ SHorizontalBox::Slot().AutoWidth()[SNew(STextBlock).Text(LOCTEXT("B", "b"))];
+		+ SHorizontalBox::Slot().AutoWidth()[SAssignNew(A, STextBlock).Text(LOCTEXT("A", "a"))]
+		+ SHorizontalBox::Slot().AutoWidth()[SAssignNew(B, STextBlock).Text(LOCTEXT("B", "b"))];
 	FTestWindow Window(Root);
-	QLayout* Layout = Row->GetQWidget()->layout();
-	const int ItemsAtFirst = Layout->count();
-	EXPECT_EQ(ItemsAtFirst, 3); // two slots and the stretch that keeps them at the left
+	// The two slots stand side by side at the row's left, each at its natural width, with the room left over
+	// after them.
+	const FSlateTestRect RowAt = GetGeometry(*Row);
+	const FSlateTestRect AAt = GetSlotGeometry(*A);
+	const FSlateTestRect BAt = GetSlotGeometry(*B);
+	EXPECT_EQ(AAt.X, RowAt.X);
+	EXPECT_EQ(BAt.X, AAt.Right());
+	EXPECT_EQ(AAt.Width, GetPreferredSize(*A).Width);
+	EXPECT_EQ(BAt.Width, GetPreferredSize(*B).Width);
+	EXPECT_LT(BAt.Right(), RowAt.Right() - 100);
 	TickFrames(50);
-	EXPECT_EQ(Layout->count(), ItemsAtFirst);
+	EXPECT_EQ(GetSlotGeometry(*A), AAt);
+	EXPECT_EQ(GetSlotGeometry(*B), BAt);
 
-	// A slot added later stands before the stretch.
-	Row->AddSlot().AutoWidth()[SNew(STextBlock).Text(LOCTEXT("C", "c"))];
+	// A slot added later stands right after the others, still at the left.
+	TSharedPtr<STextBlock> C;
+	Row->AddSlot().AutoWidth()[SAssignNew(C, STextBlock).Text(LOCTEXT("C", "c"))];
 	TickFrames(5);
-	ASSERT_EQ(Layout->count(), 4);
-	EXPECT_EQ(Layout->itemAt(3)->widget(), nullptr);
-	EXPECT_NE(Layout->itemAt(2)->widget(), nullptr);
+	EXPECT_EQ(GetSlotGeometry(*A), AAt);
+	EXPECT_EQ(GetSlotGeometry(*B), BAt);
+	const FSlateTestRect CAt = GetSlotGeometry(*C);
+	EXPECT_EQ(CAt.X, BAt.Right());
+	EXPECT_EQ(CAt.Width, GetPreferredSize(*C).Width);
+	EXPECT_LT(CAt.Right(), RowAt.Right() - 100);
 }
 
 TEST(WidgetTests, ButtonsCallTheirHandlerOnlyWhenEnabled)
@@ -107,11 +116,11 @@ TEST(WidgetTests, ButtonsCallTheirHandlerOnlyWhenEnabled)
 		.IsEnabled(TAttribute<bool>::CreateLambda([&] { return bEnabled; }))
 		.OnClicked_Lambda([&] { ++Clicks; return FReply::Handled(); });
 	FTestWindow Window(Root);
-	QTest::mouseClick(QtOf<QPushButton>(Button), Qt::LeftButton);
+	Click(*Button);
 	EXPECT_EQ(Clicks, 1);
 	bEnabled = false;
 	TickFrames(1);
-	QTest::mouseClick(QtOf<QPushButton>(Button), Qt::LeftButton);
+	Click(*Button);
 	EXPECT_FALSE(Button->Click().IsEventHandled());
 	EXPECT_EQ(Clicks, 1);
 }
@@ -131,23 +140,18 @@ TEST(WidgetTests, ListViewMakesRowsOnlyForWhatShowsAndGrowsByAppending)
 		.OnGenerateRow_Lambda([&](TSharedPtr<FString> Item, const TSharedRef<STableViewBase>& Owner)
 							  { return MakeTextRow(Item, Owner, &RowsMade); });
 	FTestWindow Window(Root);
-	QAbstractItemView* View = Window.Window->findChild<QAbstractItemView*>();
-	ASSERT_NE(View, nullptr);
-	EXPECT_EQ(View->model()->rowCount(), 100000);
+	EXPECT_EQ(GetListRowCount(*List), 100000);
 	EXPECT_LT(RowsMade, 200);
-	EXPECT_EQ(View->model()->data(View->model()->index(0, 0)).toString(), QString("line 0"));
+	EXPECT_EQ(GetListRowText(*List, 0), FString(TEXT("line 0")));
 
-	int32 Inserted = 0;
-	int32 Resets = 0;
-	QObject::connect(View->model(), &QAbstractItemModel::rowsInserted, [&] { ++Inserted; });
-	QObject::connect(View->model(), &QAbstractItemModel::modelReset, [&] { ++Resets; });
+	FSlateListWatch Changes(*List);
 	Items.Add(MakeShared<FString>(TEXT("appended")));
 	List->RequestListRefresh();
 	List->RequestScrollIntoView(Items.Last());
 	TickFrames();
-	EXPECT_EQ(Inserted, 1);
-	EXPECT_EQ(Resets, 0);
-	EXPECT_EQ(View->model()->rowCount(), 100001);
+	EXPECT_EQ(Changes.GetRowsInserted(), 1);
+	EXPECT_EQ(Changes.GetResets(), 0);
+	EXPECT_EQ(GetListRowCount(*List), 100001);
 	EXPECT_TRUE(List->IsItemVisible(Items.Last()));
 	EXPECT_FALSE(List->IsItemVisible(Items[0]));
 	EXPECT_LT(RowsMade, 400);
@@ -157,8 +161,8 @@ TEST(WidgetTests, ListViewMakesRowsOnlyForWhatShowsAndGrowsByAppending)
 	Items.Add(MakeShared<FString>(TEXT("fresh")));
 	List->RequestListRefresh();
 	TickFrames();
-	EXPECT_EQ(Resets, 1);
-	EXPECT_EQ(View->model()->data(View->model()->index(0, 0)).toString(), QString("fresh"));
+	EXPECT_EQ(Changes.GetResets(), 1);
+	EXPECT_EQ(GetListRowText(*List, 0), FString(TEXT("fresh")));
 }
 
 TEST(WidgetTests, SelectionByCodeRaisesTheEventAndAToggleClickClearsIt)
@@ -181,9 +185,7 @@ TEST(WidgetTests, SelectionByCodeRaisesTheEventAndAToggleClickClearsIt)
 	EXPECT_EQ(Events[0].Value, ESelectInfo::Direct);
 
 	// A real click on the selected row clears the selection; a click on another row selects it.
-	QAbstractItemView* View = Window.Window->findChild<QAbstractItemView*>();
-	const QRect Row1 = View->visualRect(View->model()->index(1, 0));
-	QTest::mouseClick(View->viewport(), Qt::LeftButton, {}, Row1.center());
+	ClickListRow(*List, 1);
 	ASSERT_EQ(Events.Num(), 2);
 	EXPECT_FALSE(Events[1].Key.IsValid());
 	EXPECT_EQ(Events[1].Value, ESelectInfo::OnMouseClick);
@@ -231,13 +233,8 @@ TEST(WidgetTests, ATreeReplacedFromInsideItsOwnEventLivesUntilTheEventReturns)
 	for (int32 Round = 0; Round < 5; ++Round)
 	{
 		TWeakPtr<SWidget> OldList = Rebuilder->List;
-		QAbstractItemView* View = nullptr;
-		for (QAbstractItemView* Candidate : Window.Window->findChildren<QAbstractItemView*>())
-		{
-			View = Candidate->isVisible() ? Candidate : View;
-		}
-		ASSERT_NE(View, nullptr);
-		QTest::mouseClick(View->viewport(), Qt::LeftButton, {}, View->visualRect(View->model()->index(Round % 2, 0)).center());
+		ASSERT_TRUE(IsShown(*Rebuilder->List));
+		ClickListRow(*Rebuilder->List, Round % 2);
 		TickFrames();
 		EXPECT_EQ(Rebuilder->Rebuilds, Round + 1);
 		EXPECT_FALSE(OldList.IsValid()); // the old list went once its event had returned
@@ -268,24 +265,24 @@ TEST(WidgetTests, CheckBoxesEditableTextsAndComboBoxes)
 												[SNew(STextBlock).Text(LOCTEXT("Vis", "Visibility"))]];
 	FTestWindow Window(Root);
 
-	QtOf<QCheckBox>(Box)->click();
+	Click(*Box);
 	Box->ToggleCheckedState();
 	ASSERT_EQ(States.Num(), 2);
 	EXPECT_EQ(States[0], ECheckBoxState::Checked);
 	EXPECT_EQ(States[1], ECheckBoxState::Unchecked);
-	EXPECT_FALSE(QtOf<QCheckBox>(Box)->isChecked());
+	EXPECT_FALSE(IsChecked(*Box));
 
-	QLineEdit* Edit = QtOf<QLineEdit>(Line);
-	EXPECT_EQ(Edit->text(), QString("from getter"));
-	Edit->setFocus();
-	QTest::keyClicks(Edit, "!");
+	EXPECT_EQ(GetShownText(*Line), FString(TEXT("from getter")));
+	Focus(*Line);
+	TypeText(*Line, TEXT("!"));
 	ASSERT_EQ(Typed.Num(), 1);
 	EXPECT_EQ(Typed[0], FString(TEXT("from getter!")));
 	Bound = TEXT("changed by code");
 	TickFrames(1);
-	EXPECT_EQ(Edit->text(), QString("changed by code"));
+	EXPECT_EQ(GetShownText(*Line), FString(TEXT("changed by code")));
 	EXPECT_EQ(Typed.Num(), 1); // text set by the getter is no user change
-	EXPECT_EQ(QtOf<QLineEdit>(Password)->echoMode(), QLineEdit::Password);
+	EXPECT_FALSE(IsMasked(*Line));
+	EXPECT_TRUE(IsMasked(*Password));
 
 	EXPECT_EQ(Combo->NumOptions(), 2);
 	EXPECT_EQ(Combo->GetOptionText(1), FString(TEXT("Hidden")));
@@ -296,11 +293,7 @@ TEST(WidgetTests, CheckBoxesEditableTextsAndComboBoxes)
 TEST(WidgetTests, DynamicImagesLoadWhenDrawnAndUnreadableFilesShowNothing)
 {
 	const std::string Path = testing::TempDir() + "tessel-image.png";
-	{
-		QImage Picture(8, 8, QImage::Format_RGB32);
-		Picture.fill(Qt::red);
-		Picture.save(QString::fromStdString(Path));
-	}
+	ASSERT_TRUE(WriteSolidPng(FString(Path), 8, 8, 0xFFFF0000));
 	FSlateDynamicImageBrush Good(FString(Path), FVector2D(128, 128));
 	FSlateDynamicImageBrush Missing(TEXT("/no/such/picture.png"), FVector2D(128, 128));
 	std::ofstream(testing::TempDir() + "tessel-broken.png") << "not a picture";

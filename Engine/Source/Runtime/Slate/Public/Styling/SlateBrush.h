@@ -15,6 +15,7 @@ enum class ESlateBrushTileType
 struct FSlateBrush
 {
 	FString ResourceName;     // a style's image name, or a file path for dynamic brushes
+	FString ImagePath;        // the picture file a style set gave its brush of this name, if any
 	FVector2D ImageSize{16, 16};
 	FLinearColor Tint;
 	bool bIsDynamic = false;  // loaded from ResourceName when first drawn
@@ -74,15 +75,23 @@ public:
 	}
 };
 
+// A style set to fill: every name gives a brush, made when first asked for, so that a missing image never fails
+// a layout; a name may be given a picture file to draw.
+class FSlateStyleSet : public ISlateStyle
+{
+public:
+	const FSlateBrush* GetBrush(const FString& Name) const override;
+	// The brush Name draws the picture at ImagePath (any path the backend reads), ImageSize points large.
+	void SetImage(const FString& Name, const FString& ImagePath, const FVector2D& ImageSize);
+	void SetTiling(const FString& Name, ESlateBrushTileType Tiling);
+
+private:
+	FSlateBrush& FindOrMakeBrush(const FString& Name) const;
+	mutable TMap<FString, TSharedPtr<FSlateBrush>> Brushes;
+};
+
 class FCoreStyle
 {
 public:
 	static const ISlateStyle& Get();
-};
-
-class FEditorStyle
-{
-public:
-	static const ISlateStyle& Get();
-	static const FSlateBrush* GetBrush(const FString& Name) { return Get().GetBrush(Name); }
 };

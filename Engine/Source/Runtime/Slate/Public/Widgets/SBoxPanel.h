@@ -2,8 +2,6 @@
 
 #include "Widgets/SlotBase.h"
 
-class QBoxLayout;
-
 // Children in a row or a column. A slot either takes its natural size (auto) or a share of what is left (fill).
 class SBoxPanel : public SWidget
 {
@@ -37,14 +35,13 @@ public:
 
 protected:
 	explicit SBoxPanel(EOrientation InOrientation) : Orientation(InOrientation) {}
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 	void AttachPendingSlots();
 
 	EOrientation Orientation;
 	TArray<FSlot> Slots;
 	int32 AttachedSlots = 0;
 	bool bTrailingStretch = false;
-	QBoxLayout* Layout = nullptr;
 };
 
 class SVerticalBox : public SBoxPanel

@@ -15,11 +15,11 @@ public:
 	TArray<TSharedRef<SWidget>> GetChildren() const override;
 
 protected:
-	QWidget* CreateQWidget() override;
-	// Puts the child into the Qt widget, replacing the former one.
+	FNativeWidget* CreateNativeWidget() override;
+	// Puts the child into the native widget, replacing the former one.
 	void AttachChild();
 
 	FChildSlotHandle ChildSlot{{}, this};
 	TSharedPtr<SWidget> AttachedChild;
-	QWidget* ChildHolder = nullptr;
+	FNativeWidget* ChildHolder = nullptr;
 };

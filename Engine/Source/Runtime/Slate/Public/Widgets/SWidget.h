@@ -6,14 +6,13 @@
 #include "Misc/Attribute.h"
 #include "Types/SlateEnums.h"
 
-// Qt declares members named like the engine's assertion macros; they must not see them.
-#pragma push_macro("check")
-#undef check
-#include <QPointer>
-#pragma pop_macro("check")
+#include <memory>
 
-class QWidget;
 class SWidget;
+// The object of the drawing backend that shows a widget on screen. Its type is known only to Slate's own code
+// and to the backend header that the editor side uses; everyone else holds it as an opaque handle.
+class FNativeWidget;
+struct FNativeWidgetGuard;
 
 struct FGeometry
 {
@@ -144,8 +143,8 @@ public:                                                                         
 		return *this;                                                                                                  \
 	}
 
-// The base of every widget. A widget makes its Qt widget when it is first shown; the Slate tree owns the Qt
-// widgets, and a Qt widget that its parent already deleted is simply gone (guarded pointer), never deleted twice.
+// The base of every widget. A widget makes its native widget when it is first shown; the Slate tree owns the
+// native widgets, and one that its parent already deleted is simply gone (guarded pointer), never deleted twice.
 class SWidget : public TSharedFromThis<SWidget>
 {
 public:
@@ -154,12 +153,14 @@ public:
 	SWidget(const SWidget&) = delete;
 	SWidget& operator=(const SWidget&) = delete;
 
-	// The Qt widget that draws this widget, made on first use.
-	QWidget* GetQWidget();
-	bool HasQWidget() const { return !QtWidget.isNull(); }
+	// The native widget that draws this widget, made on first use.
+	FNativeWidget* GetNativeWidget();
+	// The native widget if it has been made and still exists, else null; never makes one.
+	FNativeWidget* GetNativeWidgetIfMade() const;
+	bool HasNativeWidget() const { return GetNativeWidgetIfMade() != nullptr; }
 
 	virtual void Tick(const FGeometry& AllottedGeometry, const double InCurrentTime, const float InDeltaTime) {}
-	// Asks the bound attributes again and brings the Qt widget up to date.
+	// Asks the bound attributes again and brings the native widget up to date.
 	virtual void RefreshAttributes();
 	// Children in the Slate tree, for walks such as finding a widget by its text key.
 	virtual TArray<TSharedRef<SWidget>> GetChildren() const { return {}; }
@@ -171,7 +172,7 @@ public:
 	EVisibility GetVisibility() const { return VisibilityAttribute.Get(EVisibility::Visible); }
 	bool IsEnabled() const { return EnabledAttribute.Get(true); }
 
-	// The key of the localisable text the widget shows; also the Qt object name.
+	// The key of the localisable text the widget shows; also the native widget's name.
 	const FString& GetTextKey() const { return TextKey; }
 	const FString& GetTypeName() const { return TypeName; }
 
@@ -188,11 +189,13 @@ public:
 	virtual bool WantsTick() const { return false; }
 
 protected:
-	virtual QWidget* CreateQWidget() = 0;
+	virtual FNativeWidget* CreateNativeWidget() = 0;
+	// Kept while the native widget is being made, so that a refresh during its making already reaches it.
+	void SetNativeWidget(FNativeWidget* Widget);
 	void SetTextKey(const FText& Text);
 	void ApplyVisibilityAndEnabled();
 
-	QPointer<QWidget> QtWidget;
+	std::unique_ptr<FNativeWidgetGuard> Native;
 	TAttribute<bool> EnabledAttribute = true;
 	TAttribute<EVisibility> VisibilityAttribute = EVisibility::Visible;
 	TAttribute<FText> ToolTip;

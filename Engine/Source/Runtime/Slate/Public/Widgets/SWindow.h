@@ -31,11 +31,11 @@ public:
 	// Asks the window to go; a modal loop that shows it returns.
 	void RequestDestroyWindow();
 	bool IsDestroyRequested() const { return bDestroyRequested; }
-	// The Qt window's handle, for dialogs that want a native parent.
+	// The native window's handle, for dialogs that want a native parent.
 	void* GetNativeWindowHandle();
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	TAttribute<FText> Title;

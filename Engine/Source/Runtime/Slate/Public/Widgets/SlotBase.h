@@ -2,8 +2,6 @@
 
 #include "Widgets/SWidget.h"
 
-class QWidget;
-
 // What every slot carries: its child, padding and alignment inside the space the panel gives it.
 template <typename SlotType>
 struct TSlotBase
@@ -68,16 +66,4 @@ TArray<TSharedRef<SWidget>> WidgetsOfSlots(const TArray<SlotType>& Slots)
 		}
 	}
 	return Children;
-}
-
-class QLayout;
-
-namespace SlateQt
-{
-	// Takes every item out of the layout; the slot holders go once the current event has returned.
-	void ClearLayout(QLayout* Layout);
-	// A Qt widget that holds Child with the slot's padding and alignment.
-	QWidget* MakeSlotHolder(SWidget& Child, const FMargin& Padding, EHorizontalAlignment HAlign, EVerticalAlignment VAlign);
-	QString ToQString(const FString& Text);
-	FString FromQString(const QString& Text);
 }

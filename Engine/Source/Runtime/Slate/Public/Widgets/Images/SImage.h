@@ -17,7 +17,7 @@ public:
 	void RefreshAttributes() override;
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	TAttribute<const FSlateBrush*> Image;

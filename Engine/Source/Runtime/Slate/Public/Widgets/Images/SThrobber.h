@@ -23,7 +23,7 @@ public:
 	double GetPhase() const { return Phase; }
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	int32 NumPieces = 6;

@@ -23,7 +23,7 @@ public:
 	void RefreshAttributes() override;
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	TAttribute<FText> Text;

@@ -21,11 +21,11 @@ public:
 	void RefreshAttributes() override;
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	TAttribute<ECheckBoxState> IsCheckedAttribute;
 	ECheckBoxState OwnState = ECheckBoxState::Unchecked;
 	FOnCheckStateChanged OnCheckStateChanged;
-	bool bUpdatingQt = false;
+	bool bUpdatingNative = false;
 };

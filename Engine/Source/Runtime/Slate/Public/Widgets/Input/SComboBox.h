@@ -12,7 +12,7 @@ public:
 	virtual FString GetOptionText(int32 Index) = 0;
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 	virtual void OnChosen(int32 Index) = 0;
 };
 

@@ -18,8 +18,8 @@ public:
 	bool IsPassword() const { return bIsPassword; }
 
 protected:
-	QWidget* CreateLineEdit(bool bFrame);
-	QWidget* CreatePlainTextEdit();
+	FNativeWidget* CreateLineEdit(bool bFrame);
+	FNativeWidget* CreatePlainTextEdit();
 	void ShowText(const FString& NewText);
 
 	TAttribute<FText> Text;
@@ -27,7 +27,7 @@ protected:
 	bool bIsPassword = false;
 	bool bMultiLine = false;
 	bool bAutoWrap = false;
-	bool bUpdatingQt = false;
+	bool bUpdatingNative = false;
 	FString Shown;
 };
 
@@ -42,5 +42,5 @@ public:
 	void Construct(const FArguments& InArgs);
 
 protected:
-	QWidget* CreateQWidget() override { return CreateLineEdit(false); }
+	FNativeWidget* CreateNativeWidget() override { return CreateLineEdit(false); }
 };

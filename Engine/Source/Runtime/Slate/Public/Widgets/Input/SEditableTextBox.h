@@ -6,5 +6,5 @@
 class SEditableTextBox : public SEditableText
 {
 protected:
-	QWidget* CreateQWidget() override { return CreateLineEdit(true); }
+	FNativeWidget* CreateNativeWidget() override { return CreateLineEdit(true); }
 };

@@ -24,7 +24,7 @@ public:
 	FString GetDisplayText() const override { return Text.Get().ToString(); }
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	TAttribute<FText> Text;

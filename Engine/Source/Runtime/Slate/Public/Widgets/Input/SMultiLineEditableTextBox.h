@@ -14,5 +14,5 @@ public:
 	bool IsAutoWrap() const { return bAutoWrap; }
 
 protected:
-	QWidget* CreateQWidget() override { return CreatePlainTextEdit(); }
+	FNativeWidget* CreateNativeWidget() override { return CreatePlainTextEdit(); }
 };

@@ -19,7 +19,7 @@ public:
 	const FSlateBrush* GetBorderImage() const { return BorderImage; }
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	const FSlateBrush* BorderImage = nullptr;

@@ -20,7 +20,7 @@ public:
 	float GetHeightOverride() const { return HeightOverride; }
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	float WidthOverride = 0.0f;

@@ -35,7 +35,7 @@ public:
 	const TArray<FSlot>& GetSlots() const { return Slots; }
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	TArray<FSlot> Slots;

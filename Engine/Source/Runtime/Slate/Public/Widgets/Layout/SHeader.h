@@ -12,5 +12,5 @@ public:
 	void Construct(const FArguments& InArgs);
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 };

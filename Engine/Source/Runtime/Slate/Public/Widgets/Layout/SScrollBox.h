@@ -2,8 +2,6 @@
 
 #include "Widgets/SlotBase.h"
 
-class QVBoxLayout;
-
 // A column of children that scrolls; children can be replaced at run time.
 class SScrollBox : public SWidget
 {
@@ -25,11 +23,10 @@ public:
 	void RefreshAttributes() override;
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	void AttachPendingSlots();
 	TArray<FSlot> Slots;
 	int32 AttachedSlots = 0;
-	QVBoxLayout* Layout = nullptr;
 };

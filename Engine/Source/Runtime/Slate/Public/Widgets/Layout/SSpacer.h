@@ -10,5 +10,5 @@ public:
 	void Construct(const FArguments&) {}
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 };

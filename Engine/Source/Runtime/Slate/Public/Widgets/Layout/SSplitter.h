@@ -29,7 +29,7 @@ public:
 	EOrientation GetOrientation() const { return Orientation; }
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	TArray<FSlot> Slots;

@@ -3,8 +3,6 @@
 #include "Styling/SlateBrush.h"
 #include "Widgets/SWidget.h"
 
-class QLabel;
-
 class STextBlock : public SWidget
 {
 public:
@@ -27,7 +25,7 @@ public:
 	void RefreshAttributes() override;
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	TAttribute<FText> Text;

@@ -27,13 +27,13 @@ public:
 	SLATE_SUPPORTS_SLOT(FColumn)
 	SLATE_END_ARGS()
 
-	void Construct(const FArguments& InArgs) { Columns = InArgs.Slots; }
+	void Construct(const FArguments& InArgs);
 	const TArray<FColumn>& GetColumns() const { return Columns; }
 	FString GetDisplayText() const override;
 	TArray<TSharedRef<SWidget>> GetChildren() const override;
 
 protected:
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 
 private:
 	TArray<FColumn> Columns;

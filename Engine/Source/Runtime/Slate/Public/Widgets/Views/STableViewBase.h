@@ -6,15 +6,13 @@
 
 #include <unordered_map>
 
-class FTableModelQt;
-class FTableListViewQt;
-
-// The part of a list that does not depend on the item type: the Qt view over a virtual model. Rows are made
-// by the row generator only when Qt asks for a row on screen, so that a list of a million items costs a
+// The part of a list that does not depend on the item type: a native view over a virtual model. Rows are made
+// by the row generator only when the view asks for a row on screen, so that a list of a million items costs a
 // million items and not a million widgets.
 class STableViewBase : public SWidget
 {
 public:
+	STableViewBase();
 	~STableViewBase() override;
 
 	// The items array has changed; the list shows its new state at the next frame.
@@ -43,7 +41,7 @@ protected:
 	virtual int32 SelectedIndex() const = 0;
 	virtual void SelectIndexFromUser(int32 Index) = 0;
 
-	QWidget* CreateQWidget() override;
+	FNativeWidget* CreateNativeWidget() override;
 	void ApplyRefresh();
 	void ScrollToIndex(int32 Index);
 	void MirrorSelection();
@@ -59,10 +57,7 @@ protected:
 	int32 PendingScrollIndex = INDEX_NONE;
 	std::unordered_map<int32, FString> RowTextCache;
 
-	// Guarded: the Qt widgets may be deleted with their parent before this widget goes.
-	QPointer<FTableModelQt> Model;
-	QPointer<FTableListViewQt> View;
-
-	friend class FTableModelQt;
-	friend class FTableListViewQt;
+	// The native view and its model, guarded: they may be deleted with their parent before this widget goes.
+	struct FNativeParts;
+	std::unique_ptr<FNativeParts> Parts;
 };
