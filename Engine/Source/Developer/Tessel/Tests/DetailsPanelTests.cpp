@@ -463,7 +463,7 @@ TEST(DetailsPanelTests, TheWorkshopLinkLeadsToTheItemAndKeepsItsPlaceAfterAReset
 TEST(DetailsPanelTests, VisibilityOutsideTheOptionsIsShownAsItStandsUntilAChoice)
 {
 	FPanelFixture Fixture;
-	FOpenTool& Open = Fixture.Show();
+	Fixture.Show();
 	Fixture.Tool().SelectedMod->Visibility = TEXT("Unlisted");
 	TickFrames();
 	TSharedPtr<SComboBoxBase> Combo = Fixture.Right<SComboBoxBase>(TEXT("ModVisibilty"));
