@@ -54,13 +54,6 @@ namespace
 		{
 			ActiveJobs.Add(MakeShared<FCookJob>(FModSetup(), TEXT(TESSEL_FAKE_CHILD), TEXT("hang"), FString(), FString(), FString(), 0u, true, false));
 		}
-		~FJobGuard()
-		{
-			for (const TSharedPtr<FCookJob>& Job : ActiveJobs)
-			{
-				Job->Process->Cancel(true);
-			}
-			ActiveJobs.Empty();
-		}
+		~FJobGuard() { CancelAllJobs(); }
 	};
 }
