@@ -75,11 +75,11 @@ namespace
 		return Out;
 	}
 
-	void Print(const char* Name, std::vector<FRun> Table)
+	// The runs come in order of their first unit, as the lookup's binary search needs them.
+	void Print(const char* Name, const std::vector<FRun>& Table)
 	{
 		std::printf("constexpr FCaseRun %s[] = {\n", Name);
-		const std::vector<FRun>& Sorted = Table;
-		for (const FRun& Run : Sorted)
+		for (const FRun& Run : Table)
 		{
 			std::printf("\t{0x%04X, 0x%04X, %u, %d},\n", Run.First, Run.Last, Run.Stride, Run.Delta);
 		}

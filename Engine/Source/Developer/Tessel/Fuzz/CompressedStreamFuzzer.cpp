@@ -17,6 +17,7 @@
 #include "CompressedFileInspection.h"
 #include "Misc/Compression.h"
 #include "Serialization/Archive.h"
+#include "SizelessArchive.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -40,28 +41,6 @@ namespace
 		std::fprintf(stderr, "%s\n", What);
 		std::abort();
 	}
-
-	// An archive over memory that, like a pipe, knows neither its position nor its size and can't seek.
-	class FSizeless : public FArchive
-	{
-	public:
-		FSizeless(TArray<uint8>& Bytes, bool bInLoading) : Inner(Bytes, bInLoading)
-		{
-			bLoading = bInLoading;
-			bSaving = !bInLoading;
-		}
-		void Serialize(void* Data, int64 Num) override
-		{
-			Inner.Serialize(Data, Num);
-			if (Inner.IsError())
-			{
-				SetError();
-			}
-		}
-
-	private:
-		FMemoryArchive Inner;
-	};
 
 	bool AllZero(const TArray<uint8>& Bytes)
 	{
@@ -162,7 +141,7 @@ namespace
 		}
 		TArray<uint8> Unseekable;
 		{
-			FSizeless Writer(Unseekable, false);
+			FSizelessArchive Writer(Unseekable, false);
 			Writer.SerializeCompressed(Bytes.GetData(), Length, COMPRESS_ZLIB);
 		}
 		TArray<uint8> FromJob;
@@ -278,7 +257,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size)
 		}
 	}
 
-	FSizeless Sizeless(Input, true);
+	FSizelessArchive Sizeless(Input, true);
 	TArray<uint8> FromSizeless;
 	if (LoadIntoWriter(Sizeless, Length, FromSizeless) != bLoaded || (bLoaded && FromSizeless != Loaded))
 	{

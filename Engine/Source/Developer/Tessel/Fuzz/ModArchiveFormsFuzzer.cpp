@@ -12,6 +12,7 @@
 
 #include "CoreMinimal.h"
 #include "Serialization/Archive.h"
+#include "SizelessArchive.h"
 #include "packaging/ModArchiveForms.h"
 
 #include <cstdio>
@@ -24,24 +25,6 @@ namespace
 		std::fprintf(stderr, "%s: %s\n", Form, What);
 		std::abort();
 	}
-
-	// A loading archive over memory that, like a pipe, knows neither its position nor its size.
-	class FSizelessReader : public FArchive
-	{
-	public:
-		explicit FSizelessReader(TArray<uint8>& Bytes) : Inner(Bytes, true) { bLoading = true; }
-		void Serialize(void* Data, int64 Num) override
-		{
-			Inner.Serialize(Data, Num);
-			if (Inner.IsError())
-			{
-				SetError();
-			}
-		}
-
-	private:
-		FMemoryArchive Inner;
-	};
 
 	bool SameMap(const TMap<FString, FString>& A, const TMap<FString, FString>& B)
 	{
@@ -151,7 +134,7 @@ namespace
 		Value.Serialize(Reader);
 
 		FormType Sizeless;
-		FSizelessReader SizelessReader(Input);
+		FSizelessArchive SizelessReader(Input, true);
 		Sizeless.Serialize(SizelessReader);
 		if (SizelessReader.IsError() != Reader.IsError() || !(Sizeless == Value))
 		{

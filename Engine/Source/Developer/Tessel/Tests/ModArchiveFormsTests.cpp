@@ -1,4 +1,5 @@
 #include "CoreMinimal.h"
+#include "SizelessArchive.h"
 #include "packaging/ModArchiveForms.h"
 
 #include <gtest/gtest.h>
@@ -39,28 +40,6 @@ namespace
 		return Value;
 	}
 
-	// Hands out bytes without telling its size or position, like a pipe would.
-	class FSizelessReader : public FArchive
-	{
-	public:
-		explicit FSizelessReader(const std::vector<uint8>& InBytes) : Inner(Storage, true)
-		{
-			Storage = Array(InBytes);
-			bLoading = true;
-		}
-		void Serialize(void* Data, int64 Num) override
-		{
-			Inner.Serialize(Data, Num);
-			if (Inner.IsError())
-			{
-				SetError();
-			}
-		}
-
-	private:
-		TArray<uint8> Storage;
-		FMemoryArchive Inner;
-	};
 }
 
 TEST(ModArchiveFormsTests, ModFileExampleIsByteExact)
@@ -175,7 +154,8 @@ TEST(ModArchiveFormsTests, HostileLengthsFailWithoutCrashOrHugeAllocation)
 		EXPECT_EQ(Loaded(Input, bOk), FString());
 		EXPECT_FALSE(bOk);
 		// Without a known size the reader must still stop at the real end of the bytes.
-		FSizelessReader Sizeless(Input);
+		TArray<uint8> Bytes = Array(Input);
+		FSizelessArchive Sizeless(Bytes, true);
 		FString Value;
 		SerializeString(Sizeless, Value);
 		EXPECT_TRUE(Sizeless.IsError());

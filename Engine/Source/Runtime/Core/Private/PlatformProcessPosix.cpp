@@ -4,13 +4,9 @@
 #include "Misc/WindowsArguments.h"
 #include "ProcessPosix.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <csignal>
 #include <fcntl.h>
-#include <dirent.h>
 #include <linux/close_range.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>

@@ -70,7 +70,7 @@ namespace
 		return View;
 	}
 
-	// The text of the label, button or box, or the widget's own children's text for anything else.
+	// The text of a label, a text box or a button; empty for any other widget.
 	QString TextOf(QWidget* Widget)
 	{
 		if (QLabel* Label = qobject_cast<QLabel*>(Widget))
