@@ -2,7 +2,9 @@
 
 #include "Misc/CString.h"
 
+#include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <mutex>
 
 namespace
@@ -137,6 +139,9 @@ bool FParse::Value(const TCHAR* Stream, const TCHAR* Match, float& Value)
 	{
 		return false;
 	}
-	Value = std::strtof(Text.ToUtf8().c_str(), nullptr);
+	const double Wide = FCString::Atod(*Text);
+	// Beyond float's range the value is infinite, as the C library reads it; a plain cast would be undefined.
+	Value = std::fabs(Wide) > std::numeric_limits<float>::max() ? std::copysign(std::numeric_limits<float>::infinity(), static_cast<float>(Wide > 0 ? 1 : -1))
+															 : static_cast<float>(Wide);
 	return true;
 }

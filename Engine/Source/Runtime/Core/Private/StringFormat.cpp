@@ -1,10 +1,92 @@
 #include "Containers/UnrealString.h"
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <algorithm>
+#include <cmath>
+#include <string_view>
 
 StringFormat::FArg::FArg(const FString& Value) : Kind(Text), String(*Value) {}
+
+namespace
+{
+	// One real number by a directive such as "%-+08.3" and its conversion (f, e, g or their capitals), as the C
+	// library would print it in the "C" locale, but the same on every system and whatever the user's locale.
+	std::u16string FormatReal(const std::string& Directive, TCHAR Conversion, double Value)
+	{
+		bool bLeft = false;
+		bool bPlus = false;
+		bool bSpace = false;
+		bool bZero = false;
+		size_t Pos = 1;
+		for (; Pos < Directive.size() && std::string_view("-+ #0").find(Directive[Pos]) != std::string_view::npos; ++Pos)
+		{
+			bLeft = bLeft || Directive[Pos] == '-';
+			bPlus = bPlus || Directive[Pos] == '+';
+			bSpace = bSpace || Directive[Pos] == ' ';
+			bZero = bZero || Directive[Pos] == '0';
+		}
+		int Width = 0;
+		for (; Pos < Directive.size() && Directive[Pos] >= '0' && Directive[Pos] <= '9'; ++Pos)
+		{
+			Width = std::min(Width * 10 + (Directive[Pos] - '0'), 4096);
+		}
+		int Precision = 6;
+		if (Pos < Directive.size() && Directive[Pos] == '.')
+		{
+			Precision = std::atoi(Directive.c_str() + Pos + 1);
+		}
+		Precision = std::clamp(Precision, 0, 1000);
+		const char Lower = static_cast<char>(Conversion | 0x20);
+		const std::chars_format Format = Lower == 'f'   ? std::chars_format::fixed
+										 : Lower == 'e' ? std::chars_format::scientific
+														: std::chars_format::general;
+		if (Lower == 'g' && Precision == 0)
+		{
+			Precision = 1;
+		}
+		std::string Digits(1400, '\0');
+		const std::to_chars_result Result =
+			std::to_chars(Digits.data(), Digits.data() + Digits.size(), std::fabs(Value), Format, Precision);
+		Digits.resize(static_cast<size_t>(Result.ptr - Digits.data()));
+		if (Lower == 'e' || Lower == 'g')
+		{
+			// The C library writes at least two exponent digits.
+			const size_t E = Digits.find('e');
+			if (E != std::string::npos && Digits.size() - E == 3)
+			{
+				Digits.insert(E + 2, 1, '0');
+			}
+		}
+		const bool bFinite = std::isfinite(Value);
+		if (Conversion != Lower)
+		{
+			for (char& Char : Digits)
+			{
+				Char = static_cast<char>(std::toupper(static_cast<unsigned char>(Char)));
+			}
+		}
+		const std::string Sign = std::signbit(Value) ? "-" : bPlus ? "+" : bSpace ? " " : "";
+		const size_t Length = Sign.size() + Digits.size();
+		const size_t Pad = Width > 0 && static_cast<size_t>(Width) > Length ? static_cast<size_t>(Width) - Length : 0;
+		std::string Text;
+		if (bLeft)
+		{
+			Text = Sign + Digits + std::string(Pad, ' ');
+		}
+		else if (bZero && bFinite)
+		{
+			Text = Sign + std::string(Pad, '0') + Digits;
+		}
+		else
+		{
+			Text = std::string(Pad, ' ') + Sign + Digits;
+		}
+		return std::u16string(Text.begin(), Text.end());
+	}
+}
 
 FString StringFormat::Format(const TCHAR* Fmt, const FArg* Args, int32 NumArgs)
 {
@@ -139,13 +221,7 @@ FString StringFormat::Format(const TCHAR* Fmt, const FArg* Args, int32 NumArgs)
 		{
 			const FArg* Arg = TakeArg();
 			const double Value = Arg->Kind == FArg::Float ? Arg->Real : static_cast<double>(Arg->Int);
-			Directive += static_cast<char>(Conversion);
-			// Numbers in files must not follow the user's locale: the decimal point is always ".".
-			static const locale_t CLocale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(0));
-			const locale_t Previous = uselocale(CLocale);
-			std::snprintf(Buffer, sizeof(Buffer), Directive.c_str(), Value);
-			uselocale(Previous);
-			Out += StringConv::Utf8ToUtf16(Buffer);
+			Out += FormatReal(Directive, Conversion, Value);
 			break;
 		}
 		case u'c':

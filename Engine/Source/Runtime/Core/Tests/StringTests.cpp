@@ -1,7 +1,13 @@
 #include "CoreMinimal.h"
 
+#include "Misc/CString.h"
+
 #include <gtest/gtest.h>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
 #include <cwctype>
+#include <limits>
 #include <locale.h>
 #include <random>
 
@@ -35,6 +41,107 @@ TEST(StringTests, PrintfConversions)
 	ExpectUnits(FString::Printf(TEXT("[%5s][%-3s]"), TEXT("ab"), TEXT("c")), u"[   ab][c  ]");
 	ExpectUnits(FString::Printf(TEXT("no conversions")), u"no conversions");
 }
+
+// Real numbers print the same on every system; these texts are the C library's in the "C" locale.
+TEST(StringTests, RealNumbersPrintTheSameTextOnEverySystem)
+{
+	const double Inf = std::numeric_limits<double>::infinity();
+	ExpectUnits(FString::Printf(TEXT("%f|%.0f|%.1f|%.3f"), 2.5, 2.5, 0.05, -1234.56789), u"2.500000|2|0.1|-1234.568");
+	ExpectUnits(FString::Printf(TEXT("%e|%.2E|%.0e"), 123456.0, -0.000123, 5e-300), u"1.234560e+05|-1.23E-04|5e-300");
+	ExpectUnits(FString::Printf(TEXT("%g|%g|%g|%.3g|%.0g|%G"), 100000.0, 1000000.0, 0.0001, 3.14159, 0.5, 1e-5),
+				u"100000|1e+06|0.0001|3.14|0.5|1E-05");
+	ExpectUnits(FString::Printf(TEXT("[%8.2f][%-8.2f][%08.2f][%+.1f][% .1f]"), 3.14159, 3.14159, -3.14159, 2.0, 2.0),
+				u"[    3.14][3.14    ][-0003.14][+2.0][ 2.0]");
+	ExpectUnits(FString::Printf(TEXT("%f|%F|%06f|%g"), Inf, -Inf, Inf, -0.0), u"inf|-INF|   inf|-0");
+	ExpectUnits(FString::Printf(TEXT("%.17g|%.17g"), 1e300 * 10, 2.2250738585072014e-308), u"1.0000000000000001e+301|2.2250738585072014e-308");
+}
+
+#ifndef _WIN32
+// Where the C library is glibc it is the reference: every directive gives its text for thousands of doubles.
+TEST(StringTests, RealNumbersPrintAsTheCLibraryDoesForRandomValues)
+{
+	std::mt19937_64 Random(20261123);
+	const char* Directives[] = {"%f", "%.0f", "%.3f", "%12.4f", "%-12.1f|", "%012.2f", "%+f", "% f", "%e", "%.0e", "%+.10E",
+								"%g", "%.0g", "%.1g", "%.17g", "%G", "%15.6g", "%-9g|"};
+	for (int Round = 0; Round < 4000; ++Round)
+	{
+		uint64 Bits = Random();
+		double Value = 0.0;
+		if (Round % 3 == 0)
+		{
+			// Values of every magnitude and kind, denormals, infinities and NaNs among them.
+			std::memcpy(&Value, &Bits, sizeof(Value));
+		}
+		else
+		{
+			// Values of everyday size, where rounding of the shown digits matters most.
+			Value = std::ldexp(static_cast<double>(Bits >> 11), -static_cast<int>(Bits % 80));
+			Value = (Bits & 1) ? -Value : Value;
+		}
+		for (const char* Directive : Directives)
+		{
+			char Expected[2048];
+			std::snprintf(Expected, sizeof(Expected), Directive, Value);
+			const FString Wide = FString::FromUtf8(Directive);
+			EXPECT_EQ(FString::Printf(*Wide, Value).ToUtf8(), std::string(Expected)) << Directive << " of " << Value;
+		}
+		if (HasFailure())
+		{
+			break;
+		}
+	}
+}
+#endif
+
+TEST(StringTests, DecimalNumbersReadTheSameOnEverySystem)
+{
+	EXPECT_EQ(FCString::Atod(TEXT("  +1.5x")), 1.5);
+	EXPECT_EQ(FCString::Atod(TEXT("-.25")), -0.25);
+	EXPECT_EQ(FCString::Atod(TEXT("5.")), 5.0);
+	EXPECT_EQ(FCString::Atod(TEXT("0.1")), 0.1);
+	EXPECT_EQ(FCString::Atod(TEXT("2.2250738585072011e-308")), 2.2250738585072011e-308);
+	EXPECT_EQ(FCString::Atod(TEXT("4.9e-324")), 4.9e-324);
+	// An exponent without digits is not part of the number.
+	EXPECT_EQ(FCString::Atod(TEXT("7e")), 7.0);
+	EXPECT_EQ(FCString::Atod(TEXT("7e+x")), 7.0);
+	EXPECT_EQ(FCString::Atod(TEXT("1,5")), 1.0);
+	EXPECT_EQ(FCString::Atod(TEXT("abc")), 0.0);
+	EXPECT_EQ(FCString::Atod(TEXT("-")), 0.0);
+	EXPECT_EQ(FCString::Atod(nullptr), 0.0);
+	// Out of range: infinity when too large, zero (with its sign) when too small, however it is written.
+	EXPECT_EQ(FCString::Atod(TEXT("1e400")), std::numeric_limits<double>::infinity());
+	EXPECT_EQ(FCString::Atod(TEXT("-123456789e301")), -std::numeric_limits<double>::infinity());
+	EXPECT_EQ(FCString::Atod(TEXT("0.000000001e-320")), 0.0);
+	EXPECT_TRUE(std::signbit(FCString::Atod(TEXT("-1e-999"))));
+	EXPECT_EQ(FCString::Atod(TEXT("0.0000000000000000000000000000000000000001e330")), 1e290);
+	EXPECT_EQ(FCString::Atod(TEXT("0e99999999999")), 0.0);
+}
+
+#ifndef _WIN32
+// glibc's strtod in the "C" locale is the reference for random decimal texts.
+TEST(StringTests, DecimalNumbersReadAsTheCLibraryDoesForRandomTexts)
+{
+	std::mt19937 Random(1123);
+	const char Alphabet[] = "0123456789.eE+- x";
+	for (int Round = 0; Round < 20000; ++Round)
+	{
+		std::string Text;
+		const int Length = 1 + static_cast<int>(Random() % 24);
+		for (int Index = 0; Index < Length; ++Index)
+		{
+			// Mostly digits, so that many texts are numbers.
+			Text += Random() % 3 ? static_cast<char>('0' + Random() % 10) : Alphabet[Random() % (sizeof(Alphabet) - 1)];
+		}
+		const double Expected = std::strtod(Text.c_str(), nullptr);
+		const double Actual = FCString::Atod(*FString::FromUtf8(Text));
+		if (Text.find_first_of("xX") != std::string::npos || Text.find("nan") != std::string::npos)
+		{
+			continue; // hex and named forms are the C library's alone
+		}
+		ASSERT_EQ(std::memcmp(&Expected, &Actual, sizeof(double)), 0) << Text << ": " << Expected << " vs " << Actual;
+	}
+}
+#endif
 
 TEST(StringTests, PrintfPercentDOfWideNumberShowsLowHalfAsSigned)
 {

@@ -1,11 +1,10 @@
 #include "json/JsonReader.h"
 
+#include "Misc/CString.h"
 #include "Serialization/Archive.h"
 
 #include <algorithm>
-#include <clocale>
 #include <cstdlib>
-#include <locale.h>
 
 namespace
 {
@@ -565,10 +564,8 @@ bool JsonReader::ParseNumberToken(TCHAR FirstChar)
 		SetErrorMessage(TEXT("Poorly formed Json Number Token."));
 		return false;
 	}
-	// Converted in the C locale, so that the decimal point is "." whatever the user's settings; numbers out
-	// of range become infinity or zero as the C library gives them.
-	static const locale_t CLocale = newlocale(LC_NUMERIC_MASK, "C", static_cast<locale_t>(0));
-	NumberValue = strtod_l(Text.c_str(), nullptr, CLocale);
+	// The decimal point is "." whatever the user's settings; numbers out of range become infinity or zero.
+	NumberValue = FCString::Atod(*FString::FromUtf8(Text));
 	return true;
 }
 

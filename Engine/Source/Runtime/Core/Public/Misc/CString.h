@@ -10,4 +10,8 @@ struct CORE_API FCString
 	static int64 Atoi64(const TCHAR* Text);
 	// The same number's low 32 bits, as _wtoi gives them.
 	static int32 Atoi(const TCHAR* Text) { return static_cast<int32>(Atoi64(Text)); }
+	// Leading blanks, an optional sign, then the longest decimal number (digits, a point, an exponent); 0 when
+	// none follows. The point is always ".", whatever the user's locale, and the result is the same on every
+	// system: the nearest double, infinity when too large, zero when too small. No "inf", "nan" or hex forms.
+	static double Atod(const TCHAR* Text);
 };
