@@ -2,32 +2,22 @@
 
 FCompressionWorkers& FCompressionWorkers::Get()
 {
-	static FCompressionWorkers Workers;
-	return Workers;
+	// Never destroyed: a destructor would have to wait for the threads while the process ends, and where the
+	// library unloads under the system's loader lock (Windows) the threads can never answer, so the exit hangs.
+	// Idle threads that wait on the queue are simply ended with the process.
+	static FCompressionWorkers* Workers = new FCompressionWorkers();
+	return *Workers;
 }
 
 FCompressionWorkers::FCompressionWorkers()
 {
 	const unsigned Cores = std::thread::hardware_concurrency();
 	const unsigned Count = Cores == 0 ? 2 : Cores;
-	Threads.reserve(Count);
 	for (unsigned Index = 0; Index < Count; ++Index)
 	{
-		Threads.emplace_back([this] { WorkerLoop(); });
+		std::thread(&FCompressionWorkers::WorkerLoop, this).detach();
 	}
-}
-
-FCompressionWorkers::~FCompressionWorkers()
-{
-	{
-		std::lock_guard<std::mutex> Lock(Mutex);
-		bStopping = true;
-	}
-	Wake.notify_all();
-	for (std::thread& Thread : Threads)
-	{
-		Thread.join();
-	}
+	ThreadCount = static_cast<int32>(Count);
 }
 
 void FCompressionWorkers::Submit(const FTask& Task)
@@ -67,11 +57,7 @@ void FCompressionWorkers::WorkerLoop()
 		FTask Task;
 		{
 			std::unique_lock<std::mutex> Lock(Mutex);
-			Wake.wait(Lock, [this] { return bStopping || !Queue.empty(); });
-			if (Queue.empty())
-			{
-				return;
-			}
+			Wake.wait(Lock, [this] { return !Queue.empty(); });
 			Task = Queue.front();
 			Queue.pop_front();
 		}

@@ -6,9 +6,8 @@
 #include <deque>
 #include <mutex>
 #include <thread>
-#include <vector>
 
-// A fixed set of threads, one per core, started on first use and kept for the life of the process, so that
+// A fixed set of threads, one per core, started on first use and kept for the life of the process (never joined), so that
 // compressing many small files doesn't pay for starting threads each time. Tasks carry the address of the
 // job they belong to, so that a thread waiting on its own job can take that job's queued work itself.
 class FCompressionWorkers
@@ -22,9 +21,8 @@ public:
 	};
 
 	static FCompressionWorkers& Get();
-	~FCompressionWorkers();
 
-	int32 Num() const { return static_cast<int32>(Threads.size()); }
+	int32 Num() const { return ThreadCount; }
 	void Submit(const FTask& Task);
 	// Runs on the calling thread one queued task of Owner that no worker has taken yet; false when none is left.
 	bool RunOneOf(const void* Owner);
@@ -36,6 +34,5 @@ private:
 	std::mutex Mutex;
 	std::condition_variable Wake;
 	std::deque<FTask> Queue;
-	std::vector<std::thread> Threads;
-	bool bStopping = false;
+	int32 ThreadCount = 0;
 };
