@@ -1,28 +1,26 @@
-#include "FileArchivePosix.h"
+#include "FileArchive.h"
 
-#include "PosixFileSystem.h"
-
-#include <cerrno>
+#include <algorithm>
 #include <cstring>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace
 {
 	constexpr size_t BufferSize = 64 * 1024;
 }
 
-FArchiveFileReaderPosix::FArchiveFileReaderPosix(int InFd, int64 InSize) : Fd(InFd), Size(InSize)
+using namespace FileSystem;
+
+FArchiveFileReader::FArchiveFileReader(FNativeFile InFile, int64 InSize) : File(InFile), Size(InSize)
 {
 	bLoading = true;
 }
 
-FArchiveFileReaderPosix::~FArchiveFileReaderPosix()
+FArchiveFileReader::~FArchiveFileReader()
 {
 	Close();
 }
 
-void FArchiveFileReaderPosix::Serialize(void* Data, int64 Num)
+void FArchiveFileReader::Serialize(void* Data, int64 Num)
 {
 	uint8* Out = static_cast<uint8*>(Data);
 	while (Num > 0)
@@ -37,7 +35,7 @@ void FArchiveFileReaderPosix::Serialize(void* Data, int64 Num)
 			Position += Take;
 			continue;
 		}
-		if (Fd < 0 || Position >= Size)
+		if (File == InvalidFile || Position >= Size)
 		{
 			// Reading past the end is an error; the caller gets zeros rather than stale memory.
 			std::memset(Out, 0, static_cast<size_t>(Num));
@@ -45,7 +43,7 @@ void FArchiveFileReaderPosix::Serialize(void* Data, int64 Num)
 			return;
 		}
 		Buffer.resize(BufferSize);
-		const ssize_t Got = pread(Fd, Buffer.data(), BufferSize, Position);
+		const int64 Got = ReadAt(File, Buffer.data(), static_cast<int64>(BufferSize), Position);
 		if (Got <= 0)
 		{
 			Buffer.clear();
@@ -58,28 +56,28 @@ void FArchiveFileReaderPosix::Serialize(void* Data, int64 Num)
 	}
 }
 
-void FArchiveFileReaderPosix::Seek(int64 InPosition)
+void FArchiveFileReader::Seek(int64 InPosition)
 {
 	Position = InPosition < 0 ? 0 : InPosition;
 }
 
-bool FArchiveFileReaderPosix::Close()
+bool FArchiveFileReader::Close()
 {
-	if (Fd >= 0)
+	if (File != InvalidFile)
 	{
-		close(Fd);
-		Fd = -1;
+		CloseFile(File);
+		File = InvalidFile;
 	}
 	return !IsError();
 }
 
-FArchiveFileWriterPosix::FArchiveFileWriterPosix(int InFd, EMode InMode, std::string InTemporary, std::string InTarget)
-	: Fd(InFd), Mode(InMode), Temporary(std::move(InTemporary)), Target(std::move(InTarget))
+FArchiveFileWriter::FArchiveFileWriter(FNativeFile InFile, EMode InMode, FNativePath InTemporary, FNativePath InTarget)
+	: File(InFile), Mode(InMode), Temporary(std::move(InTemporary)), Target(std::move(InTarget))
 {
 	bSaving = true;
 	if (Mode == EMode::Append)
 	{
-		Position = lseek(Fd, 0, SEEK_END);
+		Position = std::max<int64>(SizeOf(File), 0);
 	}
 	if (Mode != EMode::InPlace)
 	{
@@ -87,7 +85,7 @@ FArchiveFileWriterPosix::FArchiveFileWriterPosix(int InFd, EMode InMode, std::st
 	}
 }
 
-FArchiveFileWriterPosix::~FArchiveFileWriterPosix()
+FArchiveFileWriter::~FArchiveFileWriter()
 {
 	// Callers in the engine's style end a file by deleting its archive, often without calling Close: what was
 	// written is committed here, so that such a file still lands whole under its name. A writer that met an
@@ -95,12 +93,12 @@ FArchiveFileWriterPosix::~FArchiveFileWriterPosix()
 	Close();
 }
 
-bool FArchiveFileWriterPosix::WriteAll(const uint8* Data, int64 Num)
+bool FArchiveFileWriter::WriteAll(const uint8* Data, int64 Num)
 {
 	int64 Offset = Position - static_cast<int64>(Buffer.size());
 	while (Num > 0)
 	{
-		const ssize_t Put = pwrite(Fd, Data, static_cast<size_t>(Num), Offset);
+		const int64 Put = WriteAt(File, Data, Num, Offset);
 		if (Put <= 0)
 		{
 			SetError();
@@ -113,9 +111,9 @@ bool FArchiveFileWriterPosix::WriteAll(const uint8* Data, int64 Num)
 	return true;
 }
 
-void FArchiveFileWriterPosix::Serialize(void* Data, int64 Num)
+void FArchiveFileWriter::Serialize(void* Data, int64 Num)
 {
-	if (Fd < 0 || Num <= 0)
+	if (File == InvalidFile || Num <= 0)
 	{
 		if (Num > 0)
 		{
@@ -146,7 +144,7 @@ void FArchiveFileWriterPosix::Serialize(void* Data, int64 Num)
 			int64 Offset = Start;
 			while (Num > 0 && !IsError())
 			{
-				const ssize_t Put = pwrite(Fd, In, static_cast<size_t>(Num), Offset);
+				const int64 Put = WriteAt(File, In, Num, Offset);
 				if (Put <= 0)
 				{
 					SetError();
@@ -163,35 +161,35 @@ void FArchiveFileWriterPosix::Serialize(void* Data, int64 Num)
 	Position += Num;
 }
 
-void FArchiveFileWriterPosix::Flush()
+void FArchiveFileWriter::Flush()
 {
-	if (Fd >= 0 && !Buffer.empty())
+	if (File != InvalidFile && !Buffer.empty())
 	{
 		WriteAll(Buffer.data(), static_cast<int64>(Buffer.size()));
 		Buffer.clear();
 	}
 }
 
-int64 FArchiveFileWriterPosix::TotalSize()
+int64 FArchiveFileWriter::TotalSize()
 {
 	if (Mode == EMode::InPlace)
 	{
 		return static_cast<int64>(Image.size());
 	}
 	Flush();
-	const off_t End = Fd >= 0 ? lseek(Fd, 0, SEEK_END) : 0;
+	const int64 End = File != InvalidFile ? SizeOf(File) : 0;
 	return std::max<int64>(End, Position);
 }
 
-void FArchiveFileWriterPosix::Seek(int64 InPosition)
+void FArchiveFileWriter::Seek(int64 InPosition)
 {
 	Flush();
 	Position = InPosition < 0 ? 0 : InPosition;
 }
 
-bool FArchiveFileWriterPosix::Close()
+bool FArchiveFileWriter::Close()
 {
-	if (Fd < 0)
+	if (File == InvalidFile)
 	{
 		return !IsError();
 	}
@@ -204,11 +202,11 @@ bool FArchiveFileWriterPosix::Close()
 		return !IsError();
 	}
 	Flush();
-	const int Closing = Fd;
-	Fd = -1;
+	const FNativeFile Closing = File;
+	File = InvalidFile;
 	if (Mode == EMode::Append)
 	{
-		if (close(Closing) != 0)
+		if (!CloseFile(Closing))
 		{
 			SetError();
 		}
@@ -217,37 +215,36 @@ bool FArchiveFileWriterPosix::Close()
 	if (IsError())
 	{
 		// A failed write never replaces the old file.
-		close(Closing);
-		unlink(Temporary.c_str());
+		CloseFile(Closing);
+		DeleteFile(Temporary);
 		return false;
 	}
-	if (!PosixFileSystem::CommitTemporary(Closing, Temporary, Target))
+	if (!CommitTemporary(Closing, Temporary, Target))
 	{
 		SetError();
 	}
 	return !IsError();
 }
 
-bool FArchiveFileWriterPosix::CommitInPlace()
+bool FArchiveFileWriter::CommitInPlace()
 {
-	const int Closing = Fd;
-	Fd = -1;
+	const FNativeFile Closing = File;
+	File = InvalidFile;
 	bool bOk = !IsError();
-	const off_t Size = static_cast<off_t>(Image.size());
+	const int64 Size = static_cast<int64>(Image.size());
 	// Room first: a disk that is full, or a size limit, fails here while the old bytes are all still there.
 	if (bOk && Size > 0)
 	{
-		const int Reserved = posix_fallocate(Closing, 0, Size);
-		bOk = Reserved == 0 || Reserved == EOPNOTSUPP || Reserved == EINVAL;
+		bOk = Reserve(Closing, Size);
 	}
-	for (off_t Offset = 0; bOk && Offset < Size;)
+	for (int64 Offset = 0; bOk && Offset < Size;)
 	{
-		const ssize_t Put = pwrite(Closing, Image.data() + Offset, static_cast<size_t>(Size - Offset), Offset);
+		const int64 Put = WriteAt(Closing, Image.data() + Offset, Size - Offset, Offset);
 		bOk = Put > 0;
 		Offset += Put > 0 ? Put : 0;
 	}
-	bOk = bOk && ftruncate(Closing, Size) == 0 && fdatasync(Closing) == 0;
-	bOk = (close(Closing) == 0) && bOk;
+	bOk = bOk && Truncate(Closing, Size) && SyncData(Closing);
+	bOk = CloseFile(Closing) && bOk;
 	Image = std::vector<uint8>();
 	return bOk;
 }

@@ -1,16 +1,17 @@
 #pragma once
 
+#include "FileSystem.h"
 #include "Serialization/Archive.h"
 
 #include <string>
 #include <vector>
 
 // Buffered reader of one file.
-class FArchiveFileReaderPosix : public FArchive
+class FArchiveFileReader : public FArchive
 {
 public:
-	FArchiveFileReaderPosix(int InFd, int64 InSize);
-	~FArchiveFileReaderPosix() override;
+	FArchiveFileReader(FileSystem::FNativeFile InFile, int64 InSize);
+	~FArchiveFileReader() override;
 
 	void Serialize(void* Data, int64 Num) override;
 	int64 Tell() override { return Position; }
@@ -19,7 +20,7 @@ public:
 	bool Close() override;
 
 private:
-	int Fd;
+	FileSystem::FNativeFile File;
 	int64 Size;
 	int64 Position = 0;
 	std::vector<uint8> Buffer;
@@ -28,7 +29,7 @@ private:
 
 // Buffered writer of one file. It commits when it closes, and closes when it is destroyed, so that a caller
 // that only drops its writer still gets its file.
-class FArchiveFileWriterPosix : public FArchive
+class FArchiveFileWriter : public FArchive
 {
 public:
 	enum class EMode : uint8
@@ -43,9 +44,10 @@ public:
 		// old byte is lost.
 		InPlace,
 	};
-	// Fd is open on the temporary for Replace, on the target otherwise.
-	FArchiveFileWriterPosix(int InFd, EMode InMode, std::string InTemporary, std::string InTarget);
-	~FArchiveFileWriterPosix() override;
+	// InFile is open on the temporary for Replace, on the target otherwise.
+	FArchiveFileWriter(FileSystem::FNativeFile InFile, EMode InMode, FileSystem::FNativePath InTemporary,
+					   FileSystem::FNativePath InTarget);
+	~FArchiveFileWriter() override;
 
 	void Serialize(void* Data, int64 Num) override;
 	int64 Tell() override { return Position; }
@@ -58,10 +60,10 @@ private:
 	bool WriteAll(const uint8* Data, int64 Num);
 	bool CommitInPlace();
 
-	int Fd;
+	FileSystem::FNativeFile File;
 	EMode Mode;
-	std::string Temporary; // only for Replace
-	std::string Target;
+	FileSystem::FNativePath Temporary; // only for Replace
+	FileSystem::FNativePath Target;
 	std::vector<uint8> Image; // the whole file, only for InPlace
 	int64 Position = 0;
 	std::vector<uint8> Buffer;

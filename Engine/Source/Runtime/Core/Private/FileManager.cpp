@@ -1,16 +1,12 @@
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
 
-#include "FileArchivePosix.h"
-#include "PosixFileSystem.h"
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "FileArchive.h"
+#include "FileSystem.h"
 
 namespace
 {
-	using namespace PosixFileSystem;
+	using namespace FileSystem;
 
 	// "*" and "?" wildcards, letter case ignored, as the kit's file systems compare names.
 	bool WildcardMatch(const std::u16string& Name, const std::u16string& Pattern)
@@ -49,75 +45,59 @@ namespace
 		return P == Pattern.size();
 	}
 
-	std::string ParentOf(const std::string& Path)
-	{
-		const size_t Slash = Path.rfind('/');
-		return Slash == std::string::npos || Slash == 0 ? std::string() : Path.substr(0, Slash);
-	}
-
-	class FFileManagerPosix final : public IFileManager
+	class FFileManager final : public IFileManager
 	{
 	public:
 		FArchive* CreateFileReader(const TCHAR* Filename, uint32 /*ReadFlags*/) override
 		{
-			const std::string Path = Native(Filename);
-			const int Fd = open(Path.c_str(), O_RDONLY | O_CLOEXEC);
-			if (Fd < 0)
-			{
-				return nullptr;
-			}
-			struct stat Info;
-			if (fstat(Fd, &Info) != 0 || !S_ISREG(Info.st_mode))
-			{
-				close(Fd);
-				return nullptr;
-			}
-			return new FArchiveFileReaderPosix(Fd, static_cast<int64>(Info.st_size));
+			int64 Size = 0;
+			const FNativeFile File = OpenForRead(Native(Filename), Size);
+			return File == InvalidFile ? nullptr : new FArchiveFileReader(File, Size);
 		}
 
 		FArchive* CreateFileWriter(const TCHAR* Filename, uint32 WriteFlags) override
 		{
-			const std::string Path = Native(Filename);
+			const FNativePath Path = Native(Filename);
 			if (Path.empty() || IsDirectory(Path))
 			{
 				return nullptr;
 			}
-			const bool bExists = access(Path.c_str(), F_OK) == 0;
+			const bool bExists = Exists(Path);
 			if (bExists && (WriteFlags & FILEWRITE_NoReplaceExisting))
 			{
 				return nullptr;
 			}
-			if (bExists && !(WriteFlags & FILEWRITE_EvenIfReadOnly) && access(Path.c_str(), W_OK) != 0)
+			if (bExists && !(WriteFlags & FILEWRITE_EvenIfReadOnly) && !IsWritable(Path))
 			{
 				return nullptr;
 			}
-			const std::string Parent = ParentOf(Path);
+			const FNativePath Parent = ParentOf(Path);
 			if (!Parent.empty())
 			{
 				MakeDirectoryTree(Parent);
 			}
-			using EMode = FArchiveFileWriterPosix::EMode;
+			using EMode = FArchiveFileWriter::EMode;
 			if (WriteFlags & FILEWRITE_Append)
 			{
-				const int Fd = open(Path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
-				return Fd < 0 ? nullptr : new FArchiveFileWriterPosix(Fd, EMode::Append, std::string(), Path);
+				const FNativeFile File = OpenForWrite(Path, true);
+				return File == InvalidFile ? nullptr : new FArchiveFileWriter(File, EMode::Append, FNativePath(), Path);
 			}
 			// Through a link the target is replaced and the link stays a link.
-			const std::string Target = ResolveLinks(Path);
-			const std::string Temp = TemporarySibling(Target);
-			const int Fd = open(Temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-			if (Fd >= 0)
+			const FNativePath Target = ResolveLinks(Path);
+			const FNativePath Temp = TemporarySibling(Target);
+			const FNativeFile File = CreateNewFile(Temp);
+			if (File != InvalidFile)
 			{
-				return new FArchiveFileWriterPosix(Fd, EMode::Replace, Temp, Target);
+				return new FArchiveFileWriter(File, EMode::Replace, Temp, Target);
 			}
 			// A folder that takes no new files may still hold a file we may write: write that one in place
 			// rather than not at all. No truncation here; the old bytes stay until the writer commits.
 			if (bExists && IsFile(Target))
 			{
-				const int Direct = open(Target.c_str(), O_WRONLY | O_CLOEXEC);
-				if (Direct >= 0)
+				const FNativeFile Direct = OpenForWrite(Target, false);
+				if (Direct != InvalidFile)
 				{
-					return new FArchiveFileWriterPosix(Direct, EMode::InPlace, std::string(), Target);
+					return new FArchiveFileWriter(Direct, EMode::InPlace, FNativePath(), Target);
 				}
 			}
 			return nullptr;
@@ -140,7 +120,7 @@ namespace
 			{
 				if ((Entry.bDirectory ? bDirectories : bFiles))
 				{
-					FString Name = FString::FromNative(Entry.Name);
+					FString Name = FromNative(Entry.Name);
 					if (WildcardMatch(Name.GetStd(), Pattern.GetStd()))
 					{
 						FoundFiles.Add(std::move(Name));
@@ -151,8 +131,8 @@ namespace
 
 		uint32 Copy(const TCHAR* Dest, const TCHAR* Src, bool bReplace, bool /*bEvenIfReadOnly*/) override
 		{
-			const std::string To = Native(Dest);
-			if (!bReplace && access(To.c_str(), F_OK) == 0)
+			const FNativePath To = Native(Dest);
+			if (!bReplace && Exists(To))
 			{
 				return COPY_Fail;
 			}
@@ -166,9 +146,8 @@ namespace
 
 		bool Delete(const TCHAR* Filename, bool bRequireExists, bool /*bEvenReadOnly*/, bool /*bQuiet*/) override
 		{
-			const std::string Path = Native(Filename);
-			struct stat Info;
-			if (lstat(Path.c_str(), &Info) != 0)
+			const FNativePath Path = Native(Filename);
+			if (!IsEntry(Path))
 			{
 				return !bRequireExists;
 			}
@@ -177,25 +156,21 @@ namespace
 
 		bool MakeDirectory(const TCHAR* Path, bool bTree) override
 		{
-			const std::string Dir = Native(Path);
-			if (bTree)
-			{
-				return MakeDirectoryTree(Dir);
-			}
-			return mkdir(Dir.c_str(), 0777) == 0 || IsDirectory(Dir);
+			const FNativePath Dir = Native(Path);
+			return bTree ? MakeDirectoryTree(Dir) : FileSystem::MakeDirectory(Dir);
 		}
 
 		bool DeleteDirectory(const TCHAR* Path, bool bRequireExists, bool bTree) override
 		{
-			const std::string Dir = Native(Path);
+			const FNativePath Dir = Native(Path);
 			if (!IsDirectory(Dir))
 			{
 				return !bRequireExists;
 			}
-			return bTree ? DeleteDirectoryTree(Dir) : PosixFileSystem::DeleteDirectory(Dir);
+			return bTree ? DeleteDirectoryTree(Dir) : FileSystem::DeleteDirectory(Dir);
 		}
 
-		int64 FileSize(const TCHAR* Filename) override { return PosixFileSystem::FileSize(Native(Filename)); }
+		int64 FileSize(const TCHAR* Filename) override { return FileSystem::FileSize(Native(Filename)); }
 		bool FileExists(const TCHAR* Filename) override { return IsFile(Native(Filename)); }
 		bool DirectoryExists(const TCHAR* Path) override { return IsDirectory(Native(Path)); }
 	};
@@ -203,6 +178,6 @@ namespace
 
 IFileManager& IFileManager::Get()
 {
-	static FFileManagerPosix Instance;
+	static FFileManager Instance;
 	return Instance;
 }

@@ -31,7 +31,10 @@ namespace FileSystem
 	FNativePath Child(const FNativePath& Dir, const FNativePath& Name);
 	FString WorkingDirectory();
 
-	bool Exists(const FNativePath& Path); // anything, a dangling link included
+	// Something is there to read or write: links are followed.
+	bool Exists(const FNativePath& Path);
+	// Any entry by that name, a link itself included, also one that points nowhere.
+	bool IsEntry(const FNativePath& Path);
 	bool IsFile(const FNativePath& Path);
 	bool IsDirectory(const FNativePath& Path);
 	// True when our permissions let us write the file itself.

@@ -1,4 +1,4 @@
-#include "PosixFileSystem.h"
+#include "FileSystem.h"
 
 #include <atomic>
 #include <cerrno>
@@ -9,31 +9,74 @@
 #include <unistd.h>
 #include <vector>
 
-namespace PosixFileSystem
+namespace FileSystem
 {
-	std::string Native(const TCHAR* Path)
+	FNativePath Native(const TCHAR* Path)
 	{
 		return StringConv::Utf16ToUtf8(Path ? std::u16string_view(Path) : std::u16string_view(), true);
 	}
 
-	std::string Native(const FString& Path)
+	FNativePath Native(const FString& Path)
 	{
 		return Path.ToNative();
 	}
 
-	bool IsFile(const std::string& Path)
+	FString FromNative(const FNativePath& Path)
+	{
+		return FString::FromNative(Path);
+	}
+
+	FNativePath ParentOf(const FNativePath& Path)
+	{
+		const size_t Slash = Path.rfind('/');
+		return Slash == std::string::npos || Slash == 0 ? std::string() : Path.substr(0, Slash);
+	}
+
+	FNativePath Child(const FNativePath& Dir, const FNativePath& Name)
+	{
+		return Dir + "/" + Name;
+	}
+
+	FString WorkingDirectory()
+	{
+		char Buffer[4096];
+		return getcwd(Buffer, sizeof(Buffer)) ? FString::FromNative(Buffer) : FString(TEXT("/"));
+	}
+
+	bool Exists(const FNativePath& Path)
+	{
+		return access(Path.c_str(), F_OK) == 0;
+	}
+
+	bool IsEntry(const FNativePath& Path)
+	{
+		struct stat Info;
+		return lstat(Path.c_str(), &Info) == 0;
+	}
+
+	bool IsWritable(const FNativePath& Path)
+	{
+		return access(Path.c_str(), W_OK) == 0;
+	}
+
+	bool MakeDirectory(const FNativePath& Path)
+	{
+		return mkdir(Path.c_str(), 0777) == 0 || IsDirectory(Path);
+	}
+
+	bool IsFile(const FNativePath& Path)
 	{
 		struct stat Info;
 		return !Path.empty() && stat(Path.c_str(), &Info) == 0 && S_ISREG(Info.st_mode);
 	}
 
-	bool IsDirectory(const std::string& Path)
+	bool IsDirectory(const FNativePath& Path)
 	{
 		struct stat Info;
 		return !Path.empty() && stat(Path.c_str(), &Info) == 0 && S_ISDIR(Info.st_mode);
 	}
 
-	int64 FileSize(const std::string& Path)
+	int64 FileSize(const FNativePath& Path)
 	{
 		struct stat Info;
 		if (Path.empty() || stat(Path.c_str(), &Info) != 0 || !S_ISREG(Info.st_mode))
@@ -43,7 +86,7 @@ namespace PosixFileSystem
 		return static_cast<int64>(Info.st_size);
 	}
 
-	bool MakeDirectoryTree(const std::string& Path)
+	bool MakeDirectoryTree(const FNativePath& Path)
 	{
 		if (Path.empty())
 		{
@@ -73,7 +116,7 @@ namespace PosixFileSystem
 		return IsDirectory(Path);
 	}
 
-	bool DeleteFile(const std::string& Path)
+	bool DeleteFile(const FNativePath& Path)
 	{
 		struct stat Info;
 		if (lstat(Path.c_str(), &Info) != 0 || S_ISDIR(Info.st_mode))
@@ -83,12 +126,12 @@ namespace PosixFileSystem
 		return unlink(Path.c_str()) == 0;
 	}
 
-	bool DeleteDirectory(const std::string& Path)
+	bool DeleteDirectory(const FNativePath& Path)
 	{
 		return rmdir(Path.c_str()) == 0;
 	}
 
-	bool DeleteDirectoryTree(const std::string& Root)
+	bool DeleteDirectoryTree(const FNativePath& Root)
 	{
 		struct stat Info;
 		if (lstat(Root.c_str(), &Info) != 0 || !S_ISDIR(Info.st_mode))
@@ -118,21 +161,21 @@ namespace PosixFileSystem
 			ListDirectory(Dir, Entries);
 			for (const FEntry& Entry : Entries)
 			{
-				const std::string Child = Dir + "/" + Entry.Name;
+				const std::string ChildPath = Dir + "/" + Entry.Name;
 				if (Entry.bDirectory && !Entry.bLink)
 				{
-					Stack.push_back({Child, false});
+					Stack.push_back({ChildPath, false});
 				}
 				else
 				{
-					bAll = (unlink(Child.c_str()) == 0) && bAll;
+					bAll = (unlink(ChildPath.c_str()) == 0) && bAll;
 				}
 			}
 		}
 		return bAll;
 	}
 
-	std::string TemporarySibling(const std::string& Path)
+	FNativePath TemporarySibling(const FNativePath& Path)
 	{
 		static std::atomic<unsigned> Counter{0};
 		const size_t Slash = Path.rfind('/');
@@ -141,7 +184,7 @@ namespace PosixFileSystem
 		return Dir + "." + Name + ".tmp" + std::to_string(getpid()) + "-" + std::to_string(Counter++);
 	}
 
-	std::string ResolveLinks(const std::string& Path)
+	FNativePath ResolveLinks(const FNativePath& Path)
 	{
 		std::string Current = Path;
 		// The same bound as the kernel's, so that a loop of links ends.
@@ -165,7 +208,7 @@ namespace PosixFileSystem
 		return Current;
 	}
 
-	bool CommitTemporary(int Fd, const std::string& Temp, const std::string& Path)
+	bool CommitTemporary(FNativeFile Fd, const FNativePath& Temp, const FNativePath& Path)
 	{
 		struct stat Old;
 		bool bOk = true;
@@ -194,7 +237,7 @@ namespace PosixFileSystem
 		return false;
 	}
 
-	bool CopyFile(const std::string& Dest, const std::string& Src)
+	bool CopyFile(const FNativePath& Dest, const FNativePath& Src)
 	{
 		const int In = open(Src.c_str(), O_RDONLY | O_CLOEXEC);
 		if (In < 0)
@@ -207,10 +250,9 @@ namespace PosixFileSystem
 			close(In);
 			return false;
 		}
-		const size_t Slash = Dest.rfind('/');
-		if (Slash != std::string::npos && Slash > 0)
+		if (const FNativePath Parent = ParentOf(Dest); !Parent.empty())
 		{
-			MakeDirectoryTree(Dest.substr(0, Slash));
+			MakeDirectoryTree(Parent);
 		}
 		const std::string Temp = TemporarySibling(Dest);
 		const int Out = open(Temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
@@ -266,7 +308,7 @@ namespace PosixFileSystem
 		return CommitTemporary(Out, Temp, Dest);
 	}
 
-	bool MoveFile(const std::string& Dest, const std::string& Src, bool bReplace)
+	bool MoveFile(const FNativePath& Dest, const FNativePath& Src, bool bReplace)
 	{
 		struct stat Info;
 		if (lstat(Src.c_str(), &Info) != 0)
@@ -277,10 +319,9 @@ namespace PosixFileSystem
 		{
 			return false;
 		}
-		const size_t Slash = Dest.rfind('/');
-		if (Slash != std::string::npos && Slash > 0)
+		if (const FNativePath Parent = ParentOf(Dest); !Parent.empty())
 		{
-			MakeDirectoryTree(Dest.substr(0, Slash));
+			MakeDirectoryTree(Parent);
 		}
 		if (rename(Src.c_str(), Dest.c_str()) == 0)
 		{
@@ -293,7 +334,7 @@ namespace PosixFileSystem
 		return false;
 	}
 
-	bool ListDirectory(const std::string& Dir, std::vector<FEntry>& OutEntries)
+	bool ListDirectory(const FNativePath& Dir, std::vector<FEntry>& OutEntries)
 	{
 		DIR* Handle = opendir(Dir.empty() ? "." : Dir.c_str());
 		if (!Handle)
@@ -328,5 +369,79 @@ namespace PosixFileSystem
 		}
 		closedir(Handle);
 		return true;
+	}
+
+	FNativeFile OpenForRead(const FNativePath& Path, int64& OutSize)
+	{
+		const int Fd = open(Path.c_str(), O_RDONLY | O_CLOEXEC);
+		if (Fd < 0)
+		{
+			return InvalidFile;
+		}
+		struct stat Info;
+		if (fstat(Fd, &Info) != 0 || !S_ISREG(Info.st_mode))
+		{
+			close(Fd);
+			return InvalidFile;
+		}
+		OutSize = static_cast<int64>(Info.st_size);
+		return Fd;
+	}
+
+	FNativeFile CreateNewFile(const FNativePath& Path)
+	{
+		return open(Path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+	}
+
+	FNativeFile OpenForWrite(const FNativePath& Path, bool bCreate)
+	{
+		return open(Path.c_str(), O_WRONLY | O_CLOEXEC | (bCreate ? O_CREAT : 0), 0666);
+	}
+
+	int64 ReadAt(FNativeFile File, void* Data, int64 Num, int64 Offset)
+	{
+		ssize_t Got;
+		do
+		{
+			Got = pread(File, Data, static_cast<size_t>(Num), static_cast<off_t>(Offset));
+		} while (Got < 0 && errno == EINTR);
+		return Got;
+	}
+
+	int64 WriteAt(FNativeFile File, const void* Data, int64 Num, int64 Offset)
+	{
+		ssize_t Put;
+		do
+		{
+			Put = pwrite(File, Data, static_cast<size_t>(Num), static_cast<off_t>(Offset));
+		} while (Put < 0 && errno == EINTR);
+		return Put;
+	}
+
+	int64 SizeOf(FNativeFile File)
+	{
+		struct stat Info;
+		return fstat(File, &Info) == 0 ? static_cast<int64>(Info.st_size) : -1;
+	}
+
+	bool Reserve(FNativeFile File, int64 Size)
+	{
+		const int Reserved = posix_fallocate(File, 0, static_cast<off_t>(Size));
+		return Reserved == 0 || Reserved == EOPNOTSUPP || Reserved == EINVAL;
+	}
+
+	bool Truncate(FNativeFile File, int64 Size)
+	{
+		return ftruncate(File, static_cast<off_t>(Size)) == 0;
+	}
+
+	bool SyncData(FNativeFile File)
+	{
+		return fdatasync(File) == 0;
+	}
+
+	bool CloseFile(FNativeFile File)
+	{
+		return close(File) == 0;
 	}
 }

@@ -1,19 +1,11 @@
 #include "Misc/Guid.h"
 
-#include <sys/random.h>
+#include "PlatformMisc.h"
 
 FGuid FGuid::NewGuid()
 {
 	uint32 Words[4] = {0, 0, 0, 0};
-	size_t Filled = 0;
-	while (Filled < sizeof(Words))
-	{
-		const ssize_t Got = getrandom(reinterpret_cast<char*>(Words) + Filled, sizeof(Words) - Filled, 0);
-		if (Got > 0)
-		{
-			Filled += static_cast<size_t>(Got);
-		}
-	}
+	PlatformMisc::RandomBytes(Words, sizeof(Words));
 	FGuid Result(Words[0], Words[1], Words[2], Words[3]);
 	if (!Result.IsValid())
 	{

@@ -1,6 +1,6 @@
 #include "Modules/ModuleManager.h"
 
-#include <dlfcn.h>
+#include "PlatformMisc.h"
 
 FModuleManager& FModuleManager::Get()
 {
@@ -44,13 +44,12 @@ IModuleInterface* FModuleManager::LoadModule(const FString& Name)
 	}
 	else
 	{
-		const FString File = (ModuleDirectory.IsEmpty() ? FString() : ModuleDirectory + TEXT("/")) + TEXT("lib") + Name + TEXT(".so");
-		Entry.Library = dlopen(File.ToNative().c_str(), RTLD_NOW | RTLD_LOCAL);
+		Entry.Library = PlatformMisc::LoadLibrary(PlatformMisc::ModuleLibraryPath(ModuleDirectory, Name));
 		if (!Entry.Library)
 		{
 			return nullptr;
 		}
-		auto Initialize = reinterpret_cast<FInitializeModuleFunctionPtr>(dlsym(Entry.Library, "InitializeModule"));
+		auto Initialize = reinterpret_cast<FInitializeModuleFunctionPtr>(PlatformMisc::FindSymbol(Entry.Library, "InitializeModule"));
 		Entry.Module = Initialize ? Initialize() : nullptr;
 	}
 	if (!Entry.Module)

@@ -203,7 +203,7 @@ void FMonitoredProcess::MonitorThreadMain()
 		nfds_t Count = 0;
 		if (bPipeOpen)
 		{
-			Descriptors[Count++] = {ReadPipe, POLLIN, 0};
+			Descriptors[Count++] = {static_cast<int>(ReadPipe), POLLIN, 0};
 		}
 		if (ProcessDescriptor >= 0)
 		{

@@ -1,10 +1,9 @@
 #include "Misc/Paths.h"
 
 #include "HAL/FileManager.h"
-#include "PosixFileSystem.h"
+#include "FileSystem.h"
 
 #include <mutex>
-#include <unistd.h>
 
 namespace
 {
@@ -28,12 +27,6 @@ namespace
 			Path = Path.LeftChop(1);
 		}
 		return Path;
-	}
-
-	FString WorkingDirectory()
-	{
-		char Buffer[4096];
-		return getcwd(Buffer, sizeof(Buffer)) ? FString::FromNative(Buffer) : FString(TEXT("/"));
 	}
 
 	int32 LastSeparator(const FString& Path)
@@ -110,7 +103,7 @@ FString FPaths::GameSavedDir()
 
 FString FPaths::BaseDir()
 {
-	return Layout().Base.IsEmpty() ? WorkingDirectory() : Layout().Base;
+	return Layout().Base.IsEmpty() ? FileSystem::WorkingDirectory() : Layout().Base;
 }
 
 FString FPaths::GetCleanFilename(const FString& InPath)

@@ -1,38 +1,36 @@
 #include "HAL/PlatformFile.h"
 
-#include "PosixFileSystem.h"
+#include "FileSystem.h"
 
-#include <sys/stat.h>
 #include <vector>
 
 namespace
 {
-	using namespace PosixFileSystem;
+	using namespace FileSystem;
 
-	class FPlatformFilePosix final : public IPlatformFile
+	class FPlatformFile final : public IPlatformFile
 	{
 	public:
 		bool FileExists(const TCHAR* Filename) override { return IsFile(Native(Filename)); }
 		bool DirectoryExists(const TCHAR* Directory) override { return IsDirectory(Native(Directory)); }
-		int64 FileSize(const TCHAR* Filename) override { return PosixFileSystem::FileSize(Native(Filename)); }
-		bool DeleteFile(const TCHAR* Filename) override { return PosixFileSystem::DeleteFile(Native(Filename)); }
+		int64 FileSize(const TCHAR* Filename) override { return FileSystem::FileSize(Native(Filename)); }
+		bool DeleteFile(const TCHAR* Filename) override { return FileSystem::DeleteFile(Native(Filename)); }
 		bool MoveFile(const TCHAR* To, const TCHAR* From) override
 		{
-			return PosixFileSystem::MoveFile(Native(To), Native(From), true);
+			return FileSystem::MoveFile(Native(To), Native(From), true);
 		}
 		bool CopyFile(const TCHAR* To, const TCHAR* From) override
 		{
-			return PosixFileSystem::CopyFile(Native(To), Native(From));
+			return FileSystem::CopyFile(Native(To), Native(From));
 		}
 		bool CreateDirectory(const TCHAR* Directory) override
 		{
-			const std::string Dir = Native(Directory);
-			return mkdir(Dir.c_str(), 0777) == 0 || IsDirectory(Dir);
+			return FileSystem::MakeDirectory(Native(Directory));
 		}
 		bool CreateDirectoryTree(const TCHAR* Directory) override { return MakeDirectoryTree(Native(Directory)); }
 		bool DeleteDirectory(const TCHAR* Directory) override
 		{
-			return PosixFileSystem::DeleteDirectory(Native(Directory));
+			return FileSystem::DeleteDirectory(Native(Directory));
 		}
 		bool DeleteDirectoryRecursively(const TCHAR* Directory) override
 		{
@@ -49,7 +47,7 @@ namespace
 			}
 			for (const FEntry& Entry : Entries)
 			{
-				const FString Full = Root / FString::FromNative(Entry.Name);
+				const FString Full = Root / FromNative(Entry.Name);
 				if (!Visitor.Visit(*Full, Entry.bDirectory))
 				{
 					return false;
@@ -80,7 +78,7 @@ namespace
 					continue;
 				}
 				const FEntry& Entry = Level.Entries[Level.Next++];
-				const FString Full = Level.Path / FString::FromNative(Entry.Name);
+				const FString Full = Level.Path / FromNative(Entry.Name);
 				if (!Visitor.Visit(*Full, Entry.bDirectory))
 				{
 					return false;
@@ -106,7 +104,7 @@ FPlatformFileManager& FPlatformFileManager::Get()
 
 IPlatformFile& FPlatformFileManager::GetPlatformFile()
 {
-	static FPlatformFilePosix Instance;
+	static FPlatformFile Instance;
 	return Instance;
 }
 

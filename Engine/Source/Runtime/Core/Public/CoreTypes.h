@@ -26,7 +26,11 @@ using UTF8CHAR = char;
 #define INDEX_NONE (-1)
 #define MAX_int32 (0x7fffffff)
 
-#if defined(__GNUC__)
+#if defined(_WIN32) && defined(__GNUC__)
+// mingw's linker exports every symbol of a library that marks none for export.
+#define CORE_API
+#define FORCENOINLINE __attribute__((noinline))
+#elif defined(__GNUC__)
 #define CORE_API __attribute__((visibility("default")))
 #define FORCENOINLINE __attribute__((noinline))
 #else

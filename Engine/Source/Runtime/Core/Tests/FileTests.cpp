@@ -5,11 +5,13 @@
 #include "TempDirectory.h"
 
 #include <gtest/gtest.h>
+#ifndef _WIN32
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 namespace
 {
@@ -35,12 +37,17 @@ TEST(FileTests, FindFilesListsBareNamesByWildcardWithoutDescending)
 	Dir.WriteFile(TEXT("Mods/Alpha/b.umap"), "");
 	Dir.WriteFile(TEXT("Mods/Alpha/c.umap.txt"), "");
 	Dir.WriteFile(TEXT("Mods/Alpha/Sub/deep.umap"), "");
-	Dir.WriteFile(TEXT("Mods/Île \"quoted\"/x.uasset"), "");
+#ifdef _WIN32
+	const FString Odd = TEXT("Île 'quoted' ~ ÿ"); // Windows forbids the double quote in a name
+#else
+	const FString Odd = TEXT("Île \"quoted\"");
+#endif
+	Dir.WriteFile(TEXT("Mods/") + Odd + TEXT("/x.uasset"), "");
 	Dir.WriteFile(TEXT("Mods/loose.txt"), "");
 
 	TArray<FString> Found;
 	IFileManager::Get().FindFiles(Found, *(Dir / TEXT("Mods/*")), false, true);
-	EXPECT_EQ(Sorted(Found), (TArray<FString>{TEXT("Alpha"), TEXT("Île \"quoted\"")}));
+	EXPECT_EQ(Sorted(Found), (TArray<FString>{TEXT("Alpha"), Odd}));
 
 	Found.Reset();
 	IFileManager::Get().FindFiles(Found, *(Dir / TEXT("Mods/Alpha/*.umap")), true, false);
@@ -63,7 +70,9 @@ TEST(FileTests, WriterReplacesTheFileOnlyWhenItCloses)
 {
 	FTempDirectory Dir;
 	const FString Path = Dir.WriteFile(TEXT("Saved/Mods.db"), "old contents");
+#ifndef _WIN32
 	chmod(Path.ToUtf8().c_str(), 0640);
+#endif
 
 	TUniquePtr<FArchive> Writer(IFileManager::Get().CreateFileWriter(*Path));
 	ASSERT_TRUE(Writer);
@@ -74,9 +83,11 @@ TEST(FileTests, WriterReplacesTheFileOnlyWhenItCloses)
 	EXPECT_TRUE(Writer->Close());
 	EXPECT_EQ(FTempDirectory::ReadBytes(Path), Big);
 
+#ifndef _WIN32
 	struct stat Info;
 	ASSERT_EQ(stat(Path.ToUtf8().c_str(), &Info), 0);
 	EXPECT_EQ(Info.st_mode & 0777, 0640u);
+#endif
 
 	// No temporary is left beside it.
 	TArray<FString> Left;
@@ -86,6 +97,9 @@ TEST(FileTests, WriterReplacesTheFileOnlyWhenItCloses)
 
 TEST(FileTests, WriterKilledBeforeCloseLeavesTheOldFileWhole)
 {
+#ifdef _WIN32
+	GTEST_SKIP() << "needs fork to end a writer halfway through";
+#else
 	FTempDirectory Dir;
 	const FString Path = Dir.WriteFile(TEXT("Mods.db"), "the old file");
 	const pid_t Child = fork();
@@ -111,8 +125,10 @@ TEST(FileTests, WriterKilledBeforeCloseLeavesTheOldFileWhole)
 	IFileManager::Get().FindFiles(Left, *(Dir / TEXT(".Mods.db.tmp*")), true, false);
 	ASSERT_EQ(Left.Num(), 1);
 	EXPECT_EQ(IFileManager::Get().FileSize(*(Dir / Left[0])), int64(1) << 20);
+#endif
 }
 
+#ifndef _WIN32
 namespace
 {
 	// Runs Body in a child and returns its exit code, or -1 when it didn't exit by itself. Body returns 0 when
@@ -152,9 +168,13 @@ namespace
 		return Writer->Close() ? 0 : 11;
 	}
 }
+#endif
 
 TEST(FileTests, WriterThroughALinkUpdatesTheTargetAndKeepsTheLink)
 {
+#ifdef _WIN32
+	GTEST_SKIP() << "symbolic links need a privilege on Windows that the tool never asks for";
+#else
 	FTempDirectory Dir;
 	const FString Real = Dir.WriteFile(TEXT("Elsewhere/real.db"), "old");
 	chmod(Real.ToUtf8().c_str(), 0604);
@@ -177,10 +197,14 @@ TEST(FileTests, WriterThroughALinkUpdatesTheTargetAndKeepsTheLink)
 	EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("Elsewhere/later.db")), "made");
 	ASSERT_EQ(lstat(Dangling.c_str(), &Info), 0);
 	EXPECT_TRUE(S_ISLNK(Info.st_mode));
+#endif
 }
 
 TEST(FileTests, WriterOnAFullDiskLeavesTheOldFile)
 {
+#ifdef _WIN32
+	GTEST_SKIP() << "fills the disk by a POSIX file size limit in a forked child";
+#else
 	FTempDirectory Dir;
 	const FString Path = Dir.WriteFile(TEXT("Saved/Mods.db"), "the old file");
 	const std::string Big(1 << 20, 'b');
@@ -193,10 +217,14 @@ TEST(FileTests, WriterOnAFullDiskLeavesTheOldFile)
 	TArray<FString> Left;
 	IFileManager::Get().FindFiles(Left, *(Dir / TEXT("Saved/*")), true, true);
 	EXPECT_EQ(Left, (TArray<FString>{TEXT("Mods.db")})) << "a failed write leaves no temporary";
+#endif
 }
 
 TEST(FileTests, WriterInAFolderThatTakesNoNewFilesWritesTheFileInPlace)
 {
+#ifdef _WIN32
+	GTEST_SKIP() << "folder permissions are POSIX modes here";
+#else
 	FTempDirectory Dir;
 	const FString Path = Dir.WriteFile(TEXT("Saved/Mods.db"), "the old file, long enough to be cut short");
 	chmod(Dir.Get().ToUtf8().c_str(), 0755);
@@ -233,6 +261,7 @@ TEST(FileTests, WriterInAFolderThatTakesNoNewFilesWritesTheFileInPlace)
 	IFileManager::Get().FindFiles(Left, *(Dir / TEXT("Saved/*")), true, true);
 	EXPECT_EQ(Left, (TArray<FString>{TEXT("Mods.db")}));
 	chmod((Dir / TEXT("Saved")).ToUtf8().c_str(), 0755);
+#endif
 }
 
 TEST(FileTests, WriterMakesMissingFoldersAndRefusesAFolder)
@@ -351,7 +380,13 @@ TEST(FileTests, RecursiveWalkVisitsFoldersBeforeTheirContentsAndStopsOnRequest)
 	Dir.WriteFile(TEXT("root/a/d.umap"), "");
 	Dir.WriteFile(TEXT("root/e.txt"), "");
 	FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*(Dir / TEXT("root/empty")));
+#ifndef _WIN32
+	// A link back to the top, which the walk must report but not enter.
 	symlink((Dir / TEXT("root")).ToUtf8().c_str(), (Dir / TEXT("root/a/loop")).ToUtf8().c_str());
+	const bool bLoop = true;
+#else
+	const bool bLoop = false; // links need a privilege on Windows that the tool never asks for
+#endif
 
 	const FString Root = Dir / TEXT("root");
 	TArray<FString> Seen;
@@ -370,9 +405,15 @@ TEST(FileTests, RecursiveWalkVisitsFoldersBeforeTheirContentsAndStopsOnRequest)
 			return true;
 		});
 	EXPECT_TRUE(bDone);
-	EXPECT_EQ(Sorted(Seen), (TArray<FString>{TEXT("a"), TEXT("a/b"), TEXT("a/b/c.uasset"), TEXT("a/d.umap"),
-											 TEXT("a/loop"), TEXT("e.txt"), TEXT("empty")}));
-	EXPECT_EQ(Sorted(Folders), (TArray<FString>{TEXT("a"), TEXT("a/b"), TEXT("a/loop"), TEXT("empty")}));
+	TArray<FString> ExpectedSeen{TEXT("a"), TEXT("a/b"), TEXT("a/b/c.uasset"), TEXT("a/d.umap"), TEXT("e.txt"), TEXT("empty")};
+	TArray<FString> ExpectedFolders{TEXT("a"), TEXT("a/b"), TEXT("empty")};
+	if (bLoop)
+	{
+		ExpectedSeen.Add(TEXT("a/loop"));
+		ExpectedFolders.Add(TEXT("a/loop"));
+	}
+	EXPECT_EQ(Sorted(Seen), Sorted(ExpectedSeen));
+	EXPECT_EQ(Sorted(Folders), Sorted(ExpectedFolders));
 	EXPECT_LT(Seen.Find(TEXT("a")), Seen.Find(TEXT("a/b")));
 	EXPECT_LT(Seen.Find(TEXT("a/b")), Seen.Find(TEXT("a/b/c.uasset")));
 
@@ -381,4 +422,61 @@ TEST(FileTests, RecursiveWalkVisitsFoldersBeforeTheirContentsAndStopsOnRequest)
 		*Root, [&](const TCHAR*, bool) { return ++Visits < 2; });
 	EXPECT_TRUE(bStopped);
 	EXPECT_EQ(Visits, 2);
+}
+
+// Deep kit folders make paths longer than Windows' classic limit of 260 units; every operation takes them.
+TEST(FileTests, PathsLongerThanTheClassicWindowsLimitWork)
+{
+	FTempDirectory Dir;
+	FString Deep = Dir.Get();
+	for (int32 Level = 0; Level < 8; ++Level)
+	{
+		Deep = Deep / FString(std::u16string(40, static_cast<char16_t>(u'a' + Level)));
+	}
+	ASSERT_GT(Deep.Len(), 330);
+	IPlatformFile& Platform = FPlatformFileManager::Get().GetPlatformFile();
+	ASSERT_TRUE(Platform.CreateDirectoryTree(*Deep));
+	EXPECT_TRUE(Platform.DirectoryExists(*Deep));
+
+	const FString File = Deep / TEXT("Map.umap");
+	ASSERT_TRUE(FFileHelper::SaveStringToFile(TEXT("contents"), *File));
+	FString Read;
+	EXPECT_TRUE(FFileHelper::LoadFileToString(Read, *File));
+	EXPECT_EQ(Read, TEXT("contents"));
+	EXPECT_EQ(Platform.FileSize(*File), 8);
+
+	TArray<FString> Found;
+	IFileManager::Get().FindFiles(Found, *(Deep / TEXT("*.umap")), true, false);
+	EXPECT_EQ(Found, (TArray<FString>{TEXT("Map.umap")}));
+	EXPECT_TRUE(Platform.CopyFile(*(Deep / TEXT("Copy.umap")), *File));
+	EXPECT_TRUE(IFileManager::Get().Move(*(Deep / TEXT("Moved.umap")), *File));
+	EXPECT_FALSE(Platform.FileExists(*File));
+
+	int32 Visited = 0;
+	EXPECT_TRUE(Platform.IterateDirectoryRecursively(*Dir.Get(), [&](const TCHAR*, bool) { return ++Visited > 0; }));
+	EXPECT_EQ(Visited, 8 + 2);
+	EXPECT_TRUE(Platform.DeleteDirectoryRecursively(*(Dir / FString(std::u16string(40, u'a')))));
+	EXPECT_FALSE(Platform.DirectoryExists(*Deep));
+}
+
+TEST(FileTests, NamesWindowsForbidsFailCleanlyAndLeaveNothingBehind)
+{
+#ifndef _WIN32
+	GTEST_SKIP() << "POSIX file systems take every name without a slash or a zero";
+#else
+	FTempDirectory Dir;
+	const FString Good = Dir.WriteFile(TEXT("good.txt"), "kept");
+	for (const TCHAR* Name : {TEXT("a<b.txt"), TEXT("what?.txt"), TEXT("pipe|.txt"), TEXT("star*.umap")})
+	{
+		const FString Bad = Dir / Name;
+		EXPECT_EQ(IFileManager::Get().CreateFileWriter(*Bad), nullptr) << Bad;
+		EXPECT_EQ(IFileManager::Get().Copy(*Bad, *Good), static_cast<uint32>(COPY_Fail)) << Bad;
+		EXPECT_FALSE(FFileHelper::SaveStringToFile(TEXT("x"), *Bad)) << Bad;
+		EXPECT_FALSE(FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*(Bad / TEXT("sub")))) << Bad;
+	}
+	TArray<FString> Left;
+	IFileManager::Get().FindFiles(Left, *(Dir / TEXT("*")), true, true);
+	EXPECT_EQ(Left, (TArray<FString>{TEXT("good.txt")})) << "a temporary or a part was left behind";
+	EXPECT_EQ(FTempDirectory::ReadBytes(Good), "kept");
+#endif
 }

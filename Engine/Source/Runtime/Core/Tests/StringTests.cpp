@@ -8,7 +8,9 @@
 #include <cstring>
 #include <cwctype>
 #include <limits>
+#ifndef _WIN32
 #include <locale.h>
+#endif
 #include <random>
 
 namespace
@@ -172,6 +174,9 @@ TEST(StringTests, CaseInsensitiveSearchFoldsNonAsciiUnits)
 // name matches differently than it did. Hand-picked units pin the mappings a mod author meets most.
 TEST(StringTests, CaseTableFoldsEveryUnitAsTheUtf8LocaleDoes)
 {
+#ifdef _WIN32
+	GTEST_SKIP() << "the reference is glibc's C.UTF-8 locale; the table itself is the same code on Windows";
+#else
 	EXPECT_EQ(FChar::ToUpper(u'ß'), u'ß'); // no single-unit capital
 	EXPECT_EQ(FChar::ToLower(u'İ'), u'i');
 	EXPECT_EQ(FChar::ToUpper(u'ÿ'), u'Ÿ');
@@ -205,6 +210,7 @@ TEST(StringTests, CaseTableFoldsEveryUnitAsTheUtf8LocaleDoes)
 	}
 	freelocale(Locale);
 	EXPECT_EQ(Differences, 0);
+#endif
 }
 
 TEST(StringTests, ReplaceIsCaseInsensitiveAndReplacesEveryOccurrence)

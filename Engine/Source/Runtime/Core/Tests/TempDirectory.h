@@ -3,7 +3,9 @@
 #include "CoreMinimal.h"
 #include "HAL/PlatformFile.h"
 
-#include <cstdlib>
+#include <atomic>
+#include <chrono>
+#include <filesystem>
 #include <fstream>
 #include <string>
 
@@ -13,8 +15,21 @@ class FTempDirectory
 public:
 	FTempDirectory()
 	{
-		std::string Pattern = std::string(std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp") + "/tessel-XXXXXX";
-		Path = FString::FromUtf8(mkdtemp(Pattern.data()));
+		static std::atomic<unsigned> Counter{0};
+		const std::filesystem::path Base = std::filesystem::temp_directory_path();
+		// The clock and a counter make the name unique enough, and the exclusive create makes sure.
+		for (unsigned Attempt = 0;; ++Attempt)
+		{
+			const std::filesystem::path Candidate =
+				Base / ("tessel-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count() % 1000000007) +
+						"-" + std::to_string(Counter++));
+			std::error_code Error;
+			if (std::filesystem::create_directory(Candidate, Error) || Attempt > 100)
+			{
+				Path = FString(Candidate.generic_u16string());
+				break;
+			}
+		}
 	}
 	~FTempDirectory() { FPlatformFileManager::Get().GetPlatformFile().DeleteDirectoryRecursively(*Path); }
 
@@ -26,14 +41,14 @@ public:
 	{
 		const FString Full = Path / Relative;
 		FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*FPaths::GetPath(Full));
-		std::ofstream Out(Full.ToNative(), std::ios::binary);
+		std::ofstream Out(std::filesystem::path(Full.GetStd()), std::ios::binary);
 		Out << Bytes;
 		return Full;
 	}
 
 	static std::string ReadBytes(const FString& Full)
 	{
-		std::ifstream In(Full.ToNative(), std::ios::binary);
+		std::ifstream In(std::filesystem::path(Full.GetStd()), std::ios::binary);
 		return std::string(std::istreambuf_iterator<char>(In), std::istreambuf_iterator<char>());
 	}
 

@@ -22,6 +22,11 @@ struct FProcHandle
 	bool bHasReturnCode = false;
 	// The child's return code when bHasReturnCode (see FPlatformProcess::GetProcReturnCode).
 	int32 ReturnCode = -1;
+#ifdef _WIN32
+	// The process and the job object that holds its tree; CloseProc closes both for every copy.
+	void* Process = nullptr;
+	void* Job = nullptr;
+#endif
 };
 
 // Starting and ending child processes. Parameters are one string split by the Windows argument rules

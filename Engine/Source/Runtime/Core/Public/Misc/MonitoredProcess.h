@@ -66,7 +66,8 @@ private:
 	FOnMonitoredProcessOutput OutputDelegate;
 
 	std::thread MonitorThread;
-	int32 ReadPipe = -1;
+	// Our end of the output pipe: a descriptor, or a Windows handle; -1 when there is none.
+	intptr_t ReadPipe = -1;
 	bool bLaunched = false;
 	std::atomic<bool> bIsRunning{false};
 	std::atomic<bool> bCanceling{false};

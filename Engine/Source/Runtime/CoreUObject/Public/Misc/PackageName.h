@@ -2,7 +2,7 @@
 
 #include "CoreMinimal.h"
 
-#if defined(__GNUC__)
+#if defined(__GNUC__) && !defined(_WIN32)
 #define COREUOBJECT_API __attribute__((visibility("default")))
 #else
 #define COREUOBJECT_API

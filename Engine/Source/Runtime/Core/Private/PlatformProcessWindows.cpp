@@ -1,0 +1,204 @@
+#include "HAL/PlatformProcess.h"
+
+#include "Containers/UnrealString.h"
+#include "Windows/WindowsProcess.h"
+
+#include <algorithm>
+#include <io.h>
+#include <vector>
+
+namespace WindowsProcess
+{
+	FProcHandle Start(const TCHAR* URL, const TCHAR* Parms, const TCHAR* WorkingDirectory, HANDLE Output)
+	{
+		FString Program(URL);
+		Program.ReplaceInline(TEXT("/"), TEXT("\\"));
+		// The parameters go on as they were composed; the child's runtime splits them by the same rules that
+		// FWindowsArguments follows on other systems.
+		FString CommandLine = TEXT("\"") + Program + TEXT("\"");
+		if (Parms && *Parms)
+		{
+			CommandLine += TEXT(" ");
+			CommandLine += Parms;
+		}
+		std::wstring Mutable(WindowsApi::Wide(*CommandLine));
+
+		SECURITY_ATTRIBUTES Inheritable{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+		const HANDLE NullInput = CreateFileW(L"NUL", GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, &Inheritable,
+											 OPEN_EXISTING, 0, nullptr);
+		const HANDLE StdOut = Output ? Output : GetStdHandle(STD_OUTPUT_HANDLE);
+		const HANDLE StdErr = Output ? Output : GetStdHandle(STD_ERROR_HANDLE);
+
+		// Only these handles pass to the child: a handle of another child's pipe would keep that pipe open.
+		std::vector<HANDLE> Inherited;
+		for (HANDLE Handle : {NullInput, StdOut, StdErr})
+		{
+			if (Handle && Handle != INVALID_HANDLE_VALUE &&
+				std::find(Inherited.begin(), Inherited.end(), Handle) == Inherited.end())
+			{
+				SetHandleInformation(Handle, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
+				Inherited.push_back(Handle);
+			}
+		}
+		SIZE_T ListBytes = 0;
+		InitializeProcThreadAttributeList(nullptr, 1, 0, &ListBytes);
+		std::vector<char> ListMemory(ListBytes);
+		auto* List = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(ListMemory.data());
+		const bool bList = InitializeProcThreadAttributeList(List, 1, 0, &ListBytes) &&
+						   UpdateProcThreadAttribute(List, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, Inherited.data(),
+													 Inherited.size() * sizeof(HANDLE), nullptr, nullptr);
+
+		STARTUPINFOEXW Startup{};
+		Startup.StartupInfo.cb = sizeof(Startup);
+		Startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+		Startup.StartupInfo.hStdInput = NullInput;
+		Startup.StartupInfo.hStdOutput = StdOut;
+		Startup.StartupInfo.hStdError = StdErr;
+		Startup.lpAttributeList = bList ? List : nullptr;
+
+		FString Directory = WorkingDirectory && *WorkingDirectory ? FString(WorkingDirectory) : FString();
+		Directory.ReplaceInline(TEXT("/"), TEXT("\\"));
+		PROCESS_INFORMATION Started{};
+		// Suspended until it is in its job, so that nothing it starts can escape the job in between.
+		const DWORD Flags = CREATE_SUSPENDED | CREATE_UNICODE_ENVIRONMENT | CREATE_NO_WINDOW |
+							(bList ? EXTENDED_STARTUPINFO_PRESENT : 0);
+		const BOOL bStarted = CreateProcessW(WindowsApi::Wide(*Program), Mutable.data(), nullptr, nullptr, TRUE, Flags,
+											 nullptr, Directory.IsEmpty() ? nullptr : WindowsApi::Wide(*Directory),
+											 &Startup.StartupInfo, &Started);
+		if (bList)
+		{
+			DeleteProcThreadAttributeList(List);
+		}
+		if (NullInput != INVALID_HANDLE_VALUE)
+		{
+			CloseHandle(NullInput);
+		}
+		if (!bStarted)
+		{
+			return FProcHandle();
+		}
+		const HANDLE Job = CreateJobObjectW(nullptr, nullptr);
+		if (!Job || !AssignProcessToJobObject(Job, Started.hProcess))
+		{
+			// Without its job a cancel could miss part of the tree: the child does not get to run.
+			TerminateProcess(Started.hProcess, KilledExitCode);
+			CloseHandle(Started.hThread);
+			CloseHandle(Started.hProcess);
+			if (Job)
+			{
+				CloseHandle(Job);
+			}
+			return FProcHandle();
+		}
+		ResumeThread(Started.hThread);
+		CloseHandle(Started.hThread);
+		FProcHandle Handle(static_cast<int32>(Started.dwProcessId));
+		Handle.Process = Started.hProcess;
+		Handle.Job = Job;
+		return Handle;
+	}
+
+	void RecordEnd(FProcHandle& ProcessHandle)
+	{
+		DWORD Code = 0;
+		ProcessHandle.bEnded = true;
+		if (GetExitCodeProcess(static_cast<HANDLE>(ProcessHandle.Process), &Code))
+		{
+			ProcessHandle.bHasReturnCode = true;
+			// An exception code (a crash) reads as a negative number, as a signal does elsewhere.
+			ProcessHandle.ReturnCode = static_cast<int32>(Code);
+		}
+	}
+}
+
+namespace
+{
+	bool CollectEnd(FProcHandle& ProcessHandle, DWORD Milliseconds)
+	{
+		if (ProcessHandle.bEnded)
+		{
+			return true;
+		}
+		if (WaitForSingleObject(static_cast<HANDLE>(ProcessHandle.Process), Milliseconds) != WAIT_OBJECT_0)
+		{
+			return false;
+		}
+		WindowsProcess::RecordEnd(ProcessHandle);
+		return true;
+	}
+}
+
+FProcHandle FPlatformProcess::CreateProc(const TCHAR* URL, const TCHAR* Parms, bool bLaunchDetached, bool bLaunchHidden,
+										 bool bLaunchReallyHidden, uint32* OutProcessID, int32 PriorityModifier,
+										 const TCHAR* OptionalWorkingDirectory, int32 PipeWriteChild)
+{
+	if (OutProcessID)
+	{
+		*OutProcessID = 0;
+	}
+	if (!URL || !*URL)
+	{
+		return FProcHandle();
+	}
+	// A descriptor of the C runtime names the pipe here, as on other systems.
+	const HANDLE Output = PipeWriteChild >= 0 ? reinterpret_cast<HANDLE>(_get_osfhandle(PipeWriteChild)) : nullptr;
+	FProcHandle Handle = WindowsProcess::Start(URL, Parms, OptionalWorkingDirectory,
+											   Output == INVALID_HANDLE_VALUE ? nullptr : Output);
+	if (OutProcessID && Handle.IsValid())
+	{
+		*OutProcessID = static_cast<uint32>(Handle.ProcessId);
+	}
+	return Handle;
+}
+
+bool FPlatformProcess::IsProcRunning(FProcHandle& ProcessHandle)
+{
+	return ProcessHandle.IsValid() && !CollectEnd(ProcessHandle, 0);
+}
+
+void FPlatformProcess::WaitForProc(FProcHandle& ProcessHandle)
+{
+	if (ProcessHandle.IsValid())
+	{
+		CollectEnd(ProcessHandle, INFINITE);
+	}
+}
+
+bool FPlatformProcess::GetProcReturnCode(FProcHandle& ProcessHandle, int32* ReturnCode)
+{
+	if (!ProcessHandle.IsValid() || !CollectEnd(ProcessHandle, 0) || !ProcessHandle.bHasReturnCode)
+	{
+		return false;
+	}
+	if (ReturnCode)
+	{
+		*ReturnCode = ProcessHandle.ReturnCode;
+	}
+	return true;
+}
+
+void FPlatformProcess::TerminateProc(FProcHandle& ProcessHandle, bool KillTree)
+{
+	if (ProcessHandle.IsValid() && !ProcessHandle.bEnded)
+	{
+		if (KillTree)
+		{
+			TerminateJobObject(static_cast<HANDLE>(ProcessHandle.Job), WindowsProcess::KilledExitCode);
+		}
+		else
+		{
+			TerminateProcess(static_cast<HANDLE>(ProcessHandle.Process), WindowsProcess::KilledExitCode);
+		}
+	}
+}
+
+void FPlatformProcess::CloseProc(FProcHandle& ProcessHandle)
+{
+	// Windows keeps no zombies: closing the handles lets a running child go on alone.
+	if (ProcessHandle.IsValid())
+	{
+		CloseHandle(static_cast<HANDLE>(ProcessHandle.Process));
+		CloseHandle(static_cast<HANDLE>(ProcessHandle.Job));
+	}
+	ProcessHandle.Reset();
+}
