@@ -2,7 +2,7 @@
 // first argument and what follows it, or, when the environment variable TESSEL_FAKE_CHILD is set, the
 // blank-separated words of that variable (then every argument belongs to the behaviour's input).
 //
-//   lines N              N lines "line <i>" (i from 1), as fast as buffered stdout allows
+//   lines N              N lines "line <i>" (i from 1), as fast as writes of 64 KB allow
 //   mixed N              N pairs of "out <i>" on stdout and "err <i>" on stderr, unbuffered, in turn
 //   bytes HEX...         each HEX word's bytes in one write, with a pause between writes
 //   echo-args ARG...     each argument followed by a line break
@@ -17,31 +17,79 @@
 //   escape               starts two hanging descendants that leave its process group by setsid: one its own
 //                        child ("stray <pid>"), one whose parent exits at once ("orphan <pid>"); then prints
 //                        "child <pid>" and hangs
+//
+// On Windows a crash ends the program with the exception's code (0xC0000005 for segv, 0xC0000409 for abort)
+// as a real one would, without calling the system's debugger; "hang-ignore-term" is "hang" with its own
+// word, since Windows sends no polite signal; "escape" is POSIX's alone.
 
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <spawn.h>
 #include <string>
+#include <vector>
+#ifdef _WIN32
+#include <direct.h>
+#include <fcntl.h>
+#include <io.h>
+#include <process.h>
+#include <windows.h>
+#else
+#include <spawn.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 extern char** environ;
+#endif
 
 namespace
 {
 constexpr const char* ModeVariable = "TESSEL_FAKE_CHILD";
+
+#ifdef _WIN32
+#ifndef STDOUT_FILENO
+constexpr int STDOUT_FILENO = 1;
+constexpr int STDERR_FILENO = 2;
+#endif
+
+int write(int Descriptor, const char* Data, size_t Count)
+{
+	return _write(Descriptor, Data, static_cast<unsigned>(Count));
+}
+
+void usleep(unsigned Microseconds)
+{
+	Sleep(Microseconds / 1000);
+}
+
+void pause()
+{
+	Sleep(INFINITE);
+}
+
+[[noreturn]] void Crash(DWORD Code)
+{
+	TerminateProcess(GetCurrentProcess(), Code);
+	std::_Exit(1);
+}
+
+std::string Utf8(const wchar_t* Wide)
+{
+	const int Bytes = WideCharToMultiByte(CP_UTF8, 0, Wide, -1, nullptr, 0, nullptr, nullptr);
+	std::string Result(static_cast<size_t>(Bytes > 0 ? Bytes - 1 : 0), '\0');
+	WideCharToMultiByte(CP_UTF8, 0, Wide, -1, Result.data(), Bytes, nullptr, nullptr);
+	return Result;
+}
+#endif
 
 void WriteAll(int Descriptor, const std::string& Bytes)
 {
 	size_t Done = 0;
 	while (Done < Bytes.size())
 	{
-		const ssize_t Count = write(Descriptor, Bytes.data() + Done, Bytes.size() - Done);
+		const auto Count = write(Descriptor, Bytes.data() + Done, Bytes.size() - Done);
 		if (Count < 0)
 		{
 			if (errno == EINTR)
@@ -115,6 +163,25 @@ int ToInt(const std::vector<std::string>& Words, size_t Index)
 		Usage("spawn-grandchild needs hang|exit and a mode");
 	}
 	// The grandchild takes its mode from its arguments alone.
+#ifdef _WIN32
+	_putenv_s(ModeVariable, "");
+	std::vector<std::string> Arguments(Words.begin() + 2, Words.end());
+	Arguments.insert(Arguments.begin(), "TesselFakeChild");
+	std::vector<const char*> Argv;
+	for (const std::string& Argument : Arguments)
+	{
+		Argv.push_back(Argument.c_str());
+	}
+	Argv.push_back(nullptr);
+	char Self[4096] = {};
+	GetModuleFileNameA(nullptr, Self, sizeof(Self) - 1);
+	const intptr_t Spawned = _spawnv(_P_NOWAIT, Self, Argv.data());
+	if (Spawned == -1)
+	{
+		Usage("cannot start the grandchild");
+	}
+	const int Grandchild = static_cast<int>(GetProcessId(reinterpret_cast<HANDLE>(Spawned)));
+#else
 	unsetenv(ModeVariable);
 	std::vector<std::string> Arguments(Words.begin() + 2, Words.end());
 	Arguments.insert(Arguments.begin(), "TesselFakeChild");
@@ -134,6 +201,7 @@ int ToInt(const std::vector<std::string>& Words, size_t Index)
 	{
 		Usage("cannot start the grandchild");
 	}
+#endif
 	WriteAll(STDOUT_FILENO, "child " + std::to_string(getpid()) + "\ngrandchild " + std::to_string(Grandchild) + "\n");
 	if (Words[1] == "exit")
 	{
@@ -141,6 +209,7 @@ int ToInt(const std::vector<std::string>& Words, size_t Index)
 	}
 	WaitForever();
 }
+#ifndef _WIN32
 // Forks a descendant that starts a session of its own, says Label and its pid, and hangs; with bOrphan a
 // middle process that exits at once stands between it and us.
 void StartEscapee(const char* Label, bool bOrphan)
@@ -176,13 +245,34 @@ void StartEscapee(const char* Label, bool bOrphan)
 	WriteAll(STDOUT_FILENO, "child " + std::to_string(getpid()) + "\n");
 	WaitForever();
 }
+#endif
 } // namespace
 
+#ifdef _WIN32
+// The wide entry point, so that arguments outside the ANSI code page arrive whole; they go on as UTF-8.
+int wmain(int ArgumentCount, wchar_t** WideArguments)
+{
+	std::vector<std::string> Utf8Arguments;
+	for (int Index = 0; Index < ArgumentCount; ++Index)
+	{
+		Utf8Arguments.push_back(Utf8(WideArguments[Index]));
+	}
+	std::vector<char*> Pointers;
+	for (std::string& Argument : Utf8Arguments)
+	{
+		Pointers.push_back(Argument.data());
+	}
+	char** Arguments = Pointers.data();
+	// Bytes go out as written: no line break becomes CR LF on the way.
+	_setmode(STDOUT_FILENO, _O_BINARY);
+	_setmode(STDERR_FILENO, _O_BINARY);
+#else
 int main(int ArgumentCount, char** Arguments)
 {
+#endif
 	std::vector<std::string> Words;
 	std::vector<std::string> Inputs;
-	if (const char* Mode = std::getenv(ModeVariable))
+	if (const char* Mode = std::getenv(ModeVariable); Mode && *Mode)
 	{
 		std::string Word;
 		for (const char* Cursor = Mode;; ++Cursor)
@@ -222,14 +312,20 @@ int main(int ArgumentCount, char** Arguments)
 	const std::string& Mode = Words[0];
 	if (Mode == "lines")
 	{
+		// Written in blocks of about 64 KB, as a buffered stdout would; built by hand, since the printf of
+		// Windows' C runtime is slower than any reader.
 		const int Count = ToInt(Words, 1);
-		static char Buffer[1 << 16];
-		std::setvbuf(stdout, Buffer, _IOFBF, sizeof(Buffer));
+		std::string Block;
 		for (int Index = 1; Index <= Count; ++Index)
 		{
-			std::printf("line %d\n", Index);
+			Block += "line " + std::to_string(Index) + "\n";
+			if (Block.size() >= (1 << 16) - 32)
+			{
+				WriteAll(STDOUT_FILENO, Block);
+				Block.clear();
+			}
 		}
-		std::fflush(stdout);
+		WriteAll(STDOUT_FILENO, Block);
 		return 0;
 	}
 	if (Mode == "mixed")
@@ -268,7 +364,11 @@ int main(int ArgumentCount, char** Arguments)
 	if (Mode == "pwd")
 	{
 		char Path[4096];
+#ifdef _WIN32
+		if (!_getcwd(Path, sizeof(Path)))
+#else
 		if (!getcwd(Path, sizeof(Path)))
+#endif
 		{
 			return 3;
 		}
@@ -282,6 +382,9 @@ int main(int ArgumentCount, char** Arguments)
 	if (Mode == "crash")
 	{
 		WriteAll(STDOUT_FILENO, "crashing\n");
+#ifdef _WIN32
+		Crash(Words.size() > 1 && Words[1] == "segv" ? 0xC0000005 : 0xC0000409);
+#endif
 		if (Words.size() > 1 && Words[1] == "segv")
 		{
 			std::signal(SIGSEGV, SIG_DFL);
@@ -296,7 +399,9 @@ int main(int ArgumentCount, char** Arguments)
 	}
 	if (Mode == "hang-ignore-term")
 	{
+#ifndef _WIN32
 		std::signal(SIGTERM, SIG_IGN);
+#endif
 		WriteAll(STDOUT_FILENO, "ignoring " + std::to_string(getpid()) + "\n");
 		WaitForever();
 	}
@@ -304,9 +409,11 @@ int main(int ArgumentCount, char** Arguments)
 	{
 		SpawnGrandchild(Words);
 	}
+#ifndef _WIN32
 	if (Mode == "escape")
 	{
 		Escape();
 	}
+#endif
 	Usage("unknown behaviour");
 }

@@ -4,6 +4,8 @@
 #include "Windows/WindowsProcess.h"
 
 #include <algorithm>
+#include <atomic>
+#include <string>
 #include <vector>
 
 namespace
@@ -11,24 +13,34 @@ namespace
 // A large pipe lets a child that floods its output write on while the monitor hands the last block on.
 constexpr DWORD PipeBytes = 1 << 20;
 constexpr DWORD ReadBlockBytes = 1 << 15;
-// How long the monitor waits on the child when the pipe is empty, before it looks at the pipe again.
-constexpr DWORD IdleMilliseconds = 5;
 
 HANDLE AsHandle(intptr_t Value)
 {
 	return reinterpret_cast<HANDLE>(Value);
 }
 
-DWORD BytesWaiting(HANDLE Pipe, bool& bOpen)
+// An anonymous pipe can't be read with a time limit, and the watch must end with the child even while a
+// grandchild keeps the pipe open; a named pipe read in overlapped mode can wait on the child and the data at once.
+bool CreateOutputPipe(HANDLE& OutRead, HANDLE& OutWrite)
 {
-	DWORD Available = 0;
-	if (!PeekNamedPipe(Pipe, nullptr, 0, nullptr, &Available, nullptr))
+	static std::atomic<unsigned> Counter{0};
+	const std::wstring Name = L"\\\\.\\pipe\\tessel-" + std::to_wstring(GetCurrentProcessId()) + L"-" +
+							  std::to_wstring(Counter++) + L"-" + std::to_wstring(GetTickCount64());
+	OutRead = CreateNamedPipeW(Name.c_str(), PIPE_ACCESS_INBOUND | FILE_FLAG_OVERLAPPED | FILE_FLAG_FIRST_PIPE_INSTANCE,
+							   PIPE_TYPE_BYTE | PIPE_READMODE_BYTE | PIPE_WAIT | PIPE_REJECT_REMOTE_CLIENTS, 1, PipeBytes,
+							   PipeBytes, 0, nullptr);
+	if (OutRead == INVALID_HANDLE_VALUE)
 	{
-		// Every writer has closed its end (or the pipe broke): nothing more will come.
-		bOpen = false;
-		return 0;
+		return false;
 	}
-	return Available;
+	// The child's end is an ordinary blocking one, as a program expects of its stdout.
+	OutWrite = CreateFileW(Name.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+	if (OutWrite == INVALID_HANDLE_VALUE)
+	{
+		CloseHandle(OutRead);
+		return false;
+	}
+	return true;
 }
 } // namespace
 
@@ -58,7 +70,7 @@ bool FMonitoredProcess::Launch()
 	if (bCreatePipes)
 	{
 		// Neither end is inheritable: the start hands the write end to this child alone.
-		if (!CreatePipe(&Read, &Write, nullptr, PipeBytes))
+		if (!CreateOutputPipe(Read, Write))
 		{
 			return false;
 		}
@@ -128,6 +140,9 @@ void FMonitoredProcess::MonitorThreadMain()
 	std::vector<char> Buffer(ReadBlockBytes);
 	FUtf8StreamDecoder Decoder;
 	bool bPipeOpen = Pipe != nullptr;
+	OVERLAPPED Pending{};
+	Pending.hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+	bool bReadPending = false;
 
 	auto Deliver = [this](FString Text)
 	{
@@ -136,43 +151,65 @@ void FMonitoredProcess::MonitorThreadMain()
 			OutputDelegate.ExecuteIfBound(std::move(Text));
 		}
 	};
-	// Reads what waits in the pipe, at most Limit bytes; never blocks, since a grandchild may hold the pipe open.
-	auto ReadWaiting = [&](DWORD Limit) -> DWORD
+	// Starts a read; delivers it at once when the data was there. False when the pipe has ended.
+	auto StartRead = [&](DWORD MaxBytes) -> bool
 	{
-		DWORD Total = 0;
-		while (bPipeOpen && Total < Limit)
+		ResetEvent(Pending.hEvent);
+		DWORD Got = 0;
+		if (ReadFile(Pipe, Buffer.data(), MaxBytes, &Got, &Pending))
 		{
-			const DWORD Available = std::min(BytesWaiting(Pipe, bPipeOpen), Limit - Total);
-			if (Available == 0)
-			{
-				break;
-			}
-			DWORD Got = 0;
-			if (!ReadFile(Pipe, Buffer.data(), std::min<DWORD>(Available, ReadBlockBytes), &Got, nullptr) || Got == 0)
-			{
-				bPipeOpen = false;
-				break;
-			}
-			Total += Got;
 			Deliver(Decoder.Decode(Buffer.data(), Got));
+			return true;
 		}
-		return Total;
+		if (GetLastError() == ERROR_IO_PENDING)
+		{
+			bReadPending = true;
+			return true;
+		}
+		return false;
+	};
+	auto FinishRead = [&](bool bWait) -> bool
+	{
+		DWORD Got = 0;
+		bReadPending = false;
+		if (!GetOverlappedResult(Pipe, &Pending, &Got, bWait ? TRUE : FALSE))
+		{
+			return false;
+		}
+		Deliver(Decoder.Decode(Buffer.data(), Got));
+		return true;
 	};
 
-	// The end of the child, not the end of the pipe, ends the watch.
-	while (WaitForSingleObject(Process, 0) != WAIT_OBJECT_0)
+	// The end of the child, not the end of the pipe, ends the watch: a grandchild may hold the pipe open
+	// long after the child is gone.
+	while (true)
 	{
-		if (ReadWaiting(ReadBlockBytes * 8) == 0)
+		while (bPipeOpen && !bReadPending)
 		{
-			WaitForSingleObject(Process, IdleMilliseconds);
+			bPipeOpen = StartRead(ReadBlockBytes);
 		}
+		const HANDLE Waits[2] = {Process, Pending.hEvent};
+		const DWORD Woken = WaitForMultipleObjects(bReadPending ? 2 : 1, Waits, FALSE, INFINITE);
+		if (Woken == WAIT_OBJECT_0 + 1)
+		{
+			bPipeOpen = FinishRead(false);
+			continue;
+		}
+		break;
 	}
 
 	// Everything the child wrote is in the pipe now. Read just that much: a grandchild could go on writing.
-	if (bPipeOpen)
+	if (bReadPending)
 	{
-		ReadWaiting(BytesWaiting(Pipe, bPipeOpen));
+		CancelIoEx(Pipe, &Pending);
+		bPipeOpen = FinishRead(true);
 	}
+	DWORD Available = 0;
+	while (bPipeOpen && PeekNamedPipe(Pipe, nullptr, 0, nullptr, &Available, nullptr) && Available > 0)
+	{
+		bPipeOpen = StartRead(std::min<DWORD>(Available, ReadBlockBytes)) && (!bReadPending || FinishRead(true));
+	}
+	CloseHandle(Pending.hEvent);
 	Deliver(Decoder.Flush());
 
 	{
@@ -188,14 +225,15 @@ void FMonitoredProcess::MonitorThreadMain()
 			ReturnCode.store(ProcessHandle.ReturnCode, std::memory_order_release);
 		}
 		CloseHandle(static_cast<HANDLE>(ProcessHandle.Job));
+		CloseHandle(Process);
 		ProcessHandle.Job = nullptr;
+		ProcessHandle.Process = nullptr;
 	}
 
 	if (Pipe)
 	{
 		CloseHandle(Pipe);
 	}
-	CloseHandle(Process);
 	EndNanoseconds.store(NowNanoseconds(), std::memory_order_release);
 	// Last of all: the end is visible only after the last OnOutput call has returned.
 	bIsRunning.store(false, std::memory_order_release);

@@ -41,17 +41,27 @@ public:
 	{
 		const FString Full = Path / Relative;
 		FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*FPaths::GetPath(Full));
-		std::ofstream Out(std::filesystem::path(Full.GetStd()), std::ios::binary);
+		std::ofstream Out(NativePath(Full), std::ios::binary);
 		Out << Bytes;
 		return Full;
 	}
 
 	static std::string ReadBytes(const FString& Full)
 	{
-		std::ifstream In(std::filesystem::path(Full.GetStd()), std::ios::binary);
+		std::ifstream In(NativePath(Full), std::ios::binary);
 		return std::string(std::istreambuf_iterator<char>(In), std::istreambuf_iterator<char>());
 	}
 
 private:
+	// Names that are not UTF-8 keep their bytes on POSIX; Windows takes the 16-bit units as they are.
+	static std::filesystem::path NativePath(const FString& Full)
+	{
+#ifdef _WIN32
+		return std::filesystem::path(Full.GetStd());
+#else
+		return std::filesystem::path(Full.ToNative());
+#endif
+	}
+
 	FString Path;
 };
