@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Sets up, builds and runs every test: first a plain build, then one with AddressSanitizer and
-# UndefinedBehaviorSanitizer.
+# UndefinedBehaviorSanitizer, the fuzzers, ThreadSanitizer on the process layer, and last the Windows cross
+# build under Wine.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 cd "$root"
@@ -21,3 +22,6 @@ echo "== Process and job runner tests with ThreadSanitizer"
 bash Tools/build.sh Build-tsan -DTESSEL_SANITIZE=thread --target ProcessTests TesselTests TesselFakeChild TesselCookCommandlet
 (cd Build-tsan && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" ctest -j 2 --output-on-failure \
 	-R '^(WindowsArgumentsTests|Utf8StreamDecoderTests|PlatformProcessTests|MonitoredProcessTests|LinePipelineTests|JobRunnerTests)\.')
+
+echo "== Windows: cross-built with mingw-w64, tested under Wine"
+bash Tools/windows.sh
