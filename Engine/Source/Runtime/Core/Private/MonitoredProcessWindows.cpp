@@ -102,6 +102,14 @@ bool FMonitoredProcess::Launch()
 		// Without a monitor nobody would ever watch the child, so it does not get to run.
 		FPlatformProcess::TerminateProc(ProcessHandle, true);
 		FPlatformProcess::WaitForProc(ProcessHandle);
+		if (ProcessHandle.bHasReturnCode)
+		{
+			ReturnCode.store(ProcessHandle.ReturnCode, std::memory_order_release);
+		}
+		CloseHandle(static_cast<HANDLE>(ProcessHandle.Process));
+		CloseHandle(static_cast<HANDLE>(ProcessHandle.Job));
+		ProcessHandle.Process = nullptr;
+		ProcessHandle.Job = nullptr;
 		if (ReadPipe != -1)
 		{
 			CloseHandle(AsHandle(ReadPipe));
