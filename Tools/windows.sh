@@ -17,8 +17,9 @@ if [ "${1:-}" = "--build-only" ]; then
 	exit 0
 fi
 
-# A Wine of our own inside the build folder, made once; no display, no debugger, no crash dialog: a crashing
-# program ends with its exception code, as the process tests expect.
+# A Wine of our own inside the build folder, made once; no display and no crash dialog. Wine's debugger would
+# print a backtrace into a crashing program's output: a debugger that does nothing stands in for it, so that
+# a crash ends the program with its exception code and nothing else, as on a machine without a debugger.
 export WINEPREFIX="$root/Build-windows/WinePrefix"
 export WINEDEBUG=-all
 export WINEDLLOVERRIDES="winemenubuilder.exe=d"
@@ -27,8 +28,9 @@ wine=/usr/lib/wine/wine64
 if [ ! -f "$WINEPREFIX/system.reg" ]; then
 	"$wine" wineboot --init >/dev/null 2>&1 || true
 	"$wine" reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f >/dev/null 2>&1
-	"$wine" reg delete 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' /v Debugger /f >/dev/null 2>&1 || true
 fi
+"$wine" reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' /v Debugger /t REG_SZ \
+	/d 'cmd.exe /c exit %ld %ld' /f >/dev/null 2>&1
 start=$SECONDS
 (cd Build-windows && ctest -j 2 --output-on-failure)
 /usr/lib/wine/wineserver -k 2>/dev/null || true

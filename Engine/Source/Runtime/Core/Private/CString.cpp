@@ -32,7 +32,10 @@ int64 FCString::Atoi64(const TCHAR* Text)
 	return static_cast<int64>(bNegative ? (~Magnitude + 1) : Magnitude);
 }
 
-double FCString::Atod(const TCHAR* Text)
+namespace
+{
+// The shared reading of Atod and Atof: the number is converted once, straight into its own type.
+template <typename FReal> FReal ReadDecimal(const TCHAR* Text)
 {
 	if (!Text)
 	{
@@ -86,7 +89,7 @@ double FCString::Atod(const TCHAR* Text)
 			Exponent = bNegative ? -Exponent : Exponent;
 		}
 	}
-	double Value = 0.0;
+	FReal Value = 0.0;
 	const std::from_chars_result Result = std::from_chars(Number.data(), Number.data() + Number.size(), Value);
 	if (Result.ec == std::errc::result_out_of_range)
 	{
@@ -98,8 +101,19 @@ double FCString::Atod(const TCHAR* Text)
 			Magnitude -= Number[Index] == '0' ? 1 : 0;
 		}
 		const bool bNegative = DigitsStart > 0;
-		const double Limit = Magnitude + Exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+		const FReal Limit = Magnitude + Exponent > 0 ? std::numeric_limits<FReal>::infinity() : FReal(0);
 		return bNegative ? -Limit : Limit;
 	}
 	return Value;
+}
+} // namespace
+
+double FCString::Atod(const TCHAR* Text)
+{
+	return ReadDecimal<double>(Text);
+}
+
+float FCString::Atof(const TCHAR* Text)
+{
+	return ReadDecimal<float>(Text);
 }

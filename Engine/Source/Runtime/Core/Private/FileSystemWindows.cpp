@@ -103,19 +103,16 @@ namespace FileSystem
 
 	FString FromNative(const FNativePath& Path)
 	{
-		size_t Skip = 0;
+		FString Result;
 		if (Path.rfind(LongPrefix + L"UNC\\", 0) == 0)
 		{
-			Skip = LongPrefix.size() + 2; // keeps "\\" before the server
+			// "\\?\UNC\server\share" is "\\server\share".
+			Result = FString(TEXT("\\\\")) + FString(WindowsApi::Ours(Path.c_str() + LongPrefix.size() + 4));
 		}
-		else if (Path.rfind(LongPrefix, 0) == 0)
+		else
 		{
-			Skip = LongPrefix.size();
-		}
-		FString Result(WindowsApi::Ours(Path.c_str() + Skip));
-		if (Skip == LongPrefix.size() + 2)
-		{
-			Result = FString(TEXT("\\\\")) + Result;
+			const size_t Skip = Path.rfind(LongPrefix, 0) == 0 ? LongPrefix.size() : 0;
+			Result = FString(WindowsApi::Ours(Path.c_str() + Skip));
 		}
 		Result.ReplaceInline(TEXT("\\"), TEXT("/"));
 		return Result;
@@ -137,7 +134,8 @@ namespace FileSystem
 
 	FNativePath Child(const FNativePath& Dir, const FNativePath& Name)
 	{
-		return Dir.empty() || IsSeparator(Dir.back()) ? Dir + Name : Dir + L"\\" + Name;
+		// A short folder can hold a name that makes the whole path long.
+		return LongForm(Dir.empty() || IsSeparator(Dir.back()) ? Dir + Name : Dir + L"\\" + Name);
 	}
 
 	FString WorkingDirectory()
@@ -239,6 +237,11 @@ namespace FileSystem
 		{
 			return false;
 		}
+		if (Attributes(Root) & FILE_ATTRIBUTE_REPARSE_POINT)
+		{
+			// A link or junction to a folder goes as a link; what it points to stays, as on POSIX.
+			return RemoveDirectoryW(Root.c_str());
+		}
 		// Depth-first without recursion: a folder is removed once everything in it is gone.
 		struct FPending
 		{
@@ -289,8 +292,8 @@ namespace FileSystem
 		{
 			--Separator;
 		}
-		return Path.substr(0, Separator) + L"." + Path.substr(Separator) + L".tmp" +
-			   std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(Counter++);
+		return LongForm(Path.substr(0, Separator) + L"." + Path.substr(Separator) + L".tmp" +
+						std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(Counter++));
 	}
 
 	FNativePath ResolveLinks(const FNativePath& Path)
@@ -374,7 +377,9 @@ namespace FileSystem
 
 	bool MoveFile(const FNativePath& Dest, const FNativePath& Src, bool bReplace)
 	{
-		if (!Exists(Src) || (!bReplace && Exists(Dest)))
+		// A rename that only changes the letter case names the source itself as the destination.
+		const bool bSameFile = CompareStringOrdinal(Src.c_str(), -1, Dest.c_str(), -1, TRUE) == CSTR_EQUAL;
+		if (!Exists(Src) || (!bReplace && Exists(Dest) && !bSameFile))
 		{
 			return false;
 		}
@@ -448,6 +453,11 @@ namespace FileSystem
 
 	bool Reserve(FNativeFile File, int64 Size)
 	{
+		// An allocation below the end of the file would cut it: only growth is reserved.
+		if (Size <= SizeOf(File))
+		{
+			return true;
+		}
 		FILE_ALLOCATION_INFO Info{};
 		Info.AllocationSize.QuadPart = Size;
 		// Only a full disk counts: a file system without the call still takes the write.

@@ -151,6 +151,11 @@ void FMonitoredProcess::MonitorThreadMain()
 	OVERLAPPED Pending{};
 	Pending.hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
 	bool bReadPending = false;
+	if (!Pending.hEvent)
+	{
+		// Without an event the pipe can't be waited on; the child still runs and ends, its output unread.
+		bPipeOpen = false;
+	}
 
 	auto Deliver = [this](FString Text)
 	{
@@ -192,7 +197,9 @@ void FMonitoredProcess::MonitorThreadMain()
 	// long after the child is gone.
 	while (true)
 	{
-		while (bPipeOpen && !bReadPending)
+		// Reads that complete at once are taken in turn with a look at the child, so that a grandchild that
+		// writes without pause can't hold the watch past the child's end.
+		while (bPipeOpen && !bReadPending && WaitForSingleObject(Process, 0) != WAIT_OBJECT_0)
 		{
 			bPipeOpen = StartRead(ReadBlockBytes);
 		}
@@ -203,21 +210,49 @@ void FMonitoredProcess::MonitorThreadMain()
 			bPipeOpen = FinishRead(false);
 			continue;
 		}
+		if (Woken != WAIT_OBJECT_0)
+		{
+			// A wait that failed tells nothing of the child: its end is awaited alone.
+			WaitForSingleObject(Process, INFINITE);
+		}
 		break;
 	}
 
 	// Everything the child wrote is in the pipe now. Read just that much: a grandchild could go on writing.
 	if (bReadPending)
 	{
+		// A read cut short by the cancel took nothing; what waits in the pipe is read below.
 		CancelIoEx(Pipe, &Pending);
-		bPipeOpen = FinishRead(true);
+		if (!FinishRead(true) && GetLastError() != ERROR_OPERATION_ABORTED)
+		{
+			bPipeOpen = false;
+		}
 	}
-	DWORD Available = 0;
-	while (bPipeOpen && PeekNamedPipe(Pipe, nullptr, 0, nullptr, &Available, nullptr) && Available > 0)
+	DWORD Left = 0;
+	if (bPipeOpen && !PeekNamedPipe(Pipe, nullptr, 0, nullptr, &Left, nullptr))
 	{
-		bPipeOpen = StartRead(std::min<DWORD>(Available, ReadBlockBytes)) && (!bReadPending || FinishRead(true));
+		Left = 0;
 	}
-	CloseHandle(Pending.hEvent);
+	while (bPipeOpen && Left > 0)
+	{
+		DWORD Got = 0;
+		ResetEvent(Pending.hEvent);
+		if (!ReadFile(Pipe, Buffer.data(), std::min<DWORD>(Left, ReadBlockBytes), nullptr, &Pending) &&
+			GetLastError() != ERROR_IO_PENDING)
+		{
+			break;
+		}
+		if (!GetOverlappedResult(Pipe, &Pending, &Got, TRUE) || Got == 0)
+		{
+			break;
+		}
+		Deliver(Decoder.Decode(Buffer.data(), Got));
+		Left -= std::min(Got, Left);
+	}
+	if (Pending.hEvent)
+	{
+		CloseHandle(Pending.hEvent);
+	}
 	Deliver(Decoder.Flush());
 
 	{

@@ -2,9 +2,7 @@
 
 #include "Misc/CString.h"
 
-#include <cmath>
 #include <cstdlib>
-#include <limits>
 #include <mutex>
 
 namespace
@@ -139,9 +137,6 @@ bool FParse::Value(const TCHAR* Stream, const TCHAR* Match, float& Value)
 	{
 		return false;
 	}
-	const double Wide = FCString::Atod(*Text);
-	// Beyond float's range the value is infinite, as the C library reads it; a plain cast would be undefined.
-	Value = std::fabs(Wide) > std::numeric_limits<float>::max() ? std::copysign(std::numeric_limits<float>::infinity(), static_cast<float>(Wide > 0 ? 1 : -1))
-															 : static_cast<float>(Wide);
+	Value = FCString::Atof(*Text);
 	return true;
 }

@@ -29,9 +29,11 @@ namespace PlatformMisc
 	{
 		FString Windows = Path;
 		Windows.ReplaceInline(TEXT("/"), TEXT("\\"));
-		// Libraries that the module needs are looked for beside it first.
+		// Libraries that the module needs are looked for beside it first; that search needs a full path, so a
+		// bare name goes through the system's own search, as dlopen's does.
+		const bool bFull = Windows.Len() > 2 && (Windows[1] == u':' || (Windows[0] == u'\\' && Windows[1] == u'\\'));
 		return LoadLibraryExW(WindowsApi::Wide(*Windows), nullptr,
-							  LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+							  bFull ? LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS : 0);
 	}
 
 	void* FindSymbol(void* Library, const char* Name)

@@ -30,14 +30,19 @@ namespace WindowsProcess
 		const HANDLE StdErr = Output ? Output : GetStdHandle(STD_ERROR_HANDLE);
 
 		// Only these handles pass to the child: a handle of another child's pipe would keep that pipe open.
+		// The flag goes back as it was after the start, so that no later start elsewhere passes them on.
 		std::vector<HANDLE> Inherited;
+		std::vector<DWORD> FormerFlags;
 		for (HANDLE Handle : {NullInput, StdOut, StdErr})
 		{
+			DWORD Flags = 0;
 			if (Handle && Handle != INVALID_HANDLE_VALUE &&
-				std::find(Inherited.begin(), Inherited.end(), Handle) == Inherited.end())
+				std::find(Inherited.begin(), Inherited.end(), Handle) == Inherited.end() &&
+				GetHandleInformation(Handle, &Flags))
 			{
 				SetHandleInformation(Handle, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
 				Inherited.push_back(Handle);
+				FormerFlags.push_back(Flags & HANDLE_FLAG_INHERIT);
 			}
 		}
 		SIZE_T ListBytes = 0;
@@ -68,6 +73,10 @@ namespace WindowsProcess
 		if (bList)
 		{
 			DeleteProcThreadAttributeList(List);
+		}
+		for (size_t Index = 0; Index < Inherited.size(); ++Index)
+		{
+			SetHandleInformation(Inherited[Index], HANDLE_FLAG_INHERIT, FormerFlags[Index]);
 		}
 		if (NullInput != INVALID_HANDLE_VALUE)
 		{

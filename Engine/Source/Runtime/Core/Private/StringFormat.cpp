@@ -20,6 +20,7 @@ namespace
 		bool bPlus = false;
 		bool bSpace = false;
 		bool bZero = false;
+		bool bAlternate = false;
 		size_t Pos = 1;
 		for (; Pos < Directive.size() && std::string_view("-+ #0").find(Directive[Pos]) != std::string_view::npos; ++Pos)
 		{
@@ -27,6 +28,7 @@ namespace
 			bPlus = bPlus || Directive[Pos] == '+';
 			bSpace = bSpace || Directive[Pos] == ' ';
 			bZero = bZero || Directive[Pos] == '0';
+			bAlternate = bAlternate || Directive[Pos] == '#';
 		}
 		int Width = 0;
 		for (; Pos < Directive.size() && Directive[Pos] >= '0' && Directive[Pos] <= '9'; ++Pos)
@@ -36,9 +38,11 @@ namespace
 		int Precision = 6;
 		if (Pos < Directive.size() && Directive[Pos] == '.')
 		{
-			Precision = std::atoi(Directive.c_str() + Pos + 1);
+			// A negative precision (from "*") counts as none given.
+			const int Given = std::atoi(Directive.c_str() + Pos + 1);
+			Precision = Given < 0 ? 6 : Given;
 		}
-		Precision = std::clamp(Precision, 0, 1000);
+		Precision = std::min(Precision, 1000);
 		const char Lower = static_cast<char>(Conversion | 0x20);
 		const std::chars_format Format = Lower == 'f'   ? std::chars_format::fixed
 										 : Lower == 'e' ? std::chars_format::scientific
@@ -48,9 +52,39 @@ namespace
 			Precision = 1;
 		}
 		std::string Digits(1400, '\0');
-		const std::to_chars_result Result =
-			std::to_chars(Digits.data(), Digits.data() + Digits.size(), std::fabs(Value), Format, Precision);
-		Digits.resize(static_cast<size_t>(Result.ptr - Digits.data()));
+		auto Print = [&](std::chars_format As, int Places)
+		{
+			const std::to_chars_result Result =
+				std::to_chars(Digits.data(), Digits.data() + Digits.size(), std::fabs(Value), As, Places);
+			Digits.resize(static_cast<size_t>(Result.ptr - Digits.data()));
+		};
+		const bool bFinite = std::isfinite(Value);
+		if (bAlternate && Lower == 'g' && bFinite)
+		{
+			// "#" keeps the trailing zeros of %g: the choice between the two forms is made as %g makes it, by
+			// the exponent the value has once rounded to Precision digits.
+			Print(std::chars_format::scientific, Precision - 1);
+			const int Exponent = std::atoi(Digits.c_str() + Digits.find('e') + 1);
+			Digits.resize(1400);
+			if (Exponent < -4 || Exponent >= Precision)
+			{
+				Print(std::chars_format::scientific, Precision - 1);
+			}
+			else
+			{
+				Print(std::chars_format::fixed, Precision - 1 - Exponent);
+			}
+		}
+		else
+		{
+			Print(Format, Precision);
+		}
+		if (bAlternate && bFinite && Digits.find('.') == std::string::npos)
+		{
+			// "#" always shows the decimal point, also with no digit after it.
+			const size_t E = Digits.find('e');
+			Digits.insert(E == std::string::npos ? Digits.size() : E, 1, '.');
+		}
 		if (Lower == 'e' || Lower == 'g')
 		{
 			// The C library writes at least two exponent digits.
@@ -60,7 +94,6 @@ namespace
 				Digits.insert(E + 2, 1, '0');
 			}
 		}
-		const bool bFinite = std::isfinite(Value);
 		if (Conversion != Lower)
 		{
 			for (char& Char : Digits)

@@ -47,7 +47,8 @@ const FString FakeChild = FString(TESSEL_FAKE_CHILD_PATH);
 // process layer gives and the exception codes that a crash leaves.
 constexpr int32 KilledCode = -9;
 #ifdef _WIN32
-constexpr int32 AbortCode = static_cast<int32>(0xC0000409);
+// abort() of Windows' C runtime exits with 3; an access violation leaves its exception code.
+constexpr int32 AbortCode = 3;
 constexpr int32 SegvCode = static_cast<int32>(0xC0000005);
 
 // Descriptors of the C runtime, which CreateProc takes for the child's output on every system.
@@ -61,7 +62,8 @@ bool ProcessGone(int ProcessId)
 	const HANDLE Process = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(ProcessId));
 	if (!Process)
 	{
-		return true;
+		// Only an id that names no process means gone; a refusal says nothing.
+		return GetLastError() == ERROR_INVALID_PARAMETER;
 	}
 	const bool bGone = WaitForSingleObject(Process, 0) == WAIT_OBJECT_0;
 	CloseHandle(Process);

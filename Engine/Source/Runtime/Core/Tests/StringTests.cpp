@@ -56,6 +56,9 @@ TEST(StringTests, RealNumbersPrintTheSameTextOnEverySystem)
 				u"[    3.14][3.14    ][-0003.14][+2.0][ 2.0]");
 	ExpectUnits(FString::Printf(TEXT("%f|%F|%06f|%g"), Inf, -Inf, Inf, -0.0), u"inf|-INF|   inf|-0");
 	ExpectUnits(FString::Printf(TEXT("%.17g|%.17g"), 1e300 * 10, 2.2250738585072014e-308), u"1.0000000000000001e+301|2.2250738585072014e-308");
+	// "#" keeps the point and the zeros; a negative precision from "*" counts as none.
+	ExpectUnits(FString::Printf(TEXT("%#.0f|%#g|%#.3g|%#.0e"), 2.5, 1.0, 0.0001, 3.0), u"2.|1.00000|0.000100|3.e+00");
+	ExpectUnits(FString::Printf(TEXT("%.*f|%.*f"), -3, 1.5, 2, 1.5), u"1.500000|1.50");
 }
 
 #ifndef _WIN32
@@ -64,7 +67,8 @@ TEST(StringTests, RealNumbersPrintAsTheCLibraryDoesForRandomValues)
 {
 	std::mt19937_64 Random(20261123);
 	const char* Directives[] = {"%f", "%.0f", "%.3f", "%12.4f", "%-12.1f|", "%012.2f", "%+f", "% f", "%e", "%.0e", "%+.10E",
-								"%g", "%.0g", "%.1g", "%.17g", "%G", "%15.6g", "%-9g|"};
+								"%g", "%.0g", "%.1g", "%.17g", "%G", "%15.6g", "%-9g|", "%#.0f", "%#.0e", "%#g", "%#.3G",
+								"%#.0g"};
 	for (int Round = 0; Round < 4000; ++Round)
 	{
 		uint64 Bits = Random();
@@ -117,6 +121,11 @@ TEST(StringTests, DecimalNumbersReadTheSameOnEverySystem)
 	EXPECT_TRUE(std::signbit(FCString::Atod(TEXT("-1e-999"))));
 	EXPECT_EQ(FCString::Atod(TEXT("0.0000000000000000000000000000000000000001e330")), 1e290);
 	EXPECT_EQ(FCString::Atod(TEXT("0e99999999999")), 0.0);
+	// A float is read straight, rounded once: float's largest value stays finite, beyond it is infinite.
+	EXPECT_EQ(FCString::Atof(TEXT("3.4028235e38")), std::numeric_limits<float>::max());
+	EXPECT_EQ(FCString::Atof(TEXT("3.5e38")), std::numeric_limits<float>::infinity());
+	EXPECT_EQ(FCString::Atof(TEXT(" 0.1")), 0.1f);
+	EXPECT_EQ(FCString::Atof(TEXT("1e-50")), 0.0f);
 }
 
 #ifndef _WIN32

@@ -4,6 +4,8 @@
 #include "HAL/PlatformFile.h"
 
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -24,10 +26,19 @@ public:
 				Base / ("tessel-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count() % 1000000007) +
 						"-" + std::to_string(Counter++));
 			std::error_code Error;
-			if (std::filesystem::create_directory(Candidate, Error) || Attempt > 100)
+			if (std::filesystem::create_directory(Candidate, Error))
 			{
+				// Ours alone, as mkdtemp makes it.
+				std::filesystem::permissions(Candidate, std::filesystem::perms::owner_all,
+											 std::filesystem::perm_options::replace, Error);
 				Path = FString(Candidate.generic_u16string());
 				break;
+			}
+			if (Attempt > 100)
+			{
+				// A folder we didn't make must never be used, since the end of the test deletes it whole.
+				std::fprintf(stderr, "no temporary folder could be made in %s\n", Base.string().c_str());
+				std::abort();
 			}
 		}
 	}

@@ -14,4 +14,6 @@ struct CORE_API FCString
 	// none follows. The point is always ".", whatever the user's locale, and the result is the same on every
 	// system: the nearest double, infinity when too large, zero when too small. No "inf", "nan" or hex forms.
 	static double Atod(const TCHAR* Text);
+	// The same reading into a float, rounded once: the float nearest to the text.
+	static float Atof(const TCHAR* Text);
 };
