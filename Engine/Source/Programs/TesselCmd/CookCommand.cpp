@@ -2,10 +2,10 @@
 #include "Commands.h"
 #include "HAL/FileManager.h"
 #include "KitSession.h"
+#include "Terminal.h"
 #include "cook/CookJob.h"
 
 #include <cstdio>
-#include <unistd.h>
 
 namespace
 {
@@ -91,7 +91,7 @@ namespace
 	class FTerminalProgress
 	{
 	public:
-		FTerminalProgress() : bTerminal(isatty(fileno(stderr)) != 0)
+		FTerminalProgress() : bTerminal(IsTerminal(stderr))
 		{
 			if (bTerminal)
 			{

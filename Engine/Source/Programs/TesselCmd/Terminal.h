@@ -2,8 +2,12 @@
 
 #include "CoreMinimal.h"
 
+#include <cstdio>
 #include <string>
 #include <thread>
+
+// True when Stream is a terminal (or console) rather than a file or a pipe.
+bool IsTerminal(std::FILE* Stream);
 
 // Asks on the terminal: the prompt goes to stderr and the answer is read from standard input, without echo
 // when bSecret. False when standard input is no terminal or ends before a line.

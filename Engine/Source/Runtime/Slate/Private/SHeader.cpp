@@ -1,8 +1,3 @@
-#include <QFrame>
-#include <QLayout>
-#include <QWidget>
-
-#include "SlateQt.h"
 #include "Widgets/Layout/SHeader.h"
 
 void SHeader::Construct(const FArguments& InArgs)
@@ -13,12 +8,3 @@ void SHeader::Construct(const FArguments& InArgs)
 	}
 }
 
-FNativeWidget* SHeader::CreateNativeWidget()
-{
-	QWidget* Widget = SlateQt::ToQt(SCompoundWidget::CreateNativeWidget());
-	QFrame* Line = new QFrame(Widget);
-	Line->setFrameShape(QFrame::HLine);
-	Line->setFrameShadow(QFrame::Sunken);
-	Widget->layout()->addWidget(Line);
-	return SlateQt::ToNative(Widget);
-}

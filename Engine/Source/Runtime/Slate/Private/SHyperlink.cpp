@@ -1,9 +1,4 @@
-#include <QPushButton>
-
-#include "SlateQt.h"
 #include "Widgets/Input/SHyperlink.h"
-
-using SlateQt::ToQString;
 
 void SHyperlink::Construct(const FArguments& InArgs)
 {
@@ -24,20 +19,3 @@ void SHyperlink::Navigate()
 	}
 }
 
-FNativeWidget* SHyperlink::CreateNativeWidget()
-{
-	QPushButton* Link = new QPushButton(ToQString(Text.Get().ToString()));
-	Link->setFlat(true);
-	Link->setCursor(Qt::PointingHandCursor);
-	Link->setStyleSheet(QStringLiteral("QPushButton { color: palette(link); text-decoration: underline; border: none; }"));
-	TWeakPtr<SWidget> Weak = weak_from_this();
-	QObject::connect(Link, &QPushButton::clicked,
-					 [Weak]
-					 {
-						 if (TSharedPtr<SWidget> Self = Weak.Pin())
-						 {
-							 static_cast<SHyperlink*>(Self.Get())->Navigate();
-						 }
-					 });
-	return SlateQt::ToNative(Link);
-}

@@ -1,6 +1,3 @@
-#include <QWidget>
-
-#include "SlateQt.h"
 #include "Widgets/SWindow.h"
 
 void SWindow::Construct(const FArguments& InArgs)
@@ -26,28 +23,3 @@ void SWindow::SetContent(const TSharedRef<SWidget>& InContent)
 	ChildSlot.Padding(8)[InContent];
 }
 
-FNativeWidget* SWindow::CreateNativeWidget()
-{
-	QWidget* Widget = SlateQt::ToQt(SCompoundWidget::CreateNativeWidget());
-	Widget->setWindowTitle(SlateQt::ToQString(Title.Get().ToString()));
-	// An autosized window is sized to its content when it is shown.
-	if (SizingRule != ESizingRule::Autosized)
-	{
-		Widget->resize(static_cast<int>(ClientSize.X), static_cast<int>(ClientSize.Y));
-	}
-	return SlateQt::ToNative(Widget);
-}
-
-void SWindow::RequestDestroyWindow()
-{
-	bDestroyRequested = true;
-	if (QWidget* Widget = SlateQt::FindQWidget(*this))
-	{
-		Widget->close();
-	}
-}
-
-void* SWindow::GetNativeWindowHandle()
-{
-	return reinterpret_cast<void*>(SlateQt::GetQWidget(*this)->winId());
-}

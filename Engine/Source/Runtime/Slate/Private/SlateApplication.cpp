@@ -1,19 +1,4 @@
-#include <QApplication>
-#include <QEvent>
-
 #include "Framework/Application/SlateApplication.h"
-
-struct FSlateApplication::FNativeApplication
-{
-	std::unique_ptr<QApplication> Application;
-};
-
-FSlateApplication::FSlateApplication() : Native(std::make_unique<FNativeApplication>())
-{
-}
-
-FSlateApplication::~FSlateApplication() = default;
-
 
 namespace
 {
@@ -31,12 +16,7 @@ void FSlateApplication::Create(int& ArgC, char** ArgV)
 		return;
 	}
 	Instance() = std::make_unique<FSlateApplication>();
-	if (!QApplication::instance())
-	{
-		Instance()->Native->Application = std::make_unique<QApplication>(ArgC, ArgV);
-	}
-	// Qt sets the C library's locale from the environment; the tool's text and numbers must not follow it.
-	std::setlocale(LC_NUMERIC, "C");
+	Instance()->StartNative(ArgC, ArgV);
 }
 
 bool FSlateApplication::IsInitialized()
@@ -80,11 +60,6 @@ void FSlateApplication::UnregisterWidget(SWidget* Widget)
 	}
 }
 
-void FSlateApplication::FlushDeferredDeletes()
-{
-	QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
-
 void FSlateApplication::Tick(float DeltaTime, bool bProcessNativeEvents)
 {
 	if (bTicking)
@@ -116,8 +91,7 @@ void FSlateApplication::Tick(float DeltaTime, bool bProcessNativeEvents)
 	}
 	if (bProcessNativeEvents)
 	{
-		QCoreApplication::processEvents();
-		FlushDeferredDeletes();
+		ProcessNativeEvents();
 	}
 	bTicking = false;
 }

@@ -31,6 +31,10 @@ public:
 	~FSlateApplication();
 
 private:
+	// The backend's side: its own application at the start, and a pass over its events each frame.
+	void StartNative(int& ArgC, char** ArgV);
+	void ProcessNativeEvents();
+
 	struct FNativeApplication;
 	std::unique_ptr<FNativeApplication> Native;
 	std::vector<SWidget*> Widgets;

@@ -43,6 +43,8 @@ protected:
 
 	FNativeWidget* CreateNativeWidget() override;
 	void ApplyRefresh();
+	// Hands the backend the new number of rows; bAppendOnly when rows were only added at the end.
+	void ShowRows(int32 Count, bool bAppendOnly);
 	void ScrollToIndex(int32 Index);
 	void MirrorSelection();
 

@@ -6,6 +6,11 @@
 #include <termios.h>
 #include <unistd.h>
 
+bool IsTerminal(std::FILE* Stream)
+{
+	return isatty(fileno(Stream)) != 0;
+}
+
 bool PromptOnTerminal(const FString& Prompt, bool bSecret, FString& OutAnswer)
 {
 	if (!isatty(STDIN_FILENO))

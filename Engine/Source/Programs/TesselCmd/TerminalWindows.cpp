@@ -1,0 +1,106 @@
+#include "Terminal.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <io.h>
+#include <iostream>
+
+#include "Windows/WindowsApi.h"
+
+bool IsTerminal(std::FILE* Stream)
+{
+	return _isatty(_fileno(Stream)) != 0;
+}
+
+bool PromptOnTerminal(const FString& Prompt, bool bSecret, FString& OutAnswer)
+{
+	if (!_isatty(_fileno(stdin)))
+	{
+		return false;
+	}
+	// Echo goes off before the prompt shows, as on a POSIX terminal.
+	const HANDLE Input = GetStdHandle(STD_INPUT_HANDLE);
+	DWORD Saved = 0;
+	const bool bHideEcho = bSecret && GetConsoleMode(Input, &Saved);
+	if (bHideEcho)
+	{
+		SetConsoleMode(Input, Saved & ~static_cast<DWORD>(ENABLE_ECHO_INPUT));
+	}
+	std::fputs(Prompt.ToUtf8().c_str(), stderr);
+	std::fflush(stderr);
+	std::string Line;
+	const bool bRead = static_cast<bool>(std::getline(std::cin, Line));
+	if (bHideEcho)
+	{
+		SetConsoleMode(Input, Saved);
+		std::fputc('\n', stderr);
+	}
+	if (!Line.empty() && Line.back() == '\r')
+	{
+		Line.pop_back();
+	}
+	OutAnswer = FString::FromUtf8(Line);
+	return bRead;
+}
+
+FStdoutTap::FStdoutTap(bool bToStderr)
+{
+	std::fflush(stdout);
+	int Pipe[2];
+	// Not inheritable as made: the start of a child passes on our standard output alone.
+	if (_pipe(Pipe, 1 << 16, _O_BINARY | _O_NOINHERIT) != 0)
+	{
+		return;
+	}
+	SavedStdout = _dup(_fileno(stdout));
+	Destination = bToStderr ? _fileno(stderr) : SavedStdout;
+	_dup2(Pipe[1], _fileno(stdout));
+	// Children take the system's standard output, not the C runtime's descriptor.
+	SetStdHandle(STD_OUTPUT_HANDLE, reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stdout))));
+	_close(Pipe[1]);
+	bActive = true;
+	Reader = std::thread([this, ReadEnd = Pipe[0]] { Pump(ReadEnd, Destination); });
+}
+
+FStdoutTap::~FStdoutTap()
+{
+	Finish();
+}
+
+void FStdoutTap::Pump(int ReadEnd, int To)
+{
+	char Buffer[4096];
+	while (true)
+	{
+		const int Count = _read(ReadEnd, Buffer, sizeof(Buffer));
+		if (Count <= 0)
+		{
+			break;
+		}
+		Captured.append(Buffer, static_cast<size_t>(Count));
+		for (int Written = 0; Written < Count;)
+		{
+			const int Step = _write(To, Buffer + Written, static_cast<unsigned>(Count - Written));
+			if (Step <= 0)
+			{
+				break;
+			}
+			Written += Step;
+		}
+	}
+	_close(ReadEnd);
+}
+
+FString FStdoutTap::Finish()
+{
+	if (bActive)
+	{
+		std::fflush(stdout);
+		_dup2(SavedStdout, _fileno(stdout));
+		SetStdHandle(STD_OUTPUT_HANDLE, reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stdout))));
+		Reader.join();
+		_close(SavedStdout);
+		bActive = false;
+	}
+	return FString::FromUtf8(Captured);
+}
