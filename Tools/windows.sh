@@ -33,5 +33,6 @@ fi
 	/d 'cmd.exe /c exit %ld %ld' /f >/dev/null 2>&1
 start=$SECONDS
 (cd Build-windows && ctest -j 2 --output-on-failure)
+bash Tools/windows-kit.sh Build-windows
 /usr/lib/wine/wineserver -k 2>/dev/null || true
 echo "windows: tests ran in $((SECONDS - start))s"

@@ -14,15 +14,37 @@
 #include "Misc/FileHelper.h"
 #include "ModDescriptionWriter.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <thread>
+#include <vector>
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#include "Windows/WindowsApi.h"
+#else
 #include <unistd.h>
+#endif
 
 namespace
 {
+	void SleepMilliseconds(int Milliseconds)
+	{
+		std::this_thread::sleep_for(std::chrono::milliseconds(Milliseconds));
+	}
+
+	[[noreturn]] void HangForever()
+	{
+		for (;;)
+		{
+			std::this_thread::sleep_for(std::chrono::hours(1));
+		}
+	}
+
 	struct FCookArguments
 	{
 		FString Project;
@@ -61,9 +83,16 @@ namespace
 
 	FString KitRoot()
 	{
+#ifdef _WIN32
+		wchar_t Buffer[32768];
+		const DWORD Length = GetModuleFileNameW(nullptr, Buffer, 32768);
+		FString Exe(std::u16string(WindowsApi::Ours(Buffer), Length));
+		Exe.ReplaceInline(TEXT("\\"), TEXT("/"));
+#else
 		char Buffer[4096];
 		const ssize_t Length = readlink("/proc/self/exe", Buffer, sizeof(Buffer) - 1);
 		FString Exe = Length > 0 ? FString::FromNative(std::string(Buffer, static_cast<size_t>(Length))) : FString();
+#endif
 		// <root>/Engine/Binaries/Win64/UE4Editor.exe
 		return FPaths::GetPath(FPaths::GetPath(FPaths::GetPath(FPaths::GetPath(Exe))));
 	}
@@ -75,8 +104,28 @@ namespace
 	}
 }
 
+#ifdef _WIN32
+// The wide entry point: a kit's path may hold any letter; the arguments go on as UTF-8, as on POSIX.
+int wmain(int ArgC, wchar_t** WideArgV)
+{
+	std::vector<std::string> Utf8;
+	std::vector<char*> Pointers;
+	for (int Index = 0; Index < ArgC; ++Index)
+	{
+		Utf8.push_back(FString(std::u16string(WindowsApi::Ours(WideArgV[Index]))).ToNative());
+	}
+	for (std::string& Argument : Utf8)
+	{
+		Pointers.push_back(Argument.data());
+	}
+	char** ArgV = Pointers.data();
+	// Line ends go out as written, as the engine's log writes them.
+	_setmode(_fileno(stdout), _O_BINARY);
+	SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+#else
 int main(int ArgC, char** ArgV)
 {
+#endif
 	FCookArguments Args;
 	if (ArgC < 3 || std::string(ArgV[2]) != "-run=Cook")
 	{
@@ -182,6 +231,9 @@ int main(int ArgC, char** ArgV)
 	{
 		Print(TEXT("LogCook: Display: about to fail hard"));
 		std::fflush(stdout);
+#ifdef _WIN32
+		*static_cast<volatile int*>(nullptr) = 0;
+#endif
 		std::raise(SIGSEGV);
 	}
 	if (Mode.StartsWith(TEXT("flood:")))
@@ -199,10 +251,10 @@ int main(int ArgC, char** ArgV)
 	{
 		std::fputs("LogCook: Display: half a li", stdout);
 		std::fflush(stdout);
-		usleep(20000);
+		SleepMilliseconds(20);
 		std::fputs("ne\r\nsecond\rline with a bare return\r\n\n\r\n", stdout);
 		std::fflush(stdout);
-		usleep(20000);
+		SleepMilliseconds(20);
 	}
 	if (Mode == TEXT("invalid-utf8"))
 	{
@@ -263,28 +315,29 @@ int main(int ArgC, char** ArgV)
 		// Bounded, so that a test that forgets the file can't leave a child behind for ever.
 		for (int32 Wait = 0; Wait < 60000 && !FPaths::FileExists(Source / TEXT("StandIn.go")); ++Wait)
 		{
-			usleep(1000);
+			SleepMilliseconds(1);
 		}
 	}
 
 	// A hang comes after the files are written, as a cook that stalls at its end.
 	if (Mode == TEXT("hang"))
 	{
+#ifdef _WIN32
+		// Windows has no fork: the commandlet hangs alone there.
+		Print(TEXT("LogCook: Display: waiting for the shader compiler"));
+		std::fflush(stdout);
+		HangForever();
+#else
 		// A grandchild that hangs as well, so that only ending the whole tree ends both.
 		const pid_t Grandchild = fork();
 		if (Grandchild == 0)
 		{
-			for (;;)
-			{
-				pause();
-			}
+			HangForever();
 		}
 		Print(FString::Printf(TEXT("LogCook: Display: waiting for the shader compiler (pid %d)"), static_cast<int32>(Grandchild)));
 		std::fflush(stdout);
-		for (;;)
-		{
-			pause();
-		}
+		HangForever();
+#endif
 	}
 	Print(FString::Printf(TEXT("LogCook: Display: Cook finished: %d packages cooked for %s"), Packages, *Args.TargetPlatform));
 	Print(TEXT("LogCook: Display: Done!"));
