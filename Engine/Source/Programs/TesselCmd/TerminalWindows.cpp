@@ -67,30 +67,6 @@ FStdoutTap::~FStdoutTap()
 	Finish();
 }
 
-void FStdoutTap::Pump(int ReadEnd, int To)
-{
-	char Buffer[4096];
-	while (true)
-	{
-		const int Count = _read(ReadEnd, Buffer, sizeof(Buffer));
-		if (Count <= 0)
-		{
-			break;
-		}
-		Captured.append(Buffer, static_cast<size_t>(Count));
-		for (int Written = 0; Written < Count;)
-		{
-			const int Step = _write(To, Buffer + Written, static_cast<unsigned>(Count - Written));
-			if (Step <= 0)
-			{
-				break;
-			}
-			Written += Step;
-		}
-	}
-	_close(ReadEnd);
-}
-
 FString FStdoutTap::Finish()
 {
 	if (bActive)
