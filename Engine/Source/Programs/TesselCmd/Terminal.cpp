@@ -1,5 +1,8 @@
 #include "Terminal.h"
 
+#include <iostream>
+#include <string>
+
 #ifdef _WIN32
 #include <io.h>
 #else
@@ -29,4 +32,17 @@ void FStdoutTap::Pump(int ReadEnd, int To)
 		}
 	}
 	close(ReadEnd);
+}
+
+bool ReadAnswerLine(FString& OutAnswer)
+{
+	std::string Line;
+	const bool bRead = static_cast<bool>(std::getline(std::cin, Line));
+	// A line typed on Windows, or piped from a Windows file, ends in CR LF.
+	if (!Line.empty() && Line.back() == '\r')
+	{
+		Line.pop_back();
+	}
+	OutAnswer = FString::FromUtf8(Line);
+	return bRead;
 }

@@ -12,6 +12,8 @@ bool IsTerminal(std::FILE* Stream);
 // Asks on the terminal: the prompt goes to stderr and the answer is read from standard input, without echo
 // when bSecret. False when standard input is no terminal or ends before a line.
 bool PromptOnTerminal(const FString& Prompt, bool bSecret, FString& OutAnswer);
+// Reads one line of standard input as the answer, without its line end; false when input ended first.
+bool ReadAnswerLine(FString& OutAnswer);
 
 // Catches what children started meanwhile write to our standard output, as they inherit it, and passes it on
 // at once: to standard output, or to standard error when stdout must hold nothing but a JSON document.

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <fcntl.h>
-#include <iostream>
 #include <termios.h>
 #include <unistd.h>
 
@@ -29,19 +28,13 @@ bool PromptOnTerminal(const FString& Prompt, bool bSecret, FString& OutAnswer)
 	}
 	std::fputs(Prompt.ToUtf8().c_str(), stderr);
 	std::fflush(stderr);
-	std::string Line;
-	const bool bRead = static_cast<bool>(std::getline(std::cin, Line));
+	const bool bRead = ReadAnswerLine(OutAnswer);
 	if (bHideEcho)
 	{
 		tcsetattr(STDIN_FILENO, TCSANOW, &Saved);
 		// The line feed the user typed was not echoed either.
 		std::fputc('\n', stderr);
 	}
-	if (!Line.empty() && Line.back() == '\r')
-	{
-		Line.pop_back();
-	}
-	OutAnswer = FString::FromUtf8(Line);
 	return bRead;
 }
 

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <io.h>
-#include <iostream>
 
 #include "Windows/WindowsApi.h"
 
@@ -28,18 +27,12 @@ bool PromptOnTerminal(const FString& Prompt, bool bSecret, FString& OutAnswer)
 	}
 	std::fputs(Prompt.ToUtf8().c_str(), stderr);
 	std::fflush(stderr);
-	std::string Line;
-	const bool bRead = static_cast<bool>(std::getline(std::cin, Line));
+	const bool bRead = ReadAnswerLine(OutAnswer);
 	if (bHideEcho)
 	{
 		SetConsoleMode(Input, Saved);
 		std::fputc('\n', stderr);
 	}
-	if (!Line.empty() && Line.back() == '\r')
-	{
-		Line.pop_back();
-	}
-	OutAnswer = FString::FromUtf8(Line);
 	return bRead;
 }
 
