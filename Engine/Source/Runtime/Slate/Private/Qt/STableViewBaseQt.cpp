@@ -3,6 +3,7 @@
 #include <QVBoxLayout>
 #include <QWidget>
 
+#include "RowDelegateQt.h"
 #include "SlateQt.h"
 #include "TableListViewQt.h"
 #include "TableModelQt.h"
@@ -45,6 +46,7 @@ FNativeWidget* STableViewBase::CreateNativeWidget()
 	Parts->Model = new FTableModelQt(this);
 	Parts->Model->setParent(Parts->View);
 	Parts->View->setModel(Parts->Model);
+	Parts->View->setItemDelegate(new FRowDelegateQt(Parts->View));
 	Parts->View->verticalHeader()->setMinimumSectionSize(1);
 	Parts->View->verticalHeader()->setDefaultSectionSize(static_cast<int>(ItemHeight));
 	Parts->View->setSelectionMode(SelectionMode == ESelectionMode::None ? QAbstractItemView::NoSelection
