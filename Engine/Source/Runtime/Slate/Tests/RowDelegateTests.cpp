@@ -22,7 +22,7 @@ namespace
 	struct FRenderedRows
 	{
 		QImage Picture;
-		int PlainRows = 0;
+		quint64 PlainRows = 0;
 	};
 
 	FRenderedRows Render(const QStringList& Lines, int FontPixels, int RowHeight, int Width, int SelectedRow, bool bOurDelegate)
@@ -105,7 +105,7 @@ TEST(RowDelegateTests, PlainRowsLookExactlyAsQtPaintsThemAndOtherRowsAreLeftToQt
 				const FRenderedRows Qts = Render(Lines, FontPixels, RowHeight, Width, 8, false);
 				// Rows 0, 1 and 7 are plain ASCII that fits; the others are non-ASCII, hold a tab, form
 				// ligatures, are empty, need eliding or are selected.
-				EXPECT_EQ(Ours.PlainRows, 3);
+				EXPECT_EQ(Ours.PlainRows, 3u);
 				EXPECT_EQ(DifferentPixels(Ours.Picture, Qts.Picture), 0);
 			}
 		}

@@ -24,7 +24,7 @@ public:
 	void paint(QPainter* Painter, const QStyleOptionViewItem& Option, const QModelIndex& Index) const override;
 
 	// How many rows took the direct way, so that a test can tell it was taken.
-	int PlainRowsPainted() const { return PlainRows; }
+	quint64 PlainRowsPainted() const { return PlainRows; }
 
 	static constexpr char16_t FirstPlain = 0x20;
 	static constexpr char16_t LastPlain = 0x7e;
@@ -52,7 +52,8 @@ private:
 	qreal BaselineInRow(const QStyleOptionViewItem& Row, QStyle* Style) const;
 
 	mutable std::unique_ptr<FFontShapes> Shapes;
-	mutable int PlainRows = 0;
+	// Wide enough that an editor left open for months never wraps it.
+	mutable quint64 PlainRows = 0;
 	mutable QFont FontOfBaseline;
 	mutable int RowHeightOfBaseline = 0;
 	mutable const QStyle* StyleOfBaseline = nullptr;
