@@ -84,9 +84,10 @@ namespace
 
 qreal FRowDelegateQt::BaselineInRow(const QStyleOptionViewItem& Row, QStyle* Style) const
 {
-	if (bBaselineFound && Row.font == FontOfBaseline && Row.rect.height() == RowHeightOfBaseline && Style == StyleOfBaseline)
+	// Kept with the font's shapes, so a new font learns its baseline anew.
+	if (Row.rect.height() == Shapes->BaselineRowHeight && Style == Shapes->BaselineStyle)
 	{
-		return Baseline;
+		return Shapes->Baseline;
 	}
 	QStyleOptionViewItem Sample(Row);
 	Sample.text = QStringLiteral("x");
@@ -97,16 +98,10 @@ qreal FRowDelegateQt::BaselineInRow(const QStyleOptionViewItem& Row, QStyle* Sty
 		Recorder.setFont(Row.font);
 		Style->drawControl(QStyle::CE_ItemViewItem, &Sample, &Recorder, Row.widget);
 	}
-	if (!Device.Engine.bFound)
-	{
-		return -1.0;
-	}
-	FontOfBaseline = Row.font;
-	RowHeightOfBaseline = Row.rect.height();
-	StyleOfBaseline = Style;
-	Baseline = Device.Engine.Baseline;
-	bBaselineFound = true;
-	return Baseline;
+	Shapes->BaselineRowHeight = Row.rect.height();
+	Shapes->BaselineStyle = Style;
+	Shapes->Baseline = Device.Engine.bFound ? Device.Engine.Baseline : -1.0;
+	return Shapes->Baseline;
 }
 
 void FRowDelegateQt::paint(QPainter* Painter, const QStyleOptionViewItem& Option, const QModelIndex& Index) const

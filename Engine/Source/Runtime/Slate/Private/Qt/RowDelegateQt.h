@@ -43,20 +43,20 @@ private:
 		std::array<qreal, PlainCount> Width{};
 		// Learnt as pairs are met; about 36 KB a font.
 		std::array<float, PlainCount * PlainCount> PairAdvance{};
+		// The baseline for the last row height and style met.
+		int BaselineRowHeight = -1;
+		const QStyle* BaselineStyle = nullptr;
+		qreal Baseline = -1.0;
 	};
 
 	bool PaintPlainRow(QPainter* Painter, QStyleOptionViewItem& Row) const;
 	bool LearnFont(const QFont& Font) const;
 	qreal PairAdvance(int First, int Second) const;
 	// Where the style puts the baseline of a row's text, below the row's top; negative if it draws no text.
+	// Needs the font learnt.
 	qreal BaselineInRow(const QStyleOptionViewItem& Row, QStyle* Style) const;
 
 	mutable std::unique_ptr<FFontShapes> Shapes;
 	// Wide enough that an editor left open for months never wraps it.
 	mutable quint64 PlainRows = 0;
-	mutable QFont FontOfBaseline;
-	mutable int RowHeightOfBaseline = 0;
-	mutable const QStyle* StyleOfBaseline = nullptr;
-	mutable qreal Baseline = 0.0;
-	mutable bool bBaselineFound = false;
 };
