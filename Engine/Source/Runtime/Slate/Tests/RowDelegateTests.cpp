@@ -1,9 +1,11 @@
 // The list rows' direct painting must give the very pixels Qt's own delegate gives, and step aside for every row
-// it can't paint the same way.
+// it can't paint the same way; the list's scroll bar, which skips repaints that would change nothing, must never
+// leave an old picture on screen.
 #include "RowDelegateQt.h"
 #include "TableListViewQt.h"
 
 #include <QImage>
+#include <QScreen>
 #include <QStringListModel>
 
 #include <QApplication>
@@ -110,4 +112,46 @@ TEST(RowDelegateTests, PlainRowsLookExactlyAsQtPaintsThemAndOtherRowsAreLeftToQt
 			}
 		}
 	}
+}
+
+TEST(RowDelegateTests, ScrollBarOnScreenIsAlwaysWhatAFreshPaintGives)
+{
+	QStringListModel Model;
+	FTableListViewQt View(nullptr);
+	View.setModel(&Model);
+	View.verticalHeader()->setMinimumSectionSize(1);
+	View.verticalHeader()->setDefaultSectionSize(18);
+	View.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+	View.resize(300, 200);
+	View.show();
+	QApplication::processEvents();
+	const FSteadyScrollBarQt* Bar = static_cast<const FSteadyScrollBarQt*>(View.verticalScrollBar());
+
+	// First a few rows at a time, so that the thumb shrinks and moves with every batch, then in batches so
+	// large that it stays at its smallest at the end, and then a scroll back to the top.
+	int Rows = 0;
+	std::vector<int> Batches = {1, 5, 5, 10, 20, 50};
+	Batches.insert(Batches.end(), 20, 1000);
+	Batches.push_back(0);
+	for (size_t BatchIndex = 0; BatchIndex < Batches.size(); ++BatchIndex)
+	{
+		SCOPED_TRACE(testing::Message() << "batch " << BatchIndex << ", " << Rows << " rows before it");
+		const int Batch = Batches[BatchIndex];
+		if (Batch > 0)
+		{
+			Model.insertRows(Rows, Batch);
+			for (int Row = Rows; Row < Rows + Batch; ++Row)
+			{
+				Model.setData(Model.index(Row), QStringLiteral("LogCook: Display: line %1").arg(Row));
+			}
+			Rows += Batch;
+		}
+		View.ScrollToRow(Batch > 0 ? Rows - 1 : 0);
+		QApplication::processEvents();
+		const QImage OnScreen = View.screen()->grabWindow(View.winId()).toImage().convertToFormat(QImage::Format_RGB32);
+		const QImage Fresh = View.grab().toImage().convertToFormat(QImage::Format_RGB32);
+		ASSERT_EQ(DifferentPixels(OnScreen, Fresh), 0);
+	}
+	// The thumb stood still through most of the large batches.
+	EXPECT_GE(Bar->RepaintsSkipped(), 15u);
 }

@@ -5,6 +5,7 @@
 #include <QMouseEvent>
 #include <QTableView>
 
+#include "SteadyScrollBarQt.h"
 #include "Widgets/Views/STableViewBase.h"
 
 // A one-column table rather than a list view: the table's row header keeps rows of one height as a single
@@ -22,6 +23,7 @@ public:
 		setSelectionBehavior(QAbstractItemView::SelectRows);
 		setWordWrap(false);
 		setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+		setVerticalScrollBar(new FSteadyScrollBarQt(Qt::Vertical));
 	}
 	STableViewBase* Owner;
 
@@ -29,8 +31,11 @@ public:
 	// layout pass.
 	void ScrollToRow(int Row)
 	{
-		updateGeometries();
-		scrollTo(model()->index(Row, 0), QAbstractItemView::EnsureVisible);
+		static_cast<FSteadyScrollBarQt*>(verticalScrollBar())->ChangeTogether([this, Row]()
+		{
+			updateGeometries();
+			scrollTo(model()->index(Row, 0), QAbstractItemView::EnsureVisible);
+		});
 	}
 
 protected:
