@@ -19,9 +19,13 @@
 #include <random>
 #include <set>
 #include <string>
-#include <sys/wait.h>
 #include <thread>
+#ifdef _WIN32
+#include "Windows/WindowsApi.h"
+#else
+#include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 namespace
 {
@@ -264,14 +268,27 @@ TEST(CompressCookedFilesTests, PackageThatCannotBeOpenedStopsTheWalk)
 	FTempDirectory Dir;
 	const FString Staged = Dir / TEXT("Staged");
 	const FString Target = Dir / TEXT("Target");
-	// A link to nothing: even root can't open it, unlike a file without permissions.
+	// A file nobody can open: on POSIX a link to nothing (even root can't open it, unlike a file without
+	// permissions); on Windows a file another handle holds without sharing.
 	for (int Index = 0; Index < 6; ++Index)
 	{
 		Dir.WriteFile(FString::Printf(TEXT("Staged/Sub%d/p%d.uasset"), Index % 2, Index), Text(1000, 'c'));
 		Dir.WriteFile(FString::Printf(TEXT("Staged/Sub%d/t%d.txt"), Index % 2, Index), "text");
 	}
 	FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*(Staged / TEXT("Sub1")));
+#ifdef _WIN32
+	Dir.WriteFile(TEXT("Staged/Sub1/Broken.uasset"), Text(1000, 'b'));
+	const FString Held = Staged / TEXT("Sub1/Broken.uasset");
+	const HANDLE Holder = CreateFileW(WindowsApi::Wide(*Held), GENERIC_READ, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+	ASSERT_NE(Holder, INVALID_HANDLE_VALUE);
+	struct FClose
+	{
+		HANDLE Handle;
+		~FClose() { CloseHandle(Handle); }
+	} CloseAtEnd{Holder};
+#else
 	ASSERT_EQ(symlink((Dir / TEXT("missing")).ToUtf8().c_str(), (Staged / TEXT("Sub1/Broken.uasset")).ToUtf8().c_str()), 0);
+#endif
 
 	FRecordingVisitor Visitor(Staged, Target);
 	EXPECT_FALSE(FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(*Staged, Visitor));
@@ -341,6 +358,9 @@ TEST(CompressCookedFilesTests, DISABLED_WalkUntilKilled)
 
 TEST(CompressCookedFilesTests, KilledWalkLeavesOnlyWholeFilesUnderTheirNames)
 {
+#ifdef _WIN32
+	GTEST_SKIP() << "each walk is a fork of this test ended by SIGKILL, which Windows has not";
+#else
 	FTempDirectory Dir;
 	// Two cooks of the same mod: the same names and sizes, other bytes. The walks take turns into one target.
 	std::map<std::string, std::array<std::string, 2>> Sources;
@@ -461,4 +481,5 @@ TEST(CompressCookedFilesTests, KilledWalkLeavesOnlyWholeFilesUnderTheirNames)
 	std::cout << "walks: " << Rounds << ", killed inside the walk: " << KillsInsideAWalk << ", one walk: "
 			  << WalkTime.count() / 1000 << " ms" << std::endl;
 	EXPECT_GE(KillsInsideAWalk, 200);
+#endif
 }

@@ -5,13 +5,15 @@
 #include "HAL/PlatformFile.h"
 #include "Misc/Compression.h"
 #include "Testing/EditorServicesDouble.h"
+#include "TestPrograms.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <chrono>
+#ifndef _WIN32
 #include <sys/stat.h>
-#include <csignal>
+#endif
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -21,19 +23,6 @@
 
 namespace
 {
-	// A process counts as gone when it no longer exists or is a zombie nobody has reaped yet.
-	bool IsAlive(pid_t Pid)
-	{
-		if (kill(Pid, 0) != 0)
-		{
-			return false;
-		}
-		std::ifstream Stat("/proc/" + std::to_string(Pid) + "/stat");
-		std::string Content((std::istreambuf_iterator<char>(Stat)), std::istreambuf_iterator<char>());
-		const size_t Close = Content.rfind(')');
-		return Close == std::string::npos || Close + 2 >= Content.size() || Content[Close + 2] != 'Z';
-	}
-
 	// A kit with the stand-in commandlet, a tool over it without a window, and a recording dialog service.
 	struct FRunFixture
 	{
@@ -244,6 +233,9 @@ TEST(JobRunnerTests, TwoTargetsRunInOrderAndTheDialogFollowsTheLast)
 
 TEST(JobRunnerTests, AFolderWhoseNameIsNotUtf8CooksUnderTheSameBytes)
 {
+#ifdef _WIN32
+	GTEST_SKIP() << "Windows names are UTF-16 and reach us whole; a name of bytes that are no UTF-8 is POSIX's";
+#else
 	FRunFixture Fixture;
 	// Latin-1 and two bytes that are never UTF-8.
 	const std::string RawName = "Caf\xE9\xFF\xFE";
@@ -274,6 +266,7 @@ TEST(JobRunnerTests, AFolderWhoseNameIsNotUtf8CooksUnderTheSameBytes)
 	}
 	ASSERT_EQ(Packaged.size(), 1u);
 	EXPECT_NE(Packaged[0].find("/" + RawName + "/"), std::string::npos) << Packaged[0];
+#endif
 }
 
 namespace
@@ -352,7 +345,9 @@ TEST(JobRunnerTests, ACommandletThatCannotStartEndsEveryJobWithTheDialog)
 		if (bPresent)
 		{
 			Fixture.Kit.WriteFile(TEXT("Engine/Binaries/Win64/UE4Editor.exe"), "MZ but nothing that runs here");
+#ifndef _WIN32
 			chmod(Exe.ToNative().c_str(), 0755);
+#endif
 		}
 		Fixture.Tool->OnCookMapClicked();
 		ASSERT_EQ(ActiveJobs.Num(), 2);
@@ -405,20 +400,20 @@ TEST(JobRunnerTests, CancelDuringTheSecondTargetEndsTheWholeTreeWithoutDialog)
 	// The first target's completion step has run.
 	EXPECT_TRUE(FPaths::FileExists(FirstTarget / TEXT("Alpha.umap.z")));
 	const int32 At = GrandchildLine.Find(TEXT("(pid "));
-	const pid_t Grandchild = static_cast<pid_t>(std::atoi(GrandchildLine.Mid(At + 5).ToUtf8().c_str()));
+	const int32 Grandchild = std::atoi(GrandchildLine.Mid(At + 5).ToUtf8().c_str());
 	ASSERT_GT(Grandchild, 0);
-	EXPECT_TRUE(IsAlive(Grandchild));
+	EXPECT_FALSE(TestPrograms::IsGone(Grandchild));
 
 	EXPECT_TRUE(Fixture.Tool->CanCancel());
 	Fixture.Tool->OnCancelClicked();
 	EXPECT_EQ(ActiveJobs.Num(), 0);
 	EXPECT_FALSE(Fixture.Tool->CanCancel());
 	const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-	while (IsAlive(Grandchild) && std::chrono::steady_clock::now() < Deadline)
+	while (!TestPrograms::IsGone(Grandchild) && std::chrono::steady_clock::now() < Deadline)
 	{
 		std::this_thread::sleep_for(std::chrono::milliseconds(10));
 	}
-	EXPECT_FALSE(IsAlive(Grandchild));
+	EXPECT_TRUE(TestPrograms::IsGone(Grandchild));
 	Fixture.Tick(*Fixture.Tool);
 	EXPECT_EQ(Fixture.Services->Dialogs.Num(), 0);
 	// The second target's completion step never ran: its staging folder is still there.

@@ -6,9 +6,11 @@
 
 #include <gtest/gtest.h>
 #include <dirent.h>
+#ifndef _WIN32
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 namespace
 {
@@ -127,6 +129,9 @@ TEST(ModCatalogueTests, NoModsFolderGivesAnEmptyListAndNoSelection)
 
 TEST(ModCatalogueTests, UnreadableModsFolderGivesAnEmptyList)
 {
+#ifdef _WIN32
+	GTEST_SKIP() << "a folder without read permission is POSIX's (chmod 0, tried as a user other than root)";
+#else
 	FTestKit Kit;
 	Kit.AddMod(TEXT("Hidden"));
 	chmod(Kit.Root().ToNative().c_str(), 0755);
@@ -153,12 +158,18 @@ TEST(ModCatalogueTests, UnreadableModsFolderGivesAnEmptyList)
 	// Readable again, the same folder gives its mod: the child's empty list came from the permissions.
 	TSharedRef<STesselTool> ToolWidget = SNew(STesselTool);
 	EXPECT_EQ(ToolWidget->ModList.Num(), 1);
+#endif
 }
 
 TEST(ModCatalogueTests, OddCharactersInFolderNamesSurvive)
 {
 	FTestKit Kit;
+#ifdef _WIN32
+	// Windows forbids '"' in a name; the rest is just as odd.
+	const FString Odd = TEXT("Île 'Quoted' , #1 — Σ");
+#else
 	const FString Odd = TEXT("Île \"Quoted\" , #1 — Σ");
+#endif
 	Kit.AddMod(Odd, {TEXT("Carte Île.umap")});
 	TSharedRef<STesselTool> ToolWidget = SNew(STesselTool);
 	STesselTool& Tool = *ToolWidget;

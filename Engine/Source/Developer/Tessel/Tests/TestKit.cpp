@@ -1,8 +1,14 @@
 #include "TestKit.h"
 
+#include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
+#include "TestPrograms.h"
 
+#ifdef _WIN32
+#include "Windows/WindowsApi.h"
+#else
 #include <sys/stat.h>
+#endif
 
 FTestKit::FTestKit()
 {
@@ -43,34 +49,53 @@ FString FTestKit::AddPackagedMod(const FString& Name) const
 	return Folder;
 }
 
-void FTestKit::InstallCookCommandlet() const
-{
-	const FString Exe = Dir / TEXT("Engine/Binaries/Win64/UE4Editor.exe");
-	FPlatformFileManager::Get().GetPlatformFile().CopyFile(*Exe, TEXT(TESSEL_COOK_COMMANDLET));
-	chmod(Exe.ToUtf8().c_str(), 0755);
-}
-
 namespace
 {
-	void InstallProgram(const FString& To, const TCHAR* From)
+	// Places a program the build made, runnable, as a kit has it. On Windows the libraries it needs go beside
+	// it too, as an installed engine and SteamCMD have theirs.
+	void InstallProgram(const FString& To, const FString& From)
 	{
-		FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*FPaths::GetPath(To));
-		FPlatformFileManager::Get().GetPlatformFile().CopyFile(*To, From);
+		IPlatformFile& Files = FPlatformFileManager::Get().GetPlatformFile();
+		Files.CreateDirectoryTree(*FPaths::GetPath(To));
+		Files.CopyFile(*To, *From);
+#ifdef _WIN32
+		TArray<FString> Libraries;
+		IFileManager::Get().FindFiles(Libraries, *(FPaths::GetPath(From) / TEXT("*.dll")), true, false);
+		for (const FString& Library : Libraries)
+		{
+			// A link where the file system allows one: a kit per test would otherwise copy the libraries each time.
+			const FString Link = FPaths::GetPath(To) / Library;
+			const FString Original = FPaths::GetPath(From) / Library;
+			if (!CreateHardLinkW(WindowsApi::Wide(*Link), WindowsApi::Wide(*Original), nullptr))
+			{
+				Files.CopyFile(*Link, *Original);
+			}
+		}
+#else
 		chmod(To.ToUtf8().c_str(), 0755);
+#endif
 	}
+}
+
+void FTestKit::InstallCookCommandlet() const
+{
+	InstallProgram(Dir / TEXT("Engine/Binaries/Win64/UE4Editor.exe"),
+				   TestPrograms::Path(TEXT("TesselCookCommandlet.exe"), TESSEL_COOK_COMMANDLET));
 }
 
 void FTestKit::InstallSteamCmd() const
 {
-	InstallProgram(Dir / TEXT("ModTools/SteamCMD/steamcmd.exe"), TEXT(TESSEL_STEAMCMD));
+	InstallProgram(Dir / TEXT("ModTools/SteamCMD/steamcmd.exe"), TestPrograms::Path(TEXT("TesselSteamCmd.exe"), TESSEL_STEAMCMD));
 }
 
 void FTestKit::InstallUploader() const
 {
-	InstallProgram(Dir / TEXT("ModTools/Uploader/QuillonModUploader.exe"), TEXT(TESSEL_UPLOADER));
+	InstallProgram(Dir / TEXT("ModTools/Uploader/QuillonModUploader.exe"),
+				   TestPrograms::Path(TEXT("TesselUploader.exe"), TESSEL_UPLOADER));
 }
 
 void FTestKit::InstallWorkshopTemplate() const
 {
-	FPlatformFileManager::Get().GetPlatformFile().CopyFile(*(Dir / TEXT("ModTools/SteamVDF.template")), TEXT(TESSEL_WORKSHOP_TEMPLATE));
+	FPlatformFileManager::Get().GetPlatformFile().CopyFile(*(Dir / TEXT("ModTools/SteamVDF.template")),
+														   *TestPrograms::Path(TEXT("SteamVDF.template"), TESSEL_WORKSHOP_TEMPLATE));
 }

@@ -50,8 +50,14 @@ namespace
 	// An environment variable set for the life of the object.
 	struct FScopedEnvironment
 	{
+#ifdef _WIN32
+		// The C runtime's own call changes the block that children inherit as well; an empty value removes.
+		FScopedEnvironment(const char* InName, const std::string& Value) : Name(InName) { _putenv_s(Name, Value.c_str()); }
+		~FScopedEnvironment() { _putenv_s(Name, ""); }
+#else
 		FScopedEnvironment(const char* InName, const std::string& Value) : Name(InName) { setenv(Name, Value.c_str(), 1); }
 		~FScopedEnvironment() { unsetenv(Name); }
+#endif
 		const char* Name;
 	};
 
@@ -364,7 +370,7 @@ TEST(UploadTests, UploaderRouteAnswersAndArguments)
 	EXPECT_EQ(Upload.Editor->ModalWindows.Num(), 1);
 	EXPECT_EQ(Upload.Mod->ItemSeamId, FString(TEXT("100")));
 
-	// A program ended by a signal has published nothing.
+	// A program that crashed has published nothing.
 	Upload.SetUploaderAnswer("crash");
 	Upload.Tool->OnUploadClicked();
 	EXPECT_EQ(Upload.Editor->ModalWindows.Num(), 2);

@@ -13,36 +13,56 @@
 #include "HAL/PlatformFile.h"
 #include "Misc/FileHelper.h"
 #include "ModDescriptionWriter.h"
+#include "StandInMain.h"
 
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
-#ifdef _WIN32
-#include <fcntl.h>
-#include <io.h>
-#include "Windows/WindowsApi.h"
-#else
+#ifndef _WIN32
 #include <unistd.h>
 #endif
 
 namespace
 {
+#ifdef _WIN32
+	constexpr const wchar_t* HangAsGrandchild = L"--hang-as-grandchild";
+#endif
+
 	void SleepMilliseconds(int Milliseconds)
 	{
 		std::this_thread::sleep_for(std::chrono::milliseconds(Milliseconds));
 	}
 
-	[[noreturn]] void HangForever()
+	// A grandchild that hangs as well, so that only ending the whole tree ends both; its id, or -1.
+	int32 StartHangingGrandchild()
 	{
-		for (;;)
+#ifdef _WIN32
+		// Windows has no fork: the grandchild is this program once more, told to hang.
+		wchar_t Self[32768];
+		const DWORD Length = GetModuleFileNameW(nullptr, Self, 32768);
+		std::wstring CommandLine = L"\"" + std::wstring(Self, Length) + L"\" " + HangAsGrandchild;
+		STARTUPINFOW Startup{};
+		Startup.cb = sizeof(Startup);
+		PROCESS_INFORMATION Started{};
+		if (!CreateProcessW(Self, CommandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr, &Startup, &Started))
 		{
-			std::this_thread::sleep_for(std::chrono::hours(1));
+			return -1;
 		}
+		CloseHandle(Started.hThread);
+		CloseHandle(Started.hProcess);
+		return static_cast<int32>(Started.dwProcessId);
+#else
+		const pid_t Grandchild = fork();
+		if (Grandchild == 0)
+		{
+			StandIn::HangForever();
+		}
+		return static_cast<int32>(Grandchild);
+#endif
 	}
 
 	struct FCookArguments
@@ -83,16 +103,7 @@ namespace
 
 	FString KitRoot()
 	{
-#ifdef _WIN32
-		wchar_t Buffer[32768];
-		const DWORD Length = GetModuleFileNameW(nullptr, Buffer, 32768);
-		FString Exe(std::u16string(WindowsApi::Ours(Buffer), Length));
-		Exe.ReplaceInline(TEXT("\\"), TEXT("/"));
-#else
-		char Buffer[4096];
-		const ssize_t Length = readlink("/proc/self/exe", Buffer, sizeof(Buffer) - 1);
-		FString Exe = Length > 0 ? FString::FromNative(std::string(Buffer, static_cast<size_t>(Length))) : FString();
-#endif
+		const FString Exe = StandIn::ProgramPath();
 		// <root>/Engine/Binaries/Win64/UE4Editor.exe
 		return FPaths::GetPath(FPaths::GetPath(FPaths::GetPath(FPaths::GetPath(Exe))));
 	}
@@ -104,27 +115,14 @@ namespace
 	}
 }
 
+// The arguments arrive as UTF-8 on every system: a kit's path may hold any letter.
+static int CookMain(int ArgC, char** ArgV)
+{
 #ifdef _WIN32
-// The wide entry point: a kit's path may hold any letter; the arguments go on as UTF-8, as on POSIX.
-int wmain(int ArgC, wchar_t** WideArgV)
-{
-	std::vector<std::string> Utf8;
-	std::vector<char*> Pointers;
-	for (int Index = 0; Index < ArgC; ++Index)
+	if (ArgC == 2 && std::string(ArgV[1]) == "--hang-as-grandchild")
 	{
-		Utf8.push_back(FString(std::u16string(WindowsApi::Ours(WideArgV[Index]))).ToNative());
+		StandIn::HangForever();
 	}
-	for (std::string& Argument : Utf8)
-	{
-		Pointers.push_back(Argument.data());
-	}
-	char** ArgV = Pointers.data();
-	// Line ends go out as written, as the engine's log writes them.
-	_setmode(_fileno(stdout), _O_BINARY);
-	SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
-#else
-int main(int ArgC, char** ArgV)
-{
 #endif
 	FCookArguments Args;
 	if (ArgC < 3 || std::string(ArgV[2]) != "-run=Cook")
@@ -231,10 +229,7 @@ int main(int ArgC, char** ArgV)
 	{
 		Print(TEXT("LogCook: Display: about to fail hard"));
 		std::fflush(stdout);
-#ifdef _WIN32
-		*static_cast<volatile int*>(nullptr) = 0;
-#endif
-		std::raise(SIGSEGV);
+		StandIn::Crash();
 	}
 	if (Mode.StartsWith(TEXT("flood:")))
 	{
@@ -322,22 +317,10 @@ int main(int ArgC, char** ArgV)
 	// A hang comes after the files are written, as a cook that stalls at its end.
 	if (Mode == TEXT("hang"))
 	{
-#ifdef _WIN32
-		// Windows has no fork: the commandlet hangs alone there.
-		Print(TEXT("LogCook: Display: waiting for the shader compiler"));
+		const int32 Grandchild = StartHangingGrandchild();
+		Print(FString::Printf(TEXT("LogCook: Display: waiting for the shader compiler (pid %d)"), Grandchild));
 		std::fflush(stdout);
-		HangForever();
-#else
-		// A grandchild that hangs as well, so that only ending the whole tree ends both.
-		const pid_t Grandchild = fork();
-		if (Grandchild == 0)
-		{
-			HangForever();
-		}
-		Print(FString::Printf(TEXT("LogCook: Display: waiting for the shader compiler (pid %d)"), static_cast<int32>(Grandchild)));
-		std::fflush(stdout);
-		HangForever();
-#endif
+		StandIn::HangForever();
 	}
 	Print(FString::Printf(TEXT("LogCook: Display: Cook finished: %d packages cooked for %s"), Packages, *Args.TargetPlatform));
 	Print(TEXT("LogCook: Display: Done!"));
@@ -352,3 +335,5 @@ int main(int ArgC, char** ArgV)
 	std::fflush(stdout);
 	return Mode == TEXT("no-success") ? 1 : 0;
 }
+
+TESSEL_STAND_IN_MAIN(CookMain)

@@ -34,14 +34,13 @@
 #include "HAL/PlatformFile.h"
 #include "KeyValuesText.h"
 #include "Misc/FileHelper.h"
+#include "StandInMain.h"
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace
@@ -53,9 +52,8 @@ namespace
 
 	FString ProgramDir()
 	{
-		char Buffer[4096];
-		const ssize_t Length = readlink("/proc/self/exe", Buffer, sizeof(Buffer) - 1);
-		return Length > 0 ? FPaths::GetPath(FString::FromNative(std::string(Buffer, static_cast<size_t>(Length)))) : FString(TEXT("."));
+		const FString Program = StandIn::ProgramPath();
+		return Program.IsEmpty() ? FString(TEXT(".")) : FPaths::GetPath(Program);
 	}
 
 	IPlatformFile& Files()
@@ -313,16 +311,11 @@ namespace
 		Print(TEXT("Uploading content..."));
 		if (Mode == TEXT("crash"))
 		{
-			// The default action, so that a sanitizer build dies of the signal too instead of reporting it.
-			std::signal(SIGSEGV, SIG_DFL);
-			std::raise(SIGSEGV);
+			StandIn::Crash();
 		}
 		if (Mode == TEXT("hang"))
 		{
-			while (true)
-			{
-				pause();
-			}
+			StandIn::HangForever();
 		}
 		Print(TEXT("Uploading preview image..."));
 		Print(TEXT("Committing changes..."));
@@ -390,7 +383,7 @@ namespace
 	}
 }
 
-int main(int ArgC, char** ArgV)
+static int SteamCmdMain(int ArgC, char** ArgV)
 {
 	const FString Mode = ReadMode();
 	Print(TEXT("Redirecting stderr to 'logs/stderr.txt'"));
@@ -447,3 +440,5 @@ int main(int ArgC, char** ArgV)
 	Print(TEXT("Unloading Steam API...OK"));
 	return ExitCode;
 }
+
+TESSEL_STAND_IN_MAIN(SteamCmdMain)

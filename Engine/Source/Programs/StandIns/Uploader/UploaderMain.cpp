@@ -19,14 +19,13 @@
 #include "CoreMinimal.h"
 #include "HAL/PlatformFile.h"
 #include "Misc/FileHelper.h"
+#include "StandInMain.h"
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <set>
 #include <string>
-#include <unistd.h>
 
 namespace
 {
@@ -34,9 +33,8 @@ namespace
 
 	FString ProgramDir()
 	{
-		char Buffer[4096];
-		const ssize_t Length = readlink("/proc/self/exe", Buffer, sizeof(Buffer) - 1);
-		return Length > 0 ? FPaths::GetPath(FString::FromNative(std::string(Buffer, static_cast<size_t>(Length)))) : FString(TEXT("."));
+		const FString Program = StandIn::ProgramPath();
+		return Program.IsEmpty() ? FString(TEXT(".")) : FPaths::GetPath(Program);
 	}
 
 	int Fail(const std::string& Message)
@@ -60,7 +58,7 @@ namespace
 	}
 }
 
-int main(int ArgC, char** ArgV)
+static int UploaderMain(int ArgC, char** ArgV)
 {
 	if (const char* ArgsOut = std::getenv("TESSEL_UPLOADER_ARGS_OUT"); ArgsOut && *ArgsOut)
 	{
@@ -102,9 +100,7 @@ int main(int ArgC, char** ArgV)
 	const FString Answer = ChosenAnswer();
 	if (Answer == TEXT("crash"))
 	{
-		// The default action, so that a sanitizer build dies of the signal too instead of reporting it.
-		std::signal(SIGSEGV, SIG_DFL);
-		std::raise(SIGSEGV);
+		StandIn::Crash();
 	}
 	bool bDigits = !Answer.IsEmpty() && Answer.Len() <= 3;
 	for (const TCHAR Unit : Answer)
@@ -130,3 +126,5 @@ int main(int ArgC, char** ArgV)
 	}
 	return Code;
 }
+
+TESSEL_STAND_IN_MAIN(UploaderMain)

@@ -4,6 +4,7 @@
 #include "Misc/Utf8StreamDecoder.h"
 #include "Misc/WindowsArguments.h"
 #include "TempDirectory.h"
+#include "TestPrograms.h"
 
 #include <gtest/gtest.h>
 
@@ -28,20 +29,7 @@
 
 namespace
 {
-#ifdef _WIN32
-// The build puts every program of the Windows folder side by side, and a copied folder keeps them so.
-FString BesideThisProgram(const TCHAR* Name)
-{
-	wchar_t Path[32768];
-	const DWORD Length = GetModuleFileNameW(nullptr, Path, 32768);
-	FString Self(std::u16string(WindowsApi::Ours(Path), Length));
-	Self.ReplaceInline(TEXT("\\"), TEXT("/"));
-	return FPaths::GetPath(Self) / Name;
-}
-const FString FakeChild = BesideThisProgram(TEXT("TesselFakeChild.exe"));
-#else
-const FString FakeChild = FString(TESSEL_FAKE_CHILD_PATH);
-#endif
+const FString FakeChild = TestPrograms::Path(TEXT("TesselFakeChild.exe"), TESSEL_FAKE_CHILD_PATH);
 
 // What a parent sees of a killed or crashed child: minus the signal on POSIX; on Windows the killed code our
 // process layer gives and the exception codes that a crash leaves.
@@ -57,18 +45,6 @@ int ReadFd(int Descriptor, char* Buffer, size_t Size) { return _read(Descriptor,
 void CloseFd(int Descriptor) { _close(Descriptor); }
 int OpenNull() { return _open("NUL", _O_WRONLY | _O_BINARY); }
 
-bool ProcessGone(int ProcessId)
-{
-	const HANDLE Process = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(ProcessId));
-	if (!Process)
-	{
-		// Only an id that names no process means gone; a refusal says nothing.
-		return GetLastError() == ERROR_INVALID_PARAMETER;
-	}
-	const bool bGone = WaitForSingleObject(Process, 0) == WAIT_OBJECT_0;
-	CloseHandle(Process);
-	return bGone;
-}
 
 void KillProcess(int ProcessId)
 {
@@ -162,22 +138,6 @@ FString RunToEnd(const FString& Params, int32* OutReturnCode = nullptr)
 	}
 	return Output.Get();
 }
-
-#ifndef _WIN32
-// Gone, or a zombie that only waits for its new parent to collect it: either way it runs no more.
-bool ProcessGone(pid_t ProcessId)
-{
-	if (kill(ProcessId, 0) != 0 && errno == ESRCH)
-	{
-		return true;
-	}
-	std::ifstream Stat("/proc/" + std::to_string(ProcessId) + "/stat");
-	std::string Line;
-	std::getline(Stat, Line);
-	const size_t Close = Line.rfind(')');
-	return Close != std::string::npos && Close + 2 < Line.size() && (Line[Close + 2] == 'Z' || Line[Close + 2] == 'X');
-}
-#endif
 
 std::vector<std::u16string> SplitToStd(const TCHAR* Parms)
 {
@@ -319,7 +279,7 @@ TEST(PlatformProcessTests, RunningChildIsTerminatedWithItsTree)
 	FPlatformProcess::WaitForProc(Handle);
 	EXPECT_TRUE(FPlatformProcess::GetProcReturnCode(Handle, &ReturnCode));
 	EXPECT_EQ(ReturnCode, KilledCode);
-	EXPECT_TRUE(WaitUntil([&] { return ProcessGone(Grandchild); }));
+	EXPECT_TRUE(WaitUntil([&] { return TestPrograms::IsGone(Grandchild); }));
 	FPlatformProcess::CloseProc(Handle);
 	CloseFd(Pipe[0]);
 }
@@ -492,8 +452,8 @@ TEST(MonitoredProcessTests, CancelEndsTheWholeTree)
 		ASSERT_TRUE(WaitForEnd(Process));
 		// The child would end on SIGTERM: SIGKILL as its end shows that no grace was waited out.
 		EXPECT_EQ(Process.GetReturnCode(), KilledCode);
-		EXPECT_TRUE(ProcessGone(Child));
-		EXPECT_TRUE(WaitUntil([&] { return ProcessGone(Grandchild); })) << FString(GrandchildMode);
+		EXPECT_TRUE(TestPrograms::IsGone(Child));
+		EXPECT_TRUE(WaitUntil([&] { return TestPrograms::IsGone(Grandchild); })) << FString(GrandchildMode);
 	}
 }
 
@@ -510,19 +470,19 @@ TEST(MonitoredProcessTests, CancelEndsDescendantsThatLeftTheGroup)
 	})) << Output.Get();
 	const pid_t Stray = Output.FindNumber("stray ");
 	const pid_t Orphan = Output.FindNumber("orphan ");
-	ASSERT_FALSE(ProcessGone(Stray));
-	ASSERT_FALSE(ProcessGone(Orphan));
+	ASSERT_FALSE(TestPrograms::IsGone(Stray));
+	ASSERT_FALSE(TestPrograms::IsGone(Orphan));
 	ASSERT_NE(getpgid(Stray), getpgid(Output.FindNumber("child ")));
 
 	Process.Cancel(true);
 	ASSERT_TRUE(WaitForEnd(Process));
 	EXPECT_EQ(Process.GetReturnCode(), KilledCode);
-	EXPECT_TRUE(WaitUntil([&] { return ProcessGone(Stray); })) << "the child's own descendant in a session of its own";
-	EXPECT_TRUE(WaitUntil([&] { return ProcessGone(Orphan); })) << "a descendant whose parent had gone";
+	EXPECT_TRUE(WaitUntil([&] { return TestPrograms::IsGone(Stray); })) << "the child's own descendant in a session of its own";
+	EXPECT_TRUE(WaitUntil([&] { return TestPrograms::IsGone(Orphan); })) << "a descendant whose parent had gone";
 	// Neither is left running should a check above fail.
 	for (const pid_t Left : {Stray, Orphan})
 	{
-		if (!ProcessGone(Left))
+		if (!TestPrograms::IsGone(Left))
 		{
 			kill(Left, SIGKILL);
 		}
@@ -600,8 +560,8 @@ TEST(MonitoredProcessTests, DestructorEndsARunningTreeBeforeItReturns)
 		Grandchild = Output.FindNumber("grandchild ");
 	}
 	ASSERT_GT(Child, 0);
-	EXPECT_TRUE(ProcessGone(Child)); // collected by the monitor before the destructor returned
-	EXPECT_TRUE(WaitUntil([&] { return ProcessGone(Grandchild); }));
+	EXPECT_TRUE(TestPrograms::IsGone(Child)); // collected by the monitor before the destructor returned
+	EXPECT_TRUE(WaitUntil([&] { return TestPrograms::IsGone(Grandchild); }));
 }
 
 TEST(MonitoredProcessTests, UnboundOutputDoesNotStallTheChild)

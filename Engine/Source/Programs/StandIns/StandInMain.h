@@ -1,0 +1,98 @@
+#pragma once
+
+// What every stand-in program shares: an entry point that hands on the arguments as UTF-8 on every system,
+// and the two ways a misbehaving program ends, a crash and a hang.
+
+#include "CoreMinimal.h"
+
+#include <chrono>
+#include <csignal>
+#include <string>
+#include <thread>
+#include <vector>
+#ifdef _WIN32
+#include "Windows/WindowsApi.h"
+#include <fcntl.h>
+#include <io.h>
+#include <stdio.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace StandIn
+{
+	using FMain = int (*)(int ArgC, char** ArgV);
+
+	// This program's own file, with "/" between folders; empty if the system won't say.
+	inline FString ProgramPath()
+	{
+#ifdef _WIN32
+		wchar_t Buffer[32768];
+		const DWORD Length = GetModuleFileNameW(nullptr, Buffer, 32768);
+		FString Path(std::u16string(WindowsApi::Ours(Buffer), Length));
+		Path.ReplaceInline(TEXT("\\"), TEXT("/"));
+		return Path;
+#else
+		char Buffer[4096];
+		const ssize_t Length = readlink("/proc/self/exe", Buffer, sizeof(Buffer) - 1);
+		return Length > 0 ? FString::FromNative(std::string(Buffer, static_cast<size_t>(Length))) : FString();
+#endif
+	}
+
+	[[noreturn]] inline void HangForever()
+	{
+		for (;;)
+		{
+			std::this_thread::sleep_for(std::chrono::hours(1));
+		}
+	}
+
+	// Ends the program as a real fault does: a segmentation fault on POSIX, an access violation on Windows.
+	[[noreturn]] inline void Crash()
+	{
+#ifdef _WIN32
+		*static_cast<volatile int*>(nullptr) = 0;
+#endif
+		// The default action, so that a sanitizer build dies of the signal too instead of reporting it.
+		std::signal(SIGSEGV, SIG_DFL);
+		std::raise(SIGSEGV);
+		std::abort();
+	}
+
+#ifdef _WIN32
+	// The wide entry point's arguments, so that a kit path outside the ANSI code page arrives whole.
+	inline int RunWide(int ArgC, wchar_t** WideArgV, FMain Main)
+	{
+		std::vector<std::string> Utf8;
+		for (int Index = 0; Index < ArgC; ++Index)
+		{
+			const int Size = WideCharToMultiByte(CP_UTF8, 0, WideArgV[Index], -1, nullptr, 0, nullptr, nullptr);
+			std::string Argument(Size > 0 ? static_cast<size_t>(Size) : 1u, '\0');
+			WideCharToMultiByte(CP_UTF8, 0, WideArgV[Index], -1, Argument.data(), Size, nullptr, nullptr);
+			Argument.resize(std::char_traits<char>::length(Argument.c_str()));
+			Utf8.push_back(std::move(Argument));
+		}
+		std::vector<char*> Pointers;
+		for (std::string& Argument : Utf8)
+		{
+			Pointers.push_back(Argument.data());
+		}
+		Pointers.push_back(nullptr);
+		// A crash ends the program with its code at once: no dialog or debugger waits for someone to answer.
+		SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
+		// Bytes go out as written: no line break becomes CR LF on the way.
+		_setmode(_fileno(stdout), _O_BINARY);
+		_setmode(_fileno(stderr), _O_BINARY);
+		return Main(ArgC, Pointers.data());
+	}
+#endif
+}
+
+// Defines the program's entry point around Main(int, char**). Windows builds link with -municode.
+#ifdef _WIN32
+#define TESSEL_STAND_IN_MAIN(Main) \
+	int wmain(int ArgC, wchar_t** WideArgV) { return StandIn::RunWide(ArgC, WideArgV, Main); }
+#else
+#define TESSEL_STAND_IN_MAIN(Main) \
+	int main(int ArgC, char** ArgV) { return Main(ArgC, ArgV); }
+#endif

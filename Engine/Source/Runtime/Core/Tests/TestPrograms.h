@@ -1,0 +1,61 @@
+#pragma once
+
+// Where tests find the programs the build made, and whether a process they started still runs.
+
+#include "CoreMinimal.h"
+#include "Misc/Paths.h"
+
+#include <fstream>
+#include <string>
+#ifdef _WIN32
+#include "Windows/WindowsApi.h"
+#else
+#include <cerrno>
+#include <csignal>
+#include <sys/types.h>
+#endif
+
+namespace TestPrograms
+{
+	// On Windows the build puts every program and library side by side, a copied folder keeps them so, and a
+	// build path of the cross-compiling machine means nothing there: a program is looked up beside the test.
+	// Elsewhere the build's own path.
+	inline FString Path(const TCHAR* WindowsName, const char* BuildPath)
+	{
+#ifdef _WIN32
+		wchar_t Self[32768];
+		const DWORD Length = GetModuleFileNameW(nullptr, Self, 32768);
+		FString Program(std::u16string(WindowsApi::Ours(Self), Length));
+		Program.ReplaceInline(TEXT("\\"), TEXT("/"));
+		return FPaths::GetPath(Program) / WindowsName;
+#else
+		return FString(BuildPath);
+#endif
+	}
+
+	// Gone, or (on POSIX) a zombie that only waits for its new parent to collect it: either way it runs no more.
+	inline bool IsGone(int32 ProcessId)
+	{
+#ifdef _WIN32
+		const HANDLE Process = OpenProcess(SYNCHRONIZE, FALSE, static_cast<DWORD>(ProcessId));
+		if (!Process)
+		{
+			// Only an id that names no process means gone; a refusal says nothing.
+			return GetLastError() == ERROR_INVALID_PARAMETER;
+		}
+		const bool bGone = WaitForSingleObject(Process, 0) == WAIT_OBJECT_0;
+		CloseHandle(Process);
+		return bGone;
+#else
+		if (kill(static_cast<pid_t>(ProcessId), 0) != 0 && errno == ESRCH)
+		{
+			return true;
+		}
+		std::ifstream Stat("/proc/" + std::to_string(ProcessId) + "/stat");
+		std::string Line;
+		std::getline(Stat, Line);
+		const size_t Close = Line.rfind(')');
+		return Close != std::string::npos && Close + 2 < Line.size() && (Line[Close + 2] == 'Z' || Line[Close + 2] == 'X');
+#endif
+	}
+}
