@@ -3,10 +3,40 @@
 // TesselCmd run as a real child.
 
 #include "ProgramRun.h"
+#include "TestPrograms.h"
+
+inline const std::string& TesselCmdPath()
+{
+	static const std::string Path = TestPrograms::Path(TEXT("TesselCmd.exe"), TESSEL_CMD).ToUtf8();
+	return Path;
+}
+
+#ifdef _WIN32
+// Windows text ends its lines with CR LF; read back as lines they are the same. A line end without its CR
+// stays as it came, so that the comparison catches it.
+inline std::string AsLines(const std::string& Text)
+{
+	std::string Lines;
+	Lines.reserve(Text.size());
+	for (size_t Index = 0; Index < Text.size(); ++Index)
+	{
+		if (!(Text[Index] == '\r' && Index + 1 < Text.size() && Text[Index + 1] == '\n'))
+		{
+			Lines += Text[Index];
+		}
+	}
+	return Lines;
+}
+#endif
 
 inline FCommandRun RunTesselCmd(const FCommandSetup& Setup)
 {
-	return RunProgram(TESSEL_CMD, Setup);
+	FCommandRun Run = RunProgram(TesselCmdPath(), Setup);
+#ifdef _WIN32
+	Run.Stdout = AsLines(Run.Stdout);
+	Run.Stderr = AsLines(Run.Stderr);
+#endif
+	return Run;
 }
 
 inline FCommandRun RunTesselCmd(std::vector<std::string> Args, std::map<std::string, std::string> Environment = {})

@@ -9,9 +9,13 @@
 #include <cstdlib>
 #include <map>
 #include <string>
+#include <vector>
+#ifdef _WIN32
+#include "Windows/WindowsApi.h"
+#else
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
+#endif
 
 struct FCommandRun
 {
@@ -30,6 +34,127 @@ struct FCommandSetup
 	std::string WorkingDirectory;
 };
 
+// What a test must never take from the machine it runs on.
+inline const std::vector<const char*>& ClearedVariables()
+{
+	static const std::vector<const char*> Names{"STEAM_USERNAME", "STEAM_PASSWORD", "TESSEL_STEAMCMD_MODE", "TESSEL_UPLOADER_EXIT",
+												"TESSEL_UPLOADER_ARGS_OUT", "TESSEL_COOK_MODE"};
+	return Names;
+}
+
+#ifdef _WIN32
+// One argument as the C runtime's rules read it back: quoted when it holds a blank or a quote or is empty,
+// with the backslashes before a quote doubled.
+inline std::u16string QuotedArgument(const std::u16string& Argument)
+{
+	if (!Argument.empty() && Argument.find_first_of(u" \t\"") == std::u16string::npos)
+	{
+		return Argument;
+	}
+	std::u16string Quoted = u"\"";
+	size_t Backslashes = 0;
+	for (const char16_t Unit : Argument)
+	{
+		if (Unit == u'\\')
+		{
+			++Backslashes;
+			continue;
+		}
+		Quoted.append(Unit == u'"' ? Backslashes * 2 + 1 : Backslashes, u'\\');
+		Backslashes = 0;
+		Quoted += Unit;
+	}
+	Quoted.append(Backslashes * 2, u'\\');
+	return Quoted + u"\"";
+}
+
+inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& Setup)
+{
+	FTempDirectory Capture;
+	const FString OutPath = Capture / TEXT("stdout");
+	const FString ErrPath = Capture / TEXT("stderr");
+	FCommandRun Run;
+	{
+		SECURITY_ATTRIBUTES Inherit{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
+		const auto Open = [&](const wchar_t* Path, DWORD Access, DWORD Disposition)
+		{ return CreateFileW(Path, Access, FILE_SHARE_READ | FILE_SHARE_WRITE, &Inherit, Disposition, FILE_ATTRIBUTE_NORMAL, nullptr); };
+		const HANDLE Out = Open(WindowsApi::Wide(*OutPath), GENERIC_WRITE, CREATE_ALWAYS);
+		const HANDLE Err = Open(WindowsApi::Wide(*ErrPath), GENERIC_WRITE, CREATE_ALWAYS);
+		const HANDLE In = Open(L"NUL", GENERIC_READ, OPEN_EXISTING);
+
+		// Ours, without the cleared names, with the setup's on top; Windows compares names without case.
+		std::vector<std::u16string> Entries;
+		if (wchar_t* Block = GetEnvironmentStringsW())
+		{
+			for (const wchar_t* Entry = Block; *Entry; Entry += wcslen(Entry) + 1)
+			{
+				Entries.emplace_back(WindowsApi::Ours(Entry));
+			}
+			FreeEnvironmentStringsW(Block);
+		}
+		const auto DropName = [&Entries](const std::string& Name)
+		{
+			const FString Prefix = FString::FromUtf8(Name) + TEXT("=");
+			std::erase_if(Entries, [&](const std::u16string& Entry) { return FString(Entry).StartsWith(Prefix, ESearchCase::IgnoreCase); });
+		};
+		for (const char* Name : ClearedVariables())
+		{
+			DropName(Name);
+		}
+		for (const auto& [Name, Value] : Setup.Environment)
+		{
+			DropName(Name);
+			Entries.push_back(FString::FromUtf8(Name + "=" + Value).GetStd());
+		}
+		std::u16string Environment;
+		for (const std::u16string& Entry : Entries)
+		{
+			Environment += Entry;
+			Environment += u'\0';
+		}
+		Environment += u'\0';
+
+		const std::u16string Path = FString::FromUtf8(Program).GetStd();
+		std::u16string CommandLine = QuotedArgument(Path);
+		for (const std::string& Arg : Setup.Args)
+		{
+			CommandLine += u' ';
+			CommandLine += QuotedArgument(FString::FromUtf8(Arg).GetStd());
+		}
+		const std::u16string Folder = FString::FromUtf8(Setup.WorkingDirectory).GetStd();
+
+		STARTUPINFOW Startup{};
+		Startup.cb = sizeof(Startup);
+		Startup.dwFlags = STARTF_USESTDHANDLES;
+		Startup.hStdInput = In;
+		Startup.hStdOutput = Out;
+		Startup.hStdError = Err;
+		PROCESS_INFORMATION Started{};
+		if (CreateProcessW(WindowsApi::Wide(Path.c_str()), reinterpret_cast<wchar_t*>(CommandLine.data()), nullptr, nullptr, TRUE,
+						   CREATE_UNICODE_ENVIRONMENT | CREATE_NO_WINDOW, Environment.data(),
+						   Folder.empty() ? nullptr : WindowsApi::Wide(Folder.c_str()), &Startup, &Started))
+		{
+			WaitForSingleObject(Started.hProcess, INFINITE);
+			DWORD Code = 0;
+			GetExitCodeProcess(Started.hProcess, &Code);
+			// A crash shows as its exception code, which as a signed number is negative, as a signal is on POSIX.
+			Run.ExitCode = static_cast<int>(Code);
+			CloseHandle(Started.hThread);
+			CloseHandle(Started.hProcess);
+		}
+		else
+		{
+			Run.ExitCode = 127;
+		}
+		CloseHandle(Out);
+		CloseHandle(Err);
+		CloseHandle(In);
+	}
+	Run.Stdout = FTempDirectory::ReadBytes(OutPath);
+	Run.Stderr = FTempDirectory::ReadBytes(ErrPath);
+	return Run;
+}
+#else
 inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& Setup)
 {
 	FTempDirectory Capture;
@@ -42,8 +167,7 @@ inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& S
 		{
 			_exit(126);
 		}
-		for (const char* Name : {"STEAM_USERNAME", "STEAM_PASSWORD", "TESSEL_STEAMCMD_MODE", "TESSEL_UPLOADER_EXIT",
-								 "TESSEL_UPLOADER_ARGS_OUT", "TESSEL_COOK_MODE"})
+		for (const char* Name : ClearedVariables())
 		{
 			unsetenv(Name);
 		}
@@ -73,3 +197,4 @@ inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& S
 	Run.Stderr = FTempDirectory::ReadBytes(Capture / TEXT("stderr"));
 	return Run;
 }
+#endif
