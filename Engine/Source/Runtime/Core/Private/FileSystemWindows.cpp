@@ -74,6 +74,30 @@ namespace FileSystem
 			return Start + (Path.size() > Start && IsSeparator(Path[Start]) ? 1 : 0);
 		}
 
+		// Another program may hold a file for a moment: a virus scanner or an indexer that opened it, or the game
+		// reading a package. A move onto or from such a file is tried again for about a second before it fails.
+		bool MoveRetryingWhileHeld(const FNativePath& From, const FNativePath& To, DWORD Flags)
+		{
+			for (int Attempt = 0;; ++Attempt)
+			{
+				if (MoveFileExW(From.c_str(), To.c_str(), Flags))
+				{
+					return true;
+				}
+				const DWORD Error = GetLastError();
+				// A folder in the way is denied as well, but for good.
+				const DWORD Target = GetFileAttributesW(To.c_str());
+				const bool bHeld = Error == ERROR_SHARING_VIOLATION || Error == ERROR_LOCK_VIOLATION ||
+								   (Error == ERROR_ACCESS_DENIED && (Target == INVALID_FILE_ATTRIBUTES || !(Target & FILE_ATTRIBUTE_DIRECTORY)));
+				if (!bHeld || Attempt == 20)
+				{
+					SetLastError(Error);
+					return false;
+				}
+				Sleep(50);
+			}
+		}
+
 		// Our calls read a read-only file's name as "not ours to write", as POSIX permissions do; a delete or a
 		// replace that POSIX allows in a folder we may write has to take the flag off first.
 		void ClearReadOnly(const FNativePath& Path)
@@ -313,12 +337,12 @@ namespace FileSystem
 		{
 			// The new file takes the old one's attributes; a read-only flag has to be off for the replace.
 			ClearReadOnly(Path);
-			bOk = MoveFileExW(Temp.c_str(), Path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+			bOk = MoveRetryingWhileHeld(Temp, Path, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
 			SetFileAttributesW(Path.c_str(), Old);
 		}
 		else if (bOk)
 		{
-			bOk = MoveFileExW(Temp.c_str(), Path.c_str(), 0);
+			bOk = MoveRetryingWhileHeld(Temp, Path, 0);
 		}
 		if (!bOk)
 		{
@@ -387,8 +411,20 @@ namespace FileSystem
 		{
 			MakeDirectoryTree(Parent);
 		}
+		// A read-only file in the way is replaced, as POSIX replaces it; it keeps its flag if the move fails.
+		const DWORD Old = bReplace && !bSameFile ? Attributes(Dest) : INVALID_FILE_ATTRIBUTES;
+		const bool bWasReadOnly = Old != INVALID_FILE_ATTRIBUTES && (Old & FILE_ATTRIBUTE_READONLY) && !(Old & FILE_ATTRIBUTE_DIRECTORY);
+		if (bWasReadOnly)
+		{
+			ClearReadOnly(Dest);
+		}
 		// Another volume is copied and then deleted, as a rename across file systems is elsewhere.
-		return MoveFileExW(Src.c_str(), Dest.c_str(), (bReplace ? MOVEFILE_REPLACE_EXISTING : 0) | MOVEFILE_COPY_ALLOWED);
+		const bool bMoved = MoveRetryingWhileHeld(Src, Dest, (bReplace ? MOVEFILE_REPLACE_EXISTING : 0) | MOVEFILE_COPY_ALLOWED);
+		if (!bMoved && bWasReadOnly)
+		{
+			SetFileAttributesW(Dest.c_str(), Old);
+		}
+		return bMoved;
 	}
 
 	FNativeFile OpenForRead(const FNativePath& Path, int64& OutSize)

@@ -124,11 +124,22 @@ FProcHandle FPlatformProcess::CreateProc(const TCHAR* URL, const TCHAR* Parms, b
 		return FProcHandle();
 	}
 
-	const std::string Path = FString(URL).ToNative();
+	const std::string Given = FString(URL).ToNative();
+	std::string Path = Given;
+	// A relative path names the program from our working folder, as on Windows, not from the child's: the
+	// child changes folder before it starts the program.
+	if (Path[0] != '/' && OptionalWorkingDirectory && *OptionalWorkingDirectory)
+	{
+		char Here[4096];
+		if (getcwd(Here, sizeof(Here)))
+		{
+			Path = std::string(Here) + "/" + Path;
+		}
+	}
 	const TArray<FString> Arguments = FWindowsArguments::Split(FString(Parms));
 	std::vector<std::string> ArgumentBytes;
 	ArgumentBytes.reserve(static_cast<size_t>(Arguments.Num()) + 1);
-	ArgumentBytes.push_back(Path);
+	ArgumentBytes.push_back(Given);
 	for (int32 Index = 0; Index < Arguments.Num(); ++Index)
 	{
 		ArgumentBytes.push_back(Arguments[Index].ToNative());

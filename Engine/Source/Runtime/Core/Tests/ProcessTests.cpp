@@ -14,6 +14,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <mutex>
 #include <string>
@@ -303,37 +304,46 @@ TEST(PlatformProcessTests, ProgramsThatCannotStartGiveAnInvalidHandle)
 	}
 }
 
+// The program's path is taken as the parent sees it, also when relative: the child's working folder does not
+// change which program starts, on any system.
 TEST(PlatformProcessTests, WorkingDirectoryAndPipeReachTheChild)
 {
 	FTempDirectory Temp;
 	const FString Folder = Temp / TEXT("dir with blank");
 	ASSERT_TRUE(FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*Folder));
-	int Pipe[2];
-	ASSERT_EQ(MakePipe(Pipe), 0);
-	FProcHandle Handle =
-		FPlatformProcess::CreateProc(*FakeChild, u"pwd", false, false, false, nullptr, 0, *Folder, Pipe[1]);
-	CloseFd(Pipe[1]);
-	ASSERT_TRUE(Handle.IsValid());
-	std::string Text;
-	char Buffer[256];
-	for (int64 Count; (Count = ReadFd(Pipe[0], Buffer, sizeof(Buffer))) > 0;)
+	const FString Relative = FString::FromNative(
+		std::filesystem::relative(std::filesystem::path(FakeChild.ToNative()), std::filesystem::current_path()).string());
+	ASSERT_FALSE(Relative.IsEmpty());
+	for (const FString& Program : {FakeChild, Relative})
 	{
-		Text.append(Buffer, static_cast<size_t>(Count));
-	}
-	CloseFd(Pipe[0]);
-	FPlatformProcess::WaitForProc(Handle);
+		SCOPED_TRACE(Program.ToUtf8());
+		int Pipe[2];
+		ASSERT_EQ(MakePipe(Pipe), 0);
+		FProcHandle Handle =
+			FPlatformProcess::CreateProc(*Program, u"pwd", false, false, false, nullptr, 0, *Folder, Pipe[1]);
+		CloseFd(Pipe[1]);
+		ASSERT_TRUE(Handle.IsValid());
+		std::string Text;
+		char Buffer[256];
+		for (int64 Count; (Count = ReadFd(Pipe[0], Buffer, sizeof(Buffer))) > 0;)
+		{
+			Text.append(Buffer, static_cast<size_t>(Count));
+		}
+		CloseFd(Pipe[0]);
+		FPlatformProcess::WaitForProc(Handle);
 #ifdef _WIN32
-	// Windows prints the folder with backslashes and may change the drive letter's case.
-	FString Shown = FString::FromUtf8(Text);
-	Shown.ReplaceInline(TEXT("\\"), TEXT("/"));
-	EXPECT_TRUE(Shown.Equals(Folder + TEXT("\n"), ESearchCase::IgnoreCase)) << Shown << " for " << Folder;
+		// Windows prints the folder with backslashes and may change the drive letter's case.
+		FString Shown = FString::FromUtf8(Text);
+		Shown.ReplaceInline(TEXT("\\"), TEXT("/"));
+		EXPECT_TRUE(Shown.Equals(Folder + TEXT("\n"), ESearchCase::IgnoreCase)) << Shown << " for " << Folder;
 #else
-	char* Resolved = realpath(Folder.ToUtf8().c_str(), nullptr);
-	ASSERT_NE(Resolved, nullptr);
-	EXPECT_EQ(Text, std::string(Resolved) + "\n");
-	free(Resolved);
+		char* Resolved = realpath(Folder.ToUtf8().c_str(), nullptr);
+		ASSERT_NE(Resolved, nullptr);
+		EXPECT_EQ(Text, std::string(Resolved) + "\n");
+		free(Resolved);
 #endif
-	FPlatformProcess::CloseProc(Handle);
+		FPlatformProcess::CloseProc(Handle);
+	}
 }
 
 TEST(MonitoredProcessTests, ArgumentsReachTheChildUnchangedAndUninterpreted)
