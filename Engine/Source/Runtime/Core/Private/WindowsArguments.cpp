@@ -71,3 +71,37 @@ TArray<FString> FWindowsArguments::Split(const FString& Parms)
 	}
 	return Result;
 }
+
+FString FWindowsArguments::Quote(const FString& Argument)
+{
+	const std::u16string& Text = Argument.GetStd();
+	if (!Text.empty() && Text.find_first_of(u" \t\"") == std::u16string::npos)
+	{
+		return Argument;
+	}
+	std::u16string Quoted = u"\"";
+	size_t Backslashes = 0;
+	for (const char16_t Unit : Text)
+	{
+		if (Unit == u'\\')
+		{
+			++Backslashes;
+			continue;
+		}
+		if (Unit == u'"')
+		{
+			// Backslashes before a quote are doubled, and the quote itself escaped.
+			Quoted.append(Backslashes * 2 + 1, u'\\');
+		}
+		else
+		{
+			Quoted.append(Backslashes, u'\\');
+		}
+		Backslashes = 0;
+		Quoted += Unit;
+	}
+	// Those before the closing quote are doubled, so that it stays a closing quote.
+	Quoted.append(Backslashes * 2, u'\\');
+	Quoted += u'"';
+	return FString(std::move(Quoted));
+}

@@ -190,6 +190,22 @@ TEST(WindowsArgumentsTests, SplitsByTheRulesOfTheCRuntime)
 	}
 }
 
+TEST(WindowsArgumentsTests, QuotedArgumentsSplitBackToThemselves)
+{
+	using FArgs = std::vector<std::u16string>;
+	const FArgs Args = {u"plain", u"", u"two words", u"tab\there", u"say \"hi\"", u"C:\\Dir\\", u"C:\\Dir with blank\\",
+						u"a\\\\\"b", u"\\\\", u"\"", u"-title=\"A\\\"B\"", u"Île Σ \u65e5"};
+	FString Line;
+	for (const std::u16string& Arg : Args)
+	{
+		Line += (Line.IsEmpty() ? TEXT("") : TEXT(" ")) + FWindowsArguments::Quote(FString(Arg));
+	}
+	EXPECT_EQ(SplitToStd(*Line), Args) << Line;
+	// Nothing to quote stays bare, so that a plain command line reads as it was written.
+	EXPECT_EQ(FWindowsArguments::Quote(TEXT("-run=Cook")), FString(TEXT("-run=Cook")));
+	EXPECT_EQ(FWindowsArguments::Quote(TEXT("C:\\Dir\\")), FString(TEXT("C:\\Dir\\")));
+}
+
 TEST(Utf8StreamDecoderTests, TextIsTheSameWhereverTheBytesAreCut)
 {
 	// Two-, three- and four-byte sequences, a broken sequence, an invalid byte, a NUL and a sequence that

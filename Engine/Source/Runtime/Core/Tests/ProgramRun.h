@@ -4,6 +4,7 @@
 // folder, with stdout and stderr kept apart.
 
 #include "CoreMinimal.h"
+#include "Misc/WindowsArguments.h"
 #include "TempDirectory.h"
 
 #include <cstdlib>
@@ -43,31 +44,6 @@ inline const std::vector<const char*>& ClearedVariables()
 }
 
 #ifdef _WIN32
-// One argument as the C runtime's rules read it back: quoted when it holds a blank or a quote or is empty,
-// with the backslashes before a quote doubled.
-inline std::u16string QuotedArgument(const std::u16string& Argument)
-{
-	if (!Argument.empty() && Argument.find_first_of(u" \t\"") == std::u16string::npos)
-	{
-		return Argument;
-	}
-	std::u16string Quoted = u"\"";
-	size_t Backslashes = 0;
-	for (const char16_t Unit : Argument)
-	{
-		if (Unit == u'\\')
-		{
-			++Backslashes;
-			continue;
-		}
-		Quoted.append(Unit == u'"' ? Backslashes * 2 + 1 : Backslashes, u'\\');
-		Backslashes = 0;
-		Quoted += Unit;
-	}
-	Quoted.append(Backslashes * 2, u'\\');
-	return Quoted + u"\"";
-}
-
 inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& Setup)
 {
 	FTempDirectory Capture;
@@ -114,12 +90,12 @@ inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& S
 		}
 		Environment += u'\0';
 
-		const std::u16string Path = FString::FromUtf8(Program).GetStd();
-		std::u16string CommandLine = QuotedArgument(Path);
+		const FString Path = FString::FromUtf8(Program);
+		std::u16string CommandLine = FWindowsArguments::Quote(Path).GetStd();
 		for (const std::string& Arg : Setup.Args)
 		{
 			CommandLine += u' ';
-			CommandLine += QuotedArgument(FString::FromUtf8(Arg).GetStd());
+			CommandLine += FWindowsArguments::Quote(FString::FromUtf8(Arg)).GetStd();
 		}
 		const std::u16string Folder = FString::FromUtf8(Setup.WorkingDirectory).GetStd();
 
@@ -130,7 +106,7 @@ inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& S
 		Startup.hStdOutput = Out;
 		Startup.hStdError = Err;
 		PROCESS_INFORMATION Started{};
-		if (CreateProcessW(WindowsApi::Wide(Path.c_str()), reinterpret_cast<wchar_t*>(CommandLine.data()), nullptr, nullptr, TRUE,
+		if (CreateProcessW(WindowsApi::Wide(*Path), reinterpret_cast<wchar_t*>(CommandLine.data()), nullptr, nullptr, TRUE,
 						   CREATE_UNICODE_ENVIRONMENT | CREATE_NO_WINDOW, Environment.data(),
 						   Folder.empty() ? nullptr : WindowsApi::Wide(Folder.c_str()), &Startup, &Started))
 		{

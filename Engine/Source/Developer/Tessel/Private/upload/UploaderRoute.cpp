@@ -15,41 +15,6 @@
 
 namespace
 {
-	// Puts one argument into the form that FWindowsArguments::Split takes back to the same text.
-	FString QuoteWindowsArgument(const FString& Argument)
-	{
-		const std::u16string& Text = Argument.GetStd();
-		if (!Text.empty() && Text.find_first_of(u" \t\"") == std::u16string::npos)
-		{
-			return Argument;
-		}
-		std::u16string Quoted = u"\"";
-		size_t Backslashes = 0;
-		for (const char16_t Unit : Text)
-		{
-			if (Unit == u'\\')
-			{
-				++Backslashes;
-				continue;
-			}
-			if (Unit == u'"')
-			{
-				// Backslashes before a quote are doubled, and the quote itself escaped.
-				Quoted.append(Backslashes * 2 + 1, u'\\');
-			}
-			else
-			{
-				Quoted.append(Backslashes, u'\\');
-			}
-			Backslashes = 0;
-			Quoted += Unit;
-		}
-		// Those before the closing quote are doubled, so that it stays a closing quote.
-		Quoted.append(Backslashes * 2, u'\\');
-		Quoted += u'"';
-		return FString(std::move(Quoted));
-	}
-
 	// Starts the program that the line names with the arguments that follow, and waits for its end. Returns
 	// its exit code, or -1 when it couldn't be started or didn't end by itself.
 	int32 RunCommandLine(const std::string& EightBitLine)
@@ -63,7 +28,7 @@ namespace
 		FString Parameters;
 		for (int32 Index = 1; Index < Pieces.Num(); ++Index)
 		{
-			Parameters += (Index > 1 ? TEXT(" ") : TEXT("")) + QuoteWindowsArgument(Pieces[Index]);
+			Parameters += (Index > 1 ? TEXT(" ") : TEXT("")) + FWindowsArguments::Quote(Pieces[Index]);
 		}
 
 		FProcHandle Process = FPlatformProcess::CreateProc(*Pieces[0], *Parameters);

@@ -22,4 +22,7 @@
 struct CORE_API FWindowsArguments
 {
 	static TArray<FString> Split(const FString& Parms);
+	// One argument in the form that Split takes back to the same text: bare when nothing in it needs quotes,
+	// else in double quotes, with the backslashes before a literal quote or before the closing quote doubled.
+	static FString Quote(const FString& Argument);
 };
