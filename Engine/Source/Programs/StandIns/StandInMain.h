@@ -7,6 +7,8 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
@@ -36,6 +38,29 @@ namespace StandIn
 		char Buffer[4096];
 		const ssize_t Length = readlink("/proc/self/exe", Buffer, sizeof(Buffer) - 1);
 		return Length > 0 ? FString::FromNative(std::string(Buffer, static_cast<size_t>(Length))) : FString();
+#endif
+	}
+
+	// A path for the standard library's files: wide on Windows, so that any letter in it reaches the system.
+	inline std::filesystem::path FileSystemPath(const FString& Path)
+	{
+#ifdef _WIN32
+		return std::filesystem::path(WindowsApi::Wide(*Path));
+#else
+		return std::filesystem::path(Path.ToNative());
+#endif
+	}
+
+	// An environment variable's value, empty when unset; read wide on Windows for the same reason.
+	inline FString Environment(const char* Name)
+	{
+#ifdef _WIN32
+		const std::wstring WideName(Name, Name + std::char_traits<char>::length(Name));
+		const wchar_t* Value = _wgetenv(WideName.c_str());
+		return Value ? FString(WindowsApi::Ours(Value)) : FString();
+#else
+		const char* Value = std::getenv(Name);
+		return Value ? FString::FromNative(Value) : FString();
 #endif
 	}
 

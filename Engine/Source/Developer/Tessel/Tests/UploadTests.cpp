@@ -11,6 +11,9 @@
 #include "Widgets/Text/STextBlock.h"
 
 #include <gtest/gtest.h>
+#ifdef _WIN32
+#include "Windows/WindowsApi.h"
+#endif
 
 #include <chrono>
 #include <cstdlib>
@@ -51,9 +54,13 @@ namespace
 	struct FScopedEnvironment
 	{
 #ifdef _WIN32
-		// The C runtime's own call changes the block that children inherit as well; an empty value removes.
-		FScopedEnvironment(const char* InName, const std::string& Value) : Name(InName) { _putenv_s(Name, Value.c_str()); }
-		~FScopedEnvironment() { _putenv_s(Name, ""); }
+		// The C runtime's own call changes the block that children inherit as well; an empty value removes. Wide,
+		// so that a path outside the ANSI code page arrives whole.
+		FScopedEnvironment(const char* InName, const std::string& Value) : Name(InName)
+		{
+			_wputenv_s(WindowsApi::Wide(*FString::FromUtf8(Name)), WindowsApi::Wide(*FString::FromUtf8(Value)));
+		}
+		~FScopedEnvironment() { _wputenv_s(WindowsApi::Wide(*FString::FromUtf8(Name)), L""); }
 #else
 		FScopedEnvironment(const char* InName, const std::string& Value) : Name(InName) { setenv(Name, Value.c_str(), 1); }
 		~FScopedEnvironment() { unsetenv(Name); }

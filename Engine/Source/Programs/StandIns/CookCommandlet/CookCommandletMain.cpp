@@ -29,7 +29,8 @@
 namespace
 {
 #ifdef _WIN32
-	constexpr const wchar_t* HangAsGrandchild = L"--hang-as-grandchild";
+	// The word that makes this program the hanging grandchild on Windows.
+	constexpr const char* HangAsGrandchild = "--hang-as-grandchild";
 #endif
 
 	void SleepMilliseconds(int Milliseconds)
@@ -44,11 +45,17 @@ namespace
 		// Windows has no fork: the grandchild is this program once more, told to hang.
 		wchar_t Self[32768];
 		const DWORD Length = GetModuleFileNameW(nullptr, Self, 32768);
-		std::wstring CommandLine = L"\"" + std::wstring(Self, Length) + L"\" " + HangAsGrandchild;
+		const std::string Word = HangAsGrandchild;
+		std::wstring CommandLine = L"\"" + std::wstring(Self, Length) + L"\" " + std::wstring(Word.begin(), Word.end());
+		// It holds our output as a forked grandchild does, as a real cook's shader workers hold it.
 		STARTUPINFOW Startup{};
 		Startup.cb = sizeof(Startup);
+		Startup.dwFlags = STARTF_USESTDHANDLES;
+		Startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+		Startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+		Startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
 		PROCESS_INFORMATION Started{};
-		if (!CreateProcessW(Self, CommandLine.data(), nullptr, nullptr, FALSE, CREATE_NO_WINDOW, nullptr, nullptr, &Startup, &Started))
+		if (!CreateProcessW(Self, CommandLine.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &Startup, &Started))
 		{
 			return -1;
 		}
@@ -119,7 +126,7 @@ namespace
 static int CookMain(int ArgC, char** ArgV)
 {
 #ifdef _WIN32
-	if (ArgC == 2 && std::string(ArgV[1]) == "--hang-as-grandchild")
+	if (ArgC == 2 && std::string(ArgV[1]) == HangAsGrandchild)
 	{
 		StandIn::HangForever();
 	}

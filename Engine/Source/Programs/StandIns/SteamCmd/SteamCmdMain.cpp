@@ -68,7 +68,7 @@ namespace
 		std::fflush(stdout);
 		const FString LogDir = ProgramDir() / TEXT("logs");
 		Files().CreateDirectoryTree(*LogDir);
-		std::ofstream Log((LogDir / TEXT("workshop_log.txt")).ToNative(), std::ios::app | std::ios::binary);
+		std::ofstream Log(StandIn::FileSystemPath(LogDir / TEXT("workshop_log.txt")), std::ios::app | std::ios::binary);
 		Log << Line.ToUtf8() << '\n';
 	}
 

@@ -60,9 +60,9 @@ namespace
 
 static int UploaderMain(int ArgC, char** ArgV)
 {
-	if (const char* ArgsOut = std::getenv("TESSEL_UPLOADER_ARGS_OUT"); ArgsOut && *ArgsOut)
+	if (const FString ArgsOut = StandIn::Environment("TESSEL_UPLOADER_ARGS_OUT"); !ArgsOut.IsEmpty())
 	{
-		std::ofstream Out(ArgsOut, std::ios::binary | std::ios::trunc);
+		std::ofstream Out(StandIn::FileSystemPath(ArgsOut), std::ios::binary | std::ios::trunc);
 		for (int Index = 1; Index < ArgC; ++Index)
 		{
 			Out << ArgV[Index] << '\0';

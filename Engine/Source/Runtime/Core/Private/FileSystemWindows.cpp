@@ -75,7 +75,9 @@ namespace FileSystem
 		}
 
 		// Another program may hold a file for a moment: a virus scanner or an indexer that opened it, or the game
-		// reading a package. A move onto or from such a file is tried again for about a second before it fails.
+		// reading a package. A move onto or from such a file is tried again for about two seconds before it
+		// fails. A denial for good (a running program's file, a folder's permissions) looks the same and waits as
+		// long; that is rare, and it still fails.
 		bool MoveRetryingWhileHeld(const FNativePath& From, const FNativePath& To, DWORD Flags)
 		{
 			for (int Attempt = 0;; ++Attempt)
@@ -89,7 +91,7 @@ namespace FileSystem
 				const DWORD Target = GetFileAttributesW(To.c_str());
 				const bool bHeld = Error == ERROR_SHARING_VIOLATION || Error == ERROR_LOCK_VIOLATION ||
 								   (Error == ERROR_ACCESS_DENIED && (Target == INVALID_FILE_ATTRIBUTES || !(Target & FILE_ATTRIBUTE_DIRECTORY)));
-				if (!bHeld || Attempt == 20)
+				if (!bHeld || Attempt == 40)
 				{
 					SetLastError(Error);
 					return false;

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <linux/close_range.h>
 #include <sys/prctl.h>
@@ -130,10 +131,10 @@ FProcHandle FPlatformProcess::CreateProc(const TCHAR* URL, const TCHAR* Parms, b
 	// child changes folder before it starts the program.
 	if (Path[0] != '/' && OptionalWorkingDirectory && *OptionalWorkingDirectory)
 	{
-		char Here[4096];
-		if (getcwd(Here, sizeof(Here)))
+		if (char* Here = getcwd(nullptr, 0))
 		{
 			Path = std::string(Here) + "/" + Path;
+			free(Here);
 		}
 	}
 	const TArray<FString> Arguments = FWindowsArguments::Split(FString(Parms));

@@ -379,8 +379,9 @@ TEST(FileTests, CopyMoveAndDelete)
 }
 
 // A read-only file in the way is replaced on every system, as POSIX replaces it. On Windows a file that
-// another program holds for a moment is replaced once it lets go, by a move and by a writer's commit; one held
-// for good fails in bounded time and loses nothing.
+// another program holds for a moment (here a tenth of a second, well inside the two seconds a move keeps
+// trying) is replaced once it lets go, by a move and by a writer's commit; one held for good fails and loses
+// nothing.
 TEST(FileTests, MoveReplacesReadOnlyAndBrieflyHeldFiles)
 {
 	FTempDirectory Dir;
@@ -402,7 +403,7 @@ TEST(FileTests, MoveReplacesReadOnlyAndBrieflyHeldFiles)
 	{
 		return std::thread([Held]()
 						   {
-							   std::this_thread::sleep_for(std::chrono::milliseconds(300));
+							   std::this_thread::sleep_for(std::chrono::milliseconds(100));
 							   CloseHandle(Held);
 						   });
 	};

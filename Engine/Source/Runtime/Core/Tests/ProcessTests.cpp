@@ -327,8 +327,7 @@ TEST(PlatformProcessTests, WorkingDirectoryAndPipeReachTheChild)
 	FTempDirectory Temp;
 	const FString Folder = Temp / TEXT("dir with blank");
 	ASSERT_TRUE(FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*Folder));
-	const FString Relative = FString::FromNative(
-		std::filesystem::relative(std::filesystem::path(FakeChild.ToNative()), std::filesystem::current_path()).string());
+	const FString Relative(std::filesystem::relative(std::filesystem::path(FakeChild.GetStd()), std::filesystem::current_path()).u16string());
 	ASSERT_FALSE(Relative.IsEmpty());
 	for (const FString& Program : {FakeChild, Relative})
 	{

@@ -7,6 +7,9 @@
 #include "Misc/WindowsArguments.h"
 #include "TempDirectory.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <string>
@@ -57,6 +60,18 @@ inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& S
 		const HANDLE Out = Open(WindowsApi::Wide(*OutPath), GENERIC_WRITE, CREATE_ALWAYS);
 		const HANDLE Err = Open(WindowsApi::Wide(*ErrPath), GENERIC_WRITE, CREATE_ALWAYS);
 		const HANDLE In = Open(L"NUL", GENERIC_READ, OPEN_EXISTING);
+		if (Out == INVALID_HANDLE_VALUE || Err == INVALID_HANDLE_VALUE || In == INVALID_HANDLE_VALUE)
+		{
+			ADD_FAILURE() << "the child's output files or NUL could not be opened";
+			for (const HANDLE Handle : {Out, Err, In})
+			{
+				if (Handle != INVALID_HANDLE_VALUE)
+				{
+					CloseHandle(Handle);
+				}
+			}
+			return Run;
+		}
 
 		// Ours, without the cleared names, with the setup's on top; Windows compares names without case.
 		std::vector<std::u16string> Entries;
@@ -82,6 +97,11 @@ inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& S
 			DropName(Name);
 			Entries.push_back(FString::FromUtf8(Name + "=" + Value).GetStd());
 		}
+		// Windows wants the block sorted by name, without regard to case.
+		const auto Name = [](const std::u16string& Entry)
+		{ return FString(Entry.substr(0, Entry.find(u'=', 1))).ToUpper().GetStd(); };
+		std::stable_sort(Entries.begin(), Entries.end(),
+						 [&Name](const std::u16string& A, const std::u16string& B) { return Name(A) < Name(B); });
 		std::u16string Environment;
 		for (const std::u16string& Entry : Entries)
 		{
@@ -99,16 +119,26 @@ inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& S
 		}
 		const std::u16string Folder = FString::FromUtf8(Setup.WorkingDirectory).GetStd();
 
-		STARTUPINFOW Startup{};
-		Startup.cb = sizeof(Startup);
-		Startup.dwFlags = STARTF_USESTDHANDLES;
-		Startup.hStdInput = In;
-		Startup.hStdOutput = Out;
-		Startup.hStdError = Err;
+		// Only these three reach the child, whatever else of ours is inheritable at the moment.
+		HANDLE Passed[] = {In, Out, Err};
+		SIZE_T ListSize = 0;
+		InitializeProcThreadAttributeList(nullptr, 1, 0, &ListSize);
+		std::vector<char> ListMemory(ListSize);
+		const auto List = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(ListMemory.data());
+		const bool bListMade = InitializeProcThreadAttributeList(List, 1, 0, &ListSize) &&
+							   UpdateProcThreadAttribute(List, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, Passed, sizeof(Passed), nullptr, nullptr);
+		STARTUPINFOEXW Startup{};
+		Startup.StartupInfo.cb = sizeof(Startup);
+		Startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+		Startup.StartupInfo.hStdInput = In;
+		Startup.StartupInfo.hStdOutput = Out;
+		Startup.StartupInfo.hStdError = Err;
+		Startup.lpAttributeList = List;
 		PROCESS_INFORMATION Started{};
-		if (CreateProcessW(WindowsApi::Wide(*Path), reinterpret_cast<wchar_t*>(CommandLine.data()), nullptr, nullptr, TRUE,
-						   CREATE_UNICODE_ENVIRONMENT | CREATE_NO_WINDOW, Environment.data(),
-						   Folder.empty() ? nullptr : WindowsApi::Wide(Folder.c_str()), &Startup, &Started))
+		if (bListMade &&
+			CreateProcessW(WindowsApi::Wide(*Path), reinterpret_cast<wchar_t*>(CommandLine.data()), nullptr, nullptr, TRUE,
+						   CREATE_UNICODE_ENVIRONMENT | CREATE_NO_WINDOW | EXTENDED_STARTUPINFO_PRESENT, Environment.data(),
+						   Folder.empty() ? nullptr : WindowsApi::Wide(Folder.c_str()), &Startup.StartupInfo, &Started))
 		{
 			WaitForSingleObject(Started.hProcess, INFINITE);
 			DWORD Code = 0;
@@ -121,6 +151,10 @@ inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& S
 		else
 		{
 			Run.ExitCode = 127;
+		}
+		if (bListMade)
+		{
+			DeleteProcThreadAttributeList(List);
 		}
 		CloseHandle(Out);
 		CloseHandle(Err);
@@ -136,6 +170,16 @@ inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& S
 	FTempDirectory Capture;
 	const std::string OutPath = (Capture / TEXT("stdout")).ToUtf8();
 	const std::string ErrPath = (Capture / TEXT("stderr")).ToUtf8();
+	// A relative program is ours, as on Windows: the child changes folder before it starts it.
+	std::string Path = Program;
+	if (!Path.empty() && Path[0] != '/')
+	{
+		if (char* Here = getcwd(nullptr, 0))
+		{
+			Path = std::string(Here) + "/" + Path;
+			free(Here);
+		}
+	}
 	const pid_t Child = fork();
 	if (Child == 0)
 	{
@@ -161,7 +205,7 @@ inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& S
 			Argv.push_back(const_cast<char*>(Arg.c_str()));
 		}
 		Argv.push_back(nullptr);
-		execv(Program.c_str(), Argv.data());
+		execv(Path.c_str(), Argv.data());
 		_exit(127);
 	}
 	int Status = 0;

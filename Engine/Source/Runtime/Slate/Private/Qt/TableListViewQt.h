@@ -31,11 +31,19 @@ public:
 	// layout pass.
 	void ScrollToRow(int Row)
 	{
-		static_cast<FSteadyScrollBarQt*>(verticalScrollBar())->ChangeTogether([this, Row]()
+		const auto Scroll = [this, Row]()
 		{
 			updateGeometries();
 			scrollTo(model()->index(Row, 0), QAbstractItemView::EnsureVisible);
-		});
+		};
+		if (FSteadyScrollBarQt* Bar = dynamic_cast<FSteadyScrollBarQt*>(verticalScrollBar()))
+		{
+			Bar->ChangeTogether(Scroll);
+		}
+		else
+		{
+			Scroll();
+		}
 	}
 
 protected:
