@@ -4,6 +4,7 @@
 // and the two ways a misbehaving program ends, a crash and a hang.
 
 #include "CoreMinimal.h"
+#include "HAL/PlatformProcess.h"
 
 #include <chrono>
 #include <csignal>
@@ -17,29 +18,11 @@
 #include <fcntl.h>
 #include <io.h>
 #include <stdio.h>
-#else
-#include <unistd.h>
 #endif
 
 namespace StandIn
 {
 	using FMain = int (*)(int ArgC, char** ArgV);
-
-	// This program's own file, with "/" between folders; empty if the system won't say.
-	inline FString ProgramPath()
-	{
-#ifdef _WIN32
-		wchar_t Buffer[32768];
-		const DWORD Length = GetModuleFileNameW(nullptr, Buffer, 32768);
-		FString Path(std::u16string(WindowsApi::Ours(Buffer), Length));
-		Path.ReplaceInline(TEXT("\\"), TEXT("/"));
-		return Path;
-#else
-		char Buffer[4096];
-		const ssize_t Length = readlink("/proc/self/exe", Buffer, sizeof(Buffer) - 1);
-		return Length > 0 ? FString::FromNative(std::string(Buffer, static_cast<size_t>(Length))) : FString();
-#endif
-	}
 
 	// A path for the standard library's files: wide on Windows, so that any letter in it reaches the system.
 	inline std::filesystem::path FileSystemPath(const FString& Path)

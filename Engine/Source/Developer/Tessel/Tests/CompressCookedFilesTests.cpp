@@ -1,6 +1,7 @@
 #include "CoreMinimal.h"
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
+#include "HAL/PlatformProcess.h"
 #include "Misc/Compression.h"
 #include "TempDirectory.h"
 #include "packaging/CompressAhead.h"
@@ -387,7 +388,7 @@ TEST(CompressCookedFilesTests, KilledWalkLeavesOnlyWholeFilesUnderTheirNames)
 		{
 			return false;
 		}
-		const std::string Self = std::filesystem::read_symlink("/proc/self/exe").string();
+		const std::string Self = FPlatformProcess::ExecutablePath().ToNative();
 		const std::string From = (Dir / FString::Printf(TEXT("Cook%d"), Variant)).ToNative();
 		const std::string To = Target.ToNative();
 		OutChild = fork();

@@ -12,6 +12,7 @@
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
 #include "Misc/FileHelper.h"
+#include "Misc/WindowsArguments.h"
 #include "ModDescriptionWriter.h"
 #include "StandInMain.h"
 
@@ -43,10 +44,9 @@ namespace
 	{
 #ifdef _WIN32
 		// Windows has no fork: the grandchild is this program once more, told to hang.
-		wchar_t Self[32768];
-		const DWORD Length = GetModuleFileNameW(nullptr, Self, 32768);
-		const std::string Word = HangAsGrandchild;
-		std::wstring CommandLine = L"\"" + std::wstring(Self, Length) + L"\" " + std::wstring(Word.begin(), Word.end());
+		const FString Self = FPlatformProcess::ExecutablePath();
+		const FString Line = FWindowsArguments::Quote(Self) + TEXT(" ") + FString::FromUtf8(HangAsGrandchild);
+		std::wstring CommandLine(WindowsApi::Wide(*Line));
 		// It holds our output as a forked grandchild does, as a real cook's shader workers hold it.
 		STARTUPINFOW Startup{};
 		Startup.cb = sizeof(Startup);
@@ -55,7 +55,7 @@ namespace
 		Startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
 		Startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
 		PROCESS_INFORMATION Started{};
-		if (!CreateProcessW(Self, CommandLine.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &Startup, &Started))
+		if (!CreateProcessW(WindowsApi::Wide(*Self), CommandLine.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr, &Startup, &Started))
 		{
 			return -1;
 		}
@@ -110,7 +110,7 @@ namespace
 
 	FString KitRoot()
 	{
-		const FString Exe = StandIn::ProgramPath();
+		const FString Exe = FPlatformProcess::ExecutablePath();
 		// <root>/Engine/Binaries/Win64/UE4Editor.exe
 		return FPaths::GetPath(FPaths::GetPath(FPaths::GetPath(FPaths::GetPath(Exe))));
 	}

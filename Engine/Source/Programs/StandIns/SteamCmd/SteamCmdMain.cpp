@@ -52,7 +52,7 @@ namespace
 
 	FString ProgramDir()
 	{
-		const FString Program = StandIn::ProgramPath();
+		const FString Program = FPlatformProcess::ExecutablePath();
 		return Program.IsEmpty() ? FString(TEXT(".")) : FPaths::GetPath(Program);
 	}
 

@@ -33,7 +33,7 @@ namespace
 
 	FString ProgramDir()
 	{
-		const FString Program = StandIn::ProgramPath();
+		const FString Program = FPlatformProcess::ExecutablePath();
 		return Program.IsEmpty() ? FString(TEXT(".")) : FPaths::GetPath(Program);
 	}
 

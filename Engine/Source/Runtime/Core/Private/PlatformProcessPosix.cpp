@@ -258,3 +258,10 @@ void FPlatformProcess::CloseProc(FProcHandle& ProcessHandle)
 	}
 	ProcessHandle.Reset();
 }
+
+FString FPlatformProcess::ExecutablePath()
+{
+	char Buffer[4096];
+	const ssize_t Length = readlink("/proc/self/exe", Buffer, sizeof(Buffer) - 1);
+	return Length > 0 ? FString::FromNative(std::string(Buffer, static_cast<size_t>(Length))) : FString();
+}

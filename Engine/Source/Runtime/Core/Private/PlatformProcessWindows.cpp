@@ -211,3 +211,12 @@ void FPlatformProcess::CloseProc(FProcHandle& ProcessHandle)
 	}
 	ProcessHandle.Reset();
 }
+
+FString FPlatformProcess::ExecutablePath()
+{
+	wchar_t Buffer[32768];
+	const DWORD Length = GetModuleFileNameW(nullptr, Buffer, 32768);
+	FString Path(std::u16string(WindowsApi::Ours(Buffer), Length));
+	Path.ReplaceInline(TEXT("\\"), TEXT("/"));
+	return Path;
+}

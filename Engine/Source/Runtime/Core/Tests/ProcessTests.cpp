@@ -320,6 +320,15 @@ TEST(PlatformProcessTests, ProgramsThatCannotStartGiveAnInvalidHandle)
 	}
 }
 
+// Stand-ins and tests find the programs beside them through it; "/" between folders on every system.
+TEST(PlatformProcessTests, ExecutablePathNamesThisProgram)
+{
+	const FString Self = FPlatformProcess::ExecutablePath();
+	EXPECT_TRUE(FPaths::FileExists(Self)) << Self;
+	EXPECT_TRUE(FPaths::GetCleanFilename(Self).StartsWith(TEXT("ProcessTests"))) << Self;
+	EXPECT_FALSE(Self.Contains(TEXT("\\"))) << Self;
+}
+
 // The program's path is taken as the parent sees it, also when relative: the child's working folder does not
 // change which program starts, on any system.
 TEST(PlatformProcessTests, WorkingDirectoryAndPipeReachTheChild)

@@ -3,6 +3,7 @@
 // Where tests find the programs the build made, and whether a process they started still runs.
 
 #include "CoreMinimal.h"
+#include "HAL/PlatformProcess.h"
 #include "Misc/Paths.h"
 
 #include <fstream>
@@ -23,11 +24,7 @@ namespace TestPrograms
 	inline FString Path(const TCHAR* WindowsName, const char* BuildPath)
 	{
 #ifdef _WIN32
-		wchar_t Self[32768];
-		const DWORD Length = GetModuleFileNameW(nullptr, Self, 32768);
-		FString Program(std::u16string(WindowsApi::Ours(Self), Length));
-		Program.ReplaceInline(TEXT("\\"), TEXT("/"));
-		return FPaths::GetPath(Program) / WindowsName;
+		return FPaths::GetPath(FPlatformProcess::ExecutablePath()) / WindowsName;
 #else
 		return FString(BuildPath);
 #endif

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Containers/UnrealString.h"
 #include "CoreTypes.h"
 
 // A started child process. A copy names the same process, but only the copy that collected the child's
@@ -64,4 +65,7 @@ struct CORE_API FPlatformProcess
 
 	// Releases the handle; a child that still runs goes on and its end is collected in the background.
 	static void CloseProc(FProcHandle& ProcessHandle);
+
+	// This program's own file, with "/" between folders; empty if the system won't say.
+	static FString ExecutablePath();
 };
