@@ -2,10 +2,10 @@
 # Builds the fuzz targets with clang and runs each for a fixed time on a copy of its seed corpus
 # (Engine/Source/Developer/Tessel/Fuzz/Corpus/<target without "Fuzzer">). Fails as soon as one crashes, hangs,
 # leaks, outgrows its memory or breaks one of its own checks; the input that did it is kept in
-# Build-fuzz/FuzzArtifacts.
+# Build-sanitize/FuzzArtifacts. The targets are those of the sanitizer build (Tools/sanitize-build.sh), which the
+# tests of that stage use too.
 # Usage: Tools/fuzz.sh [seconds for the JSON reader] [seconds for each other target]
 # The JSON reader gets 30 seconds by default, every other target two fifths of the JSON reader's time (12 of 30).
-# TESSEL_FUZZ_BUILD_JOBS sets the build's parallel jobs (2 by default).
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 cd "$root"
@@ -31,13 +31,11 @@ for entry in "${targets[@]}"; do
 	names+=("${entry%% *}")
 done
 
-CC=clang CXX=clang++ cmake -S . -B Build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-	-DTESSEL_SANITIZE=address -DTESSEL_BUILD_TESTS=OFF -DTESSEL_BUILD_FUZZERS=ON >/dev/null
-cmake --build Build-fuzz -j "${TESSEL_FUZZ_BUILD_JOBS:-2}" --target "${names[@]}"
+bash Tools/sanitize-build.sh --target "${names[@]}"
 
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
-artifacts="$root/Build-fuzz/FuzzArtifacts"
+artifacts="$root/Build-sanitize/FuzzArtifacts"
 mkdir -p "$artifacts"
 corpora="Engine/Source/Developer/Tessel/Fuzz/Corpus"
 start=$SECONDS
@@ -48,7 +46,7 @@ for entry in "${targets[@]}"; do
 	cp "$corpora/${name%Fuzzer}"/* "$corpus/"
 	echo "== $name for ${seconds}s"
 	# Temporary files of a target go into the work folder, so that nothing is left behind even after a crash.
-	if ! TMPDIR="$work/tmp" "Build-fuzz/Engine/Source/Developer/Tessel/$name" "$corpus" -max_total_time="$seconds" \
+	if ! TMPDIR="$work/tmp" "Build-sanitize/Engine/Source/Developer/Tessel/$name" "$corpus" -max_total_time="$seconds" \
 		-max_len="$max_len" -rss_limit_mb=2048 -timeout=10 -print_final_stats=1 \
 		-artifact_prefix="$artifacts/$name-" >"$work/$name.log" 2>&1; then
 		tail -n 80 "$work/$name.log"

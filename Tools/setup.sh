@@ -3,9 +3,9 @@
 # for Windows and of running it under Wine instead.
 set -euo pipefail
 
-packages=(cmake ninja-build g++ libgtest-dev libcli11-dev zlib1g-dev qt6-base-dev qt6-qpa-plugins fonts-dejavu-core pigz clang libclang-rt-dev)
+packages=(cmake ninja-build g++ libgtest-dev libcli11-dev zlib1g-dev qt6-base-dev qt6-qpa-plugins fonts-dejavu-core pigz clang libclang-rt-dev ccache mold)
 if [ "${1:-}" = "--windows" ]; then
-	packages=(cmake ninja-build g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest libcli11-dev wine64)
+	packages=(cmake ninja-build g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest libcli11-dev wine64 ccache)
 fi
 missing=()
 for package in "${packages[@]}"; do

@@ -1,30 +1,98 @@
 #!/usr/bin/env bash
-# Sets up, builds and runs every test: first a plain build, then one with AddressSanitizer and
-# UndefinedBehaviorSanitizer, the fuzzers, ThreadSanitizer on the process layer, and last the Windows cross
-# build under Wine.
+# Sets up, builds and runs every test, in five stages: plain (gcc), sanitize (clang with AddressSanitizer and
+# UndefinedBehaviorSanitizer), fuzz (the fuzz targets of the sanitize build), tsan (ThreadSanitizer on the
+# process layer) and windows (the cross build under Wine). Every build goes through the shared compiler cache
+# (Tools/cache.sh). Each stage prints its wall time at its end, and the total comes last.
+# Usage: Tools/test.sh [--stage plain|sanitize|fuzz|tsan|windows]...   (every stage, in that order, by default)
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 cd "$root"
+
+all_stages=(plain sanitize fuzz tsan windows)
+stages=()
+while [ $# -gt 0 ]; do
+	case "$1" in
+	--stage)
+		if [ $# -lt 2 ] || [[ ! " ${all_stages[*]} " == *" $2 "* ]]; then
+			echo "usage: Tools/test.sh [--stage plain|sanitize|fuzz|tsan|windows]..." >&2
+			exit 2
+		fi
+		stages+=("$2")
+		shift 2
+		;;
+	*)
+		echo "usage: Tools/test.sh [--stage plain|sanitize|fuzz|tsan|windows]..." >&2
+		exit 2
+		;;
+	esac
+done
+if [ ${#stages[@]} -eq 0 ]; then
+	stages=("${all_stages[@]}")
+fi
+
 bash Tools/setup.sh
+source Tools/cache.sh
+tessel_cache_options "$root"
+cache_counts() {
+	if [ -n "${TESSEL_CCACHE_IN_USE:-}" ]; then
+		CCACHE_DIR="$TESSEL_CCACHE_IN_USE" ccache --print-stats 2>/dev/null |
+			awk '$1 ~ /^(direct_cache_hit|preprocessed_cache_hit)$/ { hits += $2 } $1 == "cache_miss" { misses += $2 }
+				END { print hits + 0, misses + 0 }'
+	fi
+}
+read -r hits_before misses_before <<<"$(cache_counts)" || true
 
-echo "== Build and test"
-bash Tools/build.sh Build
-(cd Build && ctest -j 2 --output-on-failure)
+stage_plain() {
+	bash Tools/build.sh Build
+	(cd Build && ctest -j 2 --output-on-failure)
+}
 
-echo "== Build and test with AddressSanitizer and UndefinedBehaviorSanitizer"
-bash Tools/build.sh Build-asan -DTESSEL_SANITIZE=address
-# The two kill tests check what a killed walk or save leaves on disk, through hundreds of child processes; the
-# plain stage runs them, and under the sanitizers each child costs ten times as much (five minutes together).
-(cd Build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest -j 2 --output-on-failure \
-	-E '^(CompressCookedFilesTests\.KilledWalkLeavesOnlyWholeFilesUnderTheirNames|ModDatabaseTests\.KilledWhileSavingLeavesALoadableSavedState)$')
+stage_sanitize() {
+	bash Tools/sanitize-build.sh
+	# The two kill tests check what a killed walk or save leaves on disk, through hundreds of child processes; the
+	# plain stage runs them, and under the sanitizers each child costs ten times as much (five minutes together).
+	(cd Build-sanitize && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest -j 2 --output-on-failure \
+		-E '^(CompressCookedFilesTests\.KilledWalkLeavesOnlyWholeFilesUnderTheirNames|ModDatabaseTests\.KilledWhileSavingLeavesALoadableSavedState)$')
+}
 
-echo "== Fuzz the JSON reader"
-bash Tools/fuzz.sh 30
+stage_fuzz() {
+	bash Tools/fuzz.sh 30
+}
 
-echo "== Process and job runner tests with ThreadSanitizer"
-bash Tools/build.sh Build-tsan -DTESSEL_SANITIZE=thread --target ProcessTests TesselTests TesselFakeChild TesselCookCommandlet
-(cd Build-tsan && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" ctest -j 2 --output-on-failure \
-	-R '^(WindowsArgumentsTests|Utf8StreamDecoderTests|PlatformProcessTests|MonitoredProcessTests|LinePipelineTests|JobRunnerTests)\.')
+stage_tsan() {
+	bash Tools/build.sh Build-tsan -DTESSEL_SANITIZE=thread -DTESSEL_WIDGET_BACKEND=Headless \
+		--target ProcessTests TesselTests TesselFakeChild TesselCookCommandlet
+	(cd Build-tsan && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" ctest -j 2 --output-on-failure \
+		-R '^(WindowsArgumentsTests|Utf8StreamDecoderTests|PlatformProcessTests|MonitoredProcessTests|LinePipelineTests|JobRunnerTests)\.')
+}
 
-echo "== Windows: cross-built with mingw-w64, tested under Wine"
-bash Tools/windows.sh
+stage_windows() {
+	bash Tools/windows.sh
+}
+
+titles=(
+	[0]="plain: build with gcc and run every test"
+	[1]="sanitize: build with clang, AddressSanitizer and UndefinedBehaviorSanitizer, and run the tests"
+	[2]="fuzz: the readers of outside bytes, on the sanitize build"
+	[3]="tsan: the process and job runner tests with ThreadSanitizer"
+	[4]="windows: cross-built with mingw-w64, tested under Wine"
+)
+timings=()
+start=$SECONDS
+for stage in "${stages[@]}"; do
+	for i in "${!all_stages[@]}"; do
+		[ "${all_stages[$i]}" = "$stage" ] && echo "== ${titles[$i]}"
+	done
+	stage_start=$SECONDS
+	"stage_$stage"
+	seconds=$((SECONDS - stage_start))
+	timings+=("$stage $((seconds / 60))m$((seconds % 60))s")
+	echo "== $stage: done in $((seconds / 60))m $((seconds % 60))s"
+done
+total=$((SECONDS - start))
+echo "== stages: ${timings[*]}"
+if [ -n "${hits_before:-}" ]; then
+	read -r hits_after misses_after <<<"$(cache_counts)" || true
+	echo "== compiler cache: $((hits_after - hits_before)) compilations from the cache, $((misses_after - misses_before)) compiled"
+fi
+echo "== all stages passed in $((total / 60))m $((total % 60))s"

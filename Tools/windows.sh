@@ -7,11 +7,13 @@ set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 cd "$root"
 bash Tools/setup.sh --windows
+source Tools/cache.sh
+tessel_cache_options "$root"
 
 start=$SECONDS
-cmake -S . -B Build-windows -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+cmake -S . -B Build-windows -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo "${cache_options[@]}" \
 	-DCMAKE_TOOLCHAIN_FILE="$root/Tools/mingw-w64.cmake" -DTESSEL_GTEST_SOURCE=/usr/src/googletest >/dev/null
-cmake --build Build-windows -j 2
+cmake --build Build-windows -j "${TESSEL_BUILD_JOBS:-2}"
 echo "windows: built in $((SECONDS - start))s"
 if [ "${1:-}" = "--build-only" ]; then
 	exit 0

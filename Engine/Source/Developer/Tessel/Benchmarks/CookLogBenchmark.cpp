@@ -8,6 +8,7 @@
 #include "HAL/PlatformProcess.h"
 #include "STesselUI.h"
 #include "Testing/EditorServicesDouble.h"
+#include "TestPaths.h"
 
 #include "HAL/PlatformMemory.h"
 
@@ -37,7 +38,7 @@ int main(int ArgC, char** ArgV)
 	IPlatformFile& Platform = FPlatformFileManager::Get().GetPlatformFile();
 	const FString Exe = Kit / TEXT("Engine/Binaries/Win64/UE4Editor.exe");
 	Platform.CreateDirectoryTree(*FPaths::GetPath(Exe));
-	Platform.CopyFile(*Exe, TEXT(TESSEL_COOK_COMMANDLET));
+	Platform.CopyFile(*Exe, *FString(TestPaths::CookCommandlet));
 	chmod(Exe.ToUtf8().c_str(), 0755);
 	{
 		TUniquePtr<FArchive> Project(IFileManager::Get().CreateFileWriter(*(Kit / TEXT("Orrery/Orrery.uproject"))));

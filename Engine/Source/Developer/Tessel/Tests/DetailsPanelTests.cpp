@@ -521,7 +521,7 @@ TEST(DetailsPanelTests, LongValuesNeitherMoveTheColumnsNorAddAHorizontalScrollBa
 TEST(DetailsPanelTests, ScreenshotOfTheIslandsForm)
 {
 	FTempDirectory Copy;
-	std::filesystem::copy(TESSEL_DEMO_KIT_DIR, Copy.Get().ToUtf8(), std::filesystem::copy_options::recursive);
+	std::filesystem::copy(TestPaths::DemoKitDir, Copy.Get().ToUtf8(), std::filesystem::copy_options::recursive);
 	FPaths::SetKitRoot(Copy.Get());
 	FOpenTool Open;
 	const int32 Islands = Open.Tool->ModList.IndexOfByPredicate([](const TSharedPtr<FModSetup>& Mod) { return Mod->ModDir == TEXT("Islands"); });
@@ -536,6 +536,6 @@ TEST(DetailsPanelTests, ScreenshotOfTheIslandsForm)
 	ASSERT_FALSE(Shot.IsEmpty());
 	const float Scale = Open.Window->GetScale();
 	EXPECT_EQ(Shot.Width, static_cast<int>(1200 * Scale));
-	const FString Path = FString(TESSEL_SCREENSHOT_DIR) + FString::Printf(TEXT("/tessel-islands-form@%gx.png"), Scale);
+	const FString Path = FString(TestPaths::BuildDir) + FString::Printf(TEXT("/tessel-islands-form@%gx.png"), Scale);
 	EXPECT_TRUE(Shot.SaveToPng(Path));
 }

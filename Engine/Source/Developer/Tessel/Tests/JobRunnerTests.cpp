@@ -188,7 +188,7 @@ TEST(LinePipelineTests, ALineWithoutEndIsHandedOnInPartsOfBoundedLength)
 
 TEST(LinePipelineTests, AFloodingChildLosesNoLine)
 {
-	FMonitoredJob Job(TEXT(TESSEL_FAKE_CHILD), TEXT("lines 200000"));
+	FMonitoredJob Job(FString(TestPaths::FakeChild), TEXT("lines 200000"));
 	Job.bStarted = true;
 	ASSERT_TRUE(Job.Process->Launch());
 	int64 Count = 0;

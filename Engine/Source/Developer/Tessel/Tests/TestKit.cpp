@@ -80,22 +80,22 @@ namespace
 void FTestKit::InstallCookCommandlet() const
 {
 	InstallProgram(Dir / TEXT("Engine/Binaries/Win64/UE4Editor.exe"),
-				   TestPrograms::Path(TEXT("TesselCookCommandlet.exe"), TESSEL_COOK_COMMANDLET));
+				   TestPrograms::Path(TEXT("TesselCookCommandlet.exe"), TestPaths::CookCommandlet));
 }
 
 void FTestKit::InstallSteamCmd() const
 {
-	InstallProgram(Dir / TEXT("ModTools/SteamCMD/steamcmd.exe"), TestPrograms::Path(TEXT("TesselSteamCmd.exe"), TESSEL_STEAMCMD));
+	InstallProgram(Dir / TEXT("ModTools/SteamCMD/steamcmd.exe"), TestPrograms::Path(TEXT("TesselSteamCmd.exe"), TestPaths::SteamCmd));
 }
 
 void FTestKit::InstallUploader() const
 {
 	InstallProgram(Dir / TEXT("ModTools/Uploader/QuillonModUploader.exe"),
-				   TestPrograms::Path(TEXT("TesselUploader.exe"), TESSEL_UPLOADER));
+				   TestPrograms::Path(TEXT("TesselUploader.exe"), TestPaths::Uploader));
 }
 
 void FTestKit::InstallWorkshopTemplate() const
 {
 	FPlatformFileManager::Get().GetPlatformFile().CopyFile(*(Dir / TEXT("ModTools/SteamVDF.template")),
-														   *TestPrograms::Path(TEXT("SteamVDF.template"), TESSEL_WORKSHOP_TEMPLATE));
+														   *TestPrograms::Path(TEXT("SteamVDF.template"), TestPaths::WorkshopTemplate));
 }

@@ -217,7 +217,7 @@ TEST(TesselModuleTests, StartRegistersTheTabAndShutdownEndsEveryJobAtOnceWithout
 	Kit.AddMod(TEXT("Islands"));
 	TSharedRef<FEditorServicesDouble> Services = MakeShared<FEditorServicesDouble>();
 	IEditorServices::Set(Services);
-	FModuleManager::Get().SetModuleDirectory(TEXT(TESSEL_MODULE_DIR));
+	FModuleManager::Get().SetModuleDirectory(FString(TestPaths::ModuleDir));
 	ASSERT_NE(FModuleManager::Get().LoadModule(TEXT("Tessel")), nullptr);
 
 	// The editor's Window menu lists the tab under its title, and opening it shows the tool.
@@ -231,9 +231,9 @@ TEST(TesselModuleTests, StartRegistersTheTabAndShutdownEndsEveryJobAtOnceWithout
 	EXPECT_TRUE(FindWidgetByKey(Tab->GetContent().ToSharedRef(), TEXT("Title")));
 
 	// A running child that ignores the polite signal, and a job queued behind it.
-	TSharedRef<FCookJob> Running = MakeShared<FCookJob>(FModSetup(), TEXT(TESSEL_FAKE_CHILD), TEXT("hang-ignore-term"), FString(),
+	TSharedRef<FCookJob> Running = MakeShared<FCookJob>(FModSetup(), FString(TestPaths::FakeChild), TEXT("hang-ignore-term"), FString(),
 														 FString(), FString(), 0u, false, false);
-	TSharedRef<FCookJob> Queued = MakeShared<FCookJob>(FModSetup(), TEXT(TESSEL_FAKE_CHILD), TEXT("hang"), FString(), FString(),
+	TSharedRef<FCookJob> Queued = MakeShared<FCookJob>(FModSetup(), FString(TestPaths::FakeChild), TEXT("hang"), FString(), FString(),
 														FString(), 0u, true, false);
 	ActiveJobs.Add(Running);
 	ActiveJobs.Add(Queued);
@@ -283,7 +283,7 @@ TEST(TesselModuleTests, StartRegistersTheTabAndShutdownEndsEveryJobAtOnceWithout
 TEST(ToolWidgetTests, ScreenshotOfTheToolOverTheDemoKit)
 {
 	FTempDirectory Copy;
-	std::filesystem::copy(TESSEL_DEMO_KIT_DIR, Copy.Get().ToUtf8(), std::filesystem::copy_options::recursive);
+	std::filesystem::copy(TestPaths::DemoKitDir, Copy.Get().ToUtf8(), std::filesystem::copy_options::recursive);
 	FPaths::SetKitRoot(Copy.Get());
 	FOpenTool Open;
 	ASSERT_EQ(Open.Tool->ModList.Num(), 3);
@@ -294,5 +294,5 @@ TEST(ToolWidgetTests, ScreenshotOfTheToolOverTheDemoKit)
 	const FSlateScreenshot Shot = Open.Window->TakeScreenshot();
 	ASSERT_FALSE(Shot.IsEmpty());
 	EXPECT_EQ(Shot.Width, 1100);
-	EXPECT_TRUE(Shot.SaveToPng(FString(TESSEL_SCREENSHOT_DIR) + TEXT("/tessel-tool.png")));
+	EXPECT_TRUE(Shot.SaveToPng(FString(TestPaths::BuildDir) + TEXT("/tessel-tool.png")));
 }

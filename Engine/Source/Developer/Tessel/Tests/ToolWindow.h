@@ -5,6 +5,7 @@
 
 #include "STesselUI.h"
 #include "SlateTestMain.h"
+#include "TestPaths.h"
 #include "Testing/SlateTestDriver.h"
 #include "cook/CookJob.h"
 
@@ -52,7 +53,7 @@ namespace
 		// A job whose child runs until it is cancelled.
 		FJobGuard()
 		{
-			ActiveJobs.Add(MakeShared<FCookJob>(FModSetup(), TEXT(TESSEL_FAKE_CHILD), TEXT("hang"), FString(), FString(), FString(), 0u, true, false));
+			ActiveJobs.Add(MakeShared<FCookJob>(FModSetup(), FString(TestPaths::FakeChild), TEXT("hang"), FString(), FString(), FString(), 0u, true, false));
 		}
 		~FJobGuard() { CancelAllJobs(); }
 	};

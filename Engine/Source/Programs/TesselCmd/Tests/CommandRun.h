@@ -7,7 +7,7 @@
 
 inline const std::string& TesselCmdPath()
 {
-	static const std::string Path = TestPrograms::Path(TEXT("TesselCmd.exe"), TESSEL_CMD).ToUtf8();
+	static const std::string Path = TestPrograms::Path(TEXT("TesselCmd.exe"), TestPaths::TesselCmd).ToUtf8();
 	return Path;
 }
 

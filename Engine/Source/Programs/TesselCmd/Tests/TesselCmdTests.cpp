@@ -424,7 +424,7 @@ TEST(TesselCmdTests, TheCookShowsThePackagingOnATerminal)
 #else
 	FReadyKit Ready;
 	// "script" gives the child a terminal; its output is what the terminal showed.
-	const std::string Command = std::string(TESSEL_CMD) + " --kit " + Utf8(Ready.Kit.Root()) + " cook Islands";
+	const std::string Command = std::string(TestPaths::TesselCmd) + " --kit " + Utf8(Ready.Kit.Root()) + " cook Islands";
 	const std::string Shell = "script -qec '" + Command + "' /dev/null";
 	FILE* Pipe = popen(Shell.c_str(), "r");
 	ASSERT_TRUE(Pipe);
@@ -629,7 +629,7 @@ TEST(TesselCmdTests, APasswordAskedOnTheTerminalIsNotEchoed)
 		setenv("STEAM_USERNAME", "author", 1);
 		unsetenv("STEAM_PASSWORD");
 		const std::string Kit = Utf8(Ready.Kit.Root());
-		execl(TESSEL_CMD, TESSEL_CMD, "--kit", Kit.c_str(), "publish", "Islands", static_cast<char*>(nullptr));
+		execl(TestPaths::TesselCmd, TestPaths::TesselCmd, "--kit", Kit.c_str(), "publish", "Islands", static_cast<char*>(nullptr));
 		_exit(127);
 	}
 	std::string Shown;

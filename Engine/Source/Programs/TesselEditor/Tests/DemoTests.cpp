@@ -10,6 +10,7 @@
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
 #include "TempDirectory.h"
+#include "TestPaths.h"
 
 #include <gtest/gtest.h>
 
@@ -30,9 +31,9 @@ namespace
 	FRun RunDemo(const FTempDirectory& Work)
 	{
 		const std::string Dir = Work.Get().ToUtf8();
-		const std::string Command = "cd '" TESSEL_SOURCE_DIR "' && env -u DISPLAY -u WAYLAND_DISPLAY -u STEAM_USERNAME "
+		const std::string Command = "cd '" + std::string(TestPaths::SourceDir) + "' && env -u DISPLAY -u WAYLAND_DISPLAY -u STEAM_USERNAME "
 									"-u STEAM_PASSWORD XDG_CONFIG_HOME='" + Dir +
-									"/config' bash Tools/run-demo.sh '" TESSEL_BUILD_DIR "' '" + Dir + "/DemoKit' '" + Dir +
+									"/config' bash Tools/run-demo.sh '" + TestPaths::BuildDir + "' '" + Dir + "/DemoKit' '" + Dir +
 									"/demo.png' 2>&1";
 		FRun Run;
 		FILE* Pipe = popen(Command.c_str(), "r");

@@ -6,6 +6,7 @@
 #include "CoreMinimal.h"
 #include "ProgramRun.h"
 #include "TestKit.h"
+#include "TestPaths.h"
 
 #include <gtest/gtest.h>
 
@@ -24,7 +25,7 @@ namespace
 		{
 			Environment.emplace("QT_QPA_PLATFORM", "offscreen");
 			Environment.emplace("XDG_CONFIG_HOME", (Kit.Root() / TEXT("config")).ToUtf8());
-			return RunProgram(TESSEL_EDITOR, FCommandSetup{std::move(Args), std::move(Environment), std::string()});
+			return RunProgram(TestPaths::TesselEditor, FCommandSetup{std::move(Args), std::move(Environment), std::string()});
 		}
 		std::string KitOption() const { return "-Kit=" + Kit.Root().ToUtf8(); }
 		FString Output() const { return Kit.Root() / TEXT("ModTools/Output"); }

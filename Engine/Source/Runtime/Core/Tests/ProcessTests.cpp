@@ -30,7 +30,7 @@
 
 namespace
 {
-const FString FakeChild = TestPrograms::Path(TEXT("TesselFakeChild.exe"), TESSEL_FAKE_CHILD_PATH);
+const FString FakeChild = TestPrograms::Path(TEXT("TesselFakeChild.exe"), TestPaths::FakeChild);
 
 // What a parent sees of a killed or crashed child: minus the signal on POSIX; on Windows the killed code our
 // process layer gives and the exception codes that a crash leaves.

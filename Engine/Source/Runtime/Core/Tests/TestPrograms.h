@@ -5,6 +5,7 @@
 #include "CoreMinimal.h"
 #include "HAL/PlatformProcess.h"
 #include "Misc/Paths.h"
+#include "TestPaths.h"
 
 #include <fstream>
 #include <string>
