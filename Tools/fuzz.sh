@@ -4,11 +4,16 @@
 # leaks, outgrows its memory or breaks one of its own checks; the input that did it is kept in
 # Build-sanitize/FuzzArtifacts. The targets are those of the sanitizer build (Tools/sanitize-build.sh), which the
 # tests of that stage use too.
-# Usage: Tools/fuzz.sh [seconds for the JSON reader] [seconds for each other target]
+# Usage: Tools/fuzz.sh [seconds for the JSON reader] [seconds for each other target], or Tools/fuzz.sh --build-only
 # The JSON reader gets 30 seconds by default, every other target two fifths of the JSON reader's time (12 of 30).
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 cd "$root"
+build_only=""
+if [ "${1:-}" = "--build-only" ]; then
+	build_only=1
+	shift
+fi
 json_seconds="${1:-30}"
 other_seconds="${2:-$(((json_seconds * 2 + 4) / 5))}"
 if ! command -v clang++ >/dev/null 2>&1; then
@@ -32,6 +37,9 @@ for entry in "${targets[@]}"; do
 done
 
 bash Tools/sanitize-build.sh --target "${names[@]}"
+if [ -n "$build_only" ]; then
+	exit 0
+fi
 
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
