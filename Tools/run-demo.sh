@@ -17,7 +17,8 @@ editor="$build/Engine/Source/Programs/TesselEditor/TesselEditor"
 
 bash "$root/Tools/prepare-kit.sh" "$build" "$kit"
 if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then
-	export QT_QPA_PLATFORM=offscreen
+	# Without a display, an offscreen one the size of a common monitor, so that the window opens at its own size.
+	export QT_QPA_PLATFORM="offscreen:configfile=$root/Tools/offscreen-screen.json"
 fi
 
 echo "== The catalogue"

@@ -3,7 +3,7 @@
 # for Windows and of running it under Wine instead.
 set -euo pipefail
 
-packages=(cmake ninja-build g++ libgtest-dev libcli11-dev zlib1g-dev qt6-base-dev qt6-qpa-plugins fonts-dejavu-core pigz clang libclang-rt-dev ccache mold)
+packages=(cmake ninja-build g++ libgtest-dev libcli11-dev zlib1g-dev qt6-base-dev qt6-qpa-plugins fonts-dejavu-core fonts-roboto-unhinted pigz clang libclang-rt-dev ccache mold xvfb openbox)
 if [ "${1:-}" = "--windows" ]; then
 	packages=(cmake ninja-build g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest libcli11-dev wine64 ccache)
 fi

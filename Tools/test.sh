@@ -45,6 +45,8 @@ read -r hits_before misses_before <<<"$(cache_counts)" || true
 stage_plain() {
 	bash Tools/build.sh Build
 	(cd Build && ctest -j 2 --output-on-failure)
+	# The window's tests once more on a real X display with a window manager, at scale 1 and 2.
+	bash Tools/gui-on-display.sh Build
 }
 
 stage_sanitize() {
@@ -55,13 +57,35 @@ stage_sanitize() {
 		-E '^(CompressCookedFilesTests\.KilledWalkLeavesOnlyWholeFilesUnderTheirNames|ModDatabaseTests\.KilledWhileSavingLeavesALoadableSavedState)$')
 }
 
+build_tsan() {
+	bash Tools/build.sh Build-tsan -DTESSEL_SANITIZE=thread -DTESSEL_WIDGET_BACKEND=Headless \
+		--target ProcessTests TesselTests TesselFakeChild TesselCookCommandlet
+}
+
+# Each fuzz target runs on one core for a fixed time; when the tsan stage follows, its build takes the other
+# core meanwhile, one job at a time, and the tsan stage waits for it.
+tsan_build_pid=""
+tsan_build_log="$(mktemp)"
+trap 'rm -f "$tsan_build_log"' EXIT
 stage_fuzz() {
+	bash Tools/fuzz.sh --build-only
+	if [[ " ${stages[*]} " == *" tsan "* ]]; then
+		TESSEL_BUILD_JOBS=1 build_tsan >"$tsan_build_log" 2>&1 &
+		tsan_build_pid=$!
+	fi
 	bash Tools/fuzz.sh 30
 }
 
 stage_tsan() {
-	bash Tools/build.sh Build-tsan -DTESSEL_SANITIZE=thread -DTESSEL_WIDGET_BACKEND=Headless \
-		--target ProcessTests TesselTests TesselFakeChild TesselCookCommandlet
+	if [ -n "$tsan_build_pid" ]; then
+		if ! wait "$tsan_build_pid"; then
+			cat "$tsan_build_log"
+			echo "tsan: the build beside the fuzzers failed"
+			exit 1
+		fi
+		tail -n 1 "$tsan_build_log"
+	fi
+	build_tsan
 	(cd Build-tsan && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" ctest -j 2 --output-on-failure \
 		-R '^(WindowsArgumentsTests|Utf8StreamDecoderTests|PlatformProcessTests|MonitoredProcessTests|LinePipelineTests|JobRunnerTests)\.')
 }

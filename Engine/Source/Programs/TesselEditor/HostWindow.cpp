@@ -3,11 +3,15 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QDockWidget>
+#include <QGuiApplication>
 #include <QMenuBar>
+#include <QScreen>
 #include <QSettings>
 
 #include "Framework/Docking/TabManager.h"
 #include "SlateQtBackend.h"
+
+#include <algorithm>
 
 namespace
 {
@@ -17,6 +21,8 @@ namespace
 		return QSettings(QStringLiteral("Tessel"), QStringLiteral("TesselEditor"));
 	}
 	const QString OpenTabsKey = QStringLiteral("Layout/OpenTabs");
+	const QString GeometryKey = QStringLiteral("Layout/Geometry");
+	const QString DocksKey = QStringLiteral("Layout/Docks");
 }
 
 FHostWindow::FHostWindow()
@@ -92,12 +98,45 @@ void FHostWindow::CloseAllTabs()
 void FHostWindow::RestoreTabs()
 {
 	QSettings Settings = LayoutSettings();
-	const QStringList Open = Settings.contains(OpenTabsKey) ? Settings.value(OpenTabsKey).toStringList()
-															: QStringList{QStringLiteral("TesselTools")};
-	for (const QString& TabId : Open)
+	for (const QString& TabId : Settings.value(OpenTabsKey).toStringList())
 	{
 		OpenTab(SlateQt::FromQString(TabId));
 	}
+	// An editor with no tab is an empty grey window: the tool's tab comes back instead.
+	if (Docks.empty())
+	{
+		OpenTab(TEXT("TesselTools"));
+	}
+}
+
+void FHostWindow::RestoreGeometry()
+{
+	QSettings Settings = LayoutSettings();
+	restoreGeometry(Settings.value(GeometryKey).toByteArray());
+	restoreState(Settings.value(DocksKey).toByteArray());
+	FitToScreen();
+}
+
+void FHostWindow::FitToScreen()
+{
+	QScreen* Screen = QGuiApplication::screenAt(geometry().center());
+	if (!Screen)
+	{
+		Screen = QGuiApplication::primaryScreen();
+	}
+	if (!Screen || isMaximized() || isFullScreen())
+	{
+		return;
+	}
+	// The frame's size is known only once the window is shown; the window manager's usual frame is allowed for.
+	const QRect Area = Screen->availableGeometry();
+	const QSize Frame = isVisible() ? frameGeometry().size() - size() : QSize(16, 48);
+	const QSize Fitted = size().boundedTo(Area.size() - Frame).expandedTo(minimumSizeHint().boundedTo(Area.size() - Frame));
+	QRect Placed(pos(), Fitted);
+	Placed.moveLeft(std::clamp(Placed.left(), Area.left(), std::max(Area.left(), Area.right() - Fitted.width() - Frame.width())));
+	Placed.moveTop(std::clamp(Placed.top(), Area.top(), std::max(Area.top(), Area.bottom() - Fitted.height() - Frame.height())));
+	resize(Placed.size());
+	move(Placed.topLeft());
 }
 
 void FHostWindow::RememberTabs() const
@@ -115,6 +154,9 @@ void FHostWindow::closeEvent(QCloseEvent* Event)
 {
 	// The layout is kept as the user left it, before the tabs go with the window.
 	RememberTabs();
+	QSettings Settings = LayoutSettings();
+	Settings.setValue(GeometryKey, saveGeometry());
+	Settings.setValue(DocksKey, saveState());
 	bClosing = true;
 	QMainWindow::closeEvent(Event);
 }

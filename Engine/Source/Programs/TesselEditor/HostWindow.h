@@ -10,7 +10,8 @@
 class QDockWidget;
 
 // The editor's main window: a dock area and a Window menu with every registered tab. Like an editor that keeps
-// its layout, it reopens the tabs that were open when it last closed, and the tool's tab on the very first start.
+// its layout, it reopens the tabs that were open when it last closed (the tool's tab when there were none), and
+// comes back at its last size and place with its docks as they were, always within the screen.
 class FHostWindow : public QMainWindow
 {
 public:
@@ -21,6 +22,8 @@ public:
 	void CloseAllTabs();
 	// The tabs of the last run, or the tool's tab when there was none.
 	void RestoreTabs();
+	// The last run's size, place and dock sizes, fitted to the screen; before the window is shown.
+	void RestoreGeometry();
 	TSharedPtr<SDockTab> FindTab(const FString& TabId) const;
 
 protected:
@@ -29,6 +32,7 @@ protected:
 private:
 	void CloseTab(const FString& TabId);
 	void RememberTabs() const;
+	void FitToScreen();
 
 	std::map<FString, QDockWidget*> Docks;
 	std::map<FString, TSharedPtr<SDockTab>> Tabs;

@@ -160,6 +160,7 @@ int main(int ArgC, char** ArgV)
 		{
 			Window.RestoreTabs();
 		}
+		Window.RestoreGeometry();
 		Window.show();
 
 		std::unique_ptr<FWindowScript> Script;

@@ -516,9 +516,10 @@ TEST(DetailsPanelTests, LongValuesNeitherMoveTheColumnsNorAddAHorizontalScrollBa
 	EXPECT_EQ(GetShownText(*DescriptionCell[0]).Len(), 8000);
 }
 
-// Pictures of the demo kit's "Islands" form for a person to look at; the scale comes from the environment
-// (SLATE_TEST_SCALE), and CTest runs this once at 1 and once at 2.
-TEST(DetailsPanelTests, ScreenshotOfTheIslandsForm)
+// The demo kit's "Islands" form as a person reads it: every label, button and check box shows its whole text
+// in the room its widget gives it (a wrapping label excepted), and a picture is saved to look at. The scale
+// comes from the environment (SLATE_TEST_SCALE), and CTest runs this once at 1 and once at 2.
+TEST(DetailsPanelTests, TheIslandsFormShowsEveryTextWhole)
 {
 	FTempDirectory Copy;
 	std::filesystem::copy(TestPaths::DemoKitDir, Copy.Get().ToUtf8(), std::filesystem::copy_options::recursive);
@@ -532,6 +533,22 @@ TEST(DetailsPanelTests, ScreenshotOfTheIslandsForm)
 	Open.Tool->SelectedMod->ItemSeamId = TEXT("2900000123");
 	Open.Window->Resize(1200, 760);
 	TickFrames(4);
+	int32 Checked = 0;
+	for (const TCHAR* Type : {TEXT("STextBlock"), TEXT("SButton"), TEXT("SCheckBox")})
+	{
+		for (const TSharedRef<SWidget>& Widget : FindWidgetsByType(Open.Tool.ToSharedRef(), Type))
+		{
+			if (!IsShown(*Widget) || WrapsText(*Widget) || GetShownText(*Widget).IsEmpty())
+			{
+				continue;
+			}
+			const FSlateTextLook Look = GetTextLook(*Widget);
+			EXPECT_LE(Look.ShownTextWidth, Look.TextRoomWidth) << GetShownText(*Widget).ToUtf8() << " is cut";
+			++Checked;
+		}
+	}
+	// The form's buttons and one-line labels, and the log side's buttons: not a check that looked at nothing.
+	EXPECT_GE(Checked, 15);
 	const FSlateScreenshot Shot = Open.Window->TakeScreenshot();
 	ASSERT_FALSE(Shot.IsEmpty());
 	const float Scale = Open.Window->GetScale();

@@ -80,6 +80,30 @@ TEST(ToolWidgetTests, ClickingARowSelectsItAndRebuildsTheWholeTree)
 	EXPECT_TRUE(Tool.DetailsScrollBox->GetDisplayText().Contains(Tool.ModList[1]->ModDir));
 }
 
+// The Mods list from the keyboard: Down and Up choose the next and the previous mod and the form follows, as
+// after a click; the keys go on reaching the list after the tool rebuilt its layout for the new mod.
+TEST(ToolWidgetTests, ArrowKeysInTheModsListChooseTheModAndTheFormFollows)
+{
+	FTestKit Kit;
+	Kit.AddMod(TEXT("Alpha"));
+	Kit.AddMod(TEXT("Beta"));
+	Kit.AddMod(TEXT("Gamma"));
+	FOpenTool Open;
+	STesselTool& Tool = *Open.Tool;
+	ASSERT_EQ(Tool.ModList.Num(), 3);
+	ClickListRow(*Tool.ModListView, 0);
+	TickFrames();
+	ASSERT_EQ(Tool.SelectedMod, Tool.ModList[0]);
+	Focus(*Tool.ModListView);
+	for (const auto& [Key, Expected] : {std::pair{TEXT("Down"), 1}, {TEXT("Down"), 2}, {TEXT("Down"), 2}, {TEXT("Up"), 1}})
+	{
+		PressKeyInFocus(Key);
+		TickFrames();
+		EXPECT_EQ(Tool.SelectedMod, Tool.ModList[Expected]) << FString(Key).ToUtf8();
+		EXPECT_TRUE(Tool.DetailsScrollBox->GetDisplayText().Contains(Tool.ModList[Expected]->ModDir));
+	}
+}
+
 TEST(ToolWidgetTests, AClickThatClearsTheSelectionChangesNothing)
 {
 	FTestKit Kit;
@@ -293,6 +317,7 @@ TEST(ToolWidgetTests, ScreenshotOfTheToolOverTheDemoKit)
 	TickFrames(3);
 	const FSlateScreenshot Shot = Open.Window->TakeScreenshot();
 	ASSERT_FALSE(Shot.IsEmpty());
-	EXPECT_EQ(Shot.Width, 1100);
-	EXPECT_TRUE(Shot.SaveToPng(FString(TestPaths::BuildDir) + TEXT("/tessel-tool.png")));
+	EXPECT_EQ(Shot.Width, static_cast<int>(1100 * Open.Window->GetScale()));
+	EXPECT_GT(CountColours(Shot), 8);
+	EXPECT_TRUE(Shot.SaveToPng(FString(TestPaths::BuildDir) + FString::Printf(TEXT("/tessel-tool@%gx.png"), Open.Window->GetScale())));
 }

@@ -156,3 +156,55 @@ TEST(UploadDialogTests, TheCloseButtonDeclinesAndKeepsWhatWasTyped)
 	EXPECT_EQ(ShownPassword, FString(TEXT("hunter2")));
 	EXPECT_FALSE(Upload.ItemFileExists());
 }
+
+// The keys of the login as a person uses them: its labels are whole, Return in the password box accepts and
+// publishes, and Escape declines, leaving nothing written. Run at scale 1 and 2.
+TEST(UploadDialogTests, ReturnAcceptsAndEscapeDeclinesWithLabelsWhole)
+{
+	FShownUploadKit Upload;
+	bool bEscaped = false;
+	RunSoon([&]
+			{
+				ASSERT_TRUE(Upload.Box(1));
+				TypeText(*Upload.Box(0), TEXT("mia"));
+				PressKey(*Upload.Box(0), TEXT("Escape"));
+				bEscaped = !GetWindowState(Upload.DialogWindow()).bShown;
+			});
+	Upload.Tool->OnUploadClicked();
+	EXPECT_TRUE(bEscaped);
+	EXPECT_FALSE(Upload.Tool->bSteamAuthConfirmed);
+	EXPECT_FALSE(Upload.ItemFileExists());
+	EXPECT_EQ(Upload.LogRows(), 0);
+
+	TArray<FString> CutLabels;
+	int32 Colours = 0;
+	bool bPictureSaved = false;
+	RunSoon([&]
+			{
+				ASSERT_TRUE(Upload.Box(1));
+				// A picture to look at, of a drawn dialog.
+				const FSlateScreenshot Shot = TakeWindowScreenshot(*Upload.Box(1));
+				Colours = CountColours(Shot);
+				bPictureSaved = Shot.SaveToPng(FString(TestPaths::BuildDir) + FString::Printf(TEXT("/tessel-login@%gx.png"), GetScreenScale()));
+				for (const TCHAR* Key : {TEXT("SteamUsername"), TEXT("SteamPassword"), TEXT("Accept"), TEXT("Decline")})
+				{
+					ASSERT_TRUE(Upload.Find(Key)) << FString(Key).ToUtf8();
+					const FSlateTextLook Look = GetTextLook(*Upload.Find(Key));
+					if (Look.ShownTextWidth > Look.TextRoomWidth)
+					{
+						CutLabels.Add(GetShownText(*Upload.Find(Key)));
+					}
+				}
+				TypeText(*Upload.Box(1), TEXT("hunter2"));
+				PressKey(*Upload.Box(1), TEXT("Return"));
+			});
+	Upload.Tool->OnUploadClicked();
+	TickFrames();
+	EXPECT_TRUE(CutLabels.IsEmpty()) << FString::Join(CutLabels, TEXT(", ")).ToUtf8();
+	EXPECT_GT(Colours, 8);
+	EXPECT_TRUE(bPictureSaved);
+	EXPECT_FALSE(GetWindowState(Upload.DialogWindow()).bShown);
+	EXPECT_EQ(Upload.Tool->SteamUsername, FString(TEXT("mia")));
+	EXPECT_EQ(Upload.Tool->SelectedMod->ItemSeamId, FString(TEXT("2900000001")));
+	EXPECT_EQ(Upload.LogRows(), 2);
+}

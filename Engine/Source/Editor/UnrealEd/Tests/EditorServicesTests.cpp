@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QDialog>
 #include <QLabel>
+#include <QMainWindow>
 #include <QTimer>
 
 #include "SlateQtBackend.h"
@@ -12,6 +13,11 @@
 #include "Interfaces/IMainFrameModule.h"
 #include "Modules/ModuleManager.h"
 #include "Testing/EditorServicesDouble.h"
+#include "Testing/SlateTestDriver.h"
+#include "TestPaths.h"
+#include "Widgets/Input/SButton.h"
+#include "Widgets/Input/SEditableTextBox.h"
+#include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
 
 #define LOCTEXT_NAMESPACE "EditorServicesTests"
@@ -53,6 +59,84 @@ TEST(EditorServicesTests, GenericDialogShowsTitleAndBodyAndReturnsAtOnce)
 	EXPECT_EQ(Shown->findChild<QLabel*>("SuccessMsg")->text(), QString("Job Successful!!"));
 	Shown->close();
 	TickFrames();
+}
+
+// Over an editor's main window, a result dialog and a modal window belong to it: they stay above it, a result
+// must be read before the window takes input again, and the result's text is whole.
+TEST(EditorServicesTests, DialogsStandOverTheMainWindow)
+{
+	IEditorServices::Set(nullptr);
+	QMainWindow Main;
+	Main.resize(800, 600);
+	Main.show();
+	TickFrames();
+
+	TSharedRef<STextBlock> Body = SNew(STextBlock).Text(LOCTEXT("SuccessMsg", "Job Successful!!"));
+	SGenericDialogWidget::OpenDialog(LOCTEXT("Succesfull", "Quillon Dev Kit"), Body);
+	TickFrames();
+	QDialog* Result = Main.findChild<QDialog*>();
+	ASSERT_NE(Result, nullptr);
+	EXPECT_TRUE(Result->isVisible());
+	EXPECT_EQ(Result->parentWidget(), &Main);
+	EXPECT_NE(Result->windowModality(), Qt::NonModal);
+	const FSlateTextLook Look = SlateTest::GetTextLook(*Body);
+	EXPECT_LE(Look.ShownTextWidth, Look.TextRoomWidth);
+	// A picture to look at, of a drawn dialog.
+	const FSlateScreenshot Shot = SlateTest::TakeWindowScreenshot(*Body);
+	EXPECT_GT(SlateTest::CountColours(Shot), 8);
+	EXPECT_TRUE(Shot.SaveToPng(FString(TestPaths::BuildDir) + FString::Printf(TEXT("/tessel-result-dialog@%gx.png"), SlateTest::GetScreenScale())));
+	Result->close();
+	TickFrames();
+
+	TSharedRef<SWindow> Window = SNew(SWindow).SizingRule(ESizingRule::Autosized)[SNew(STextBlock).Text(LOCTEXT("Body", "body"))];
+	QWidget* ParentWhileUp = nullptr;
+	QTimer::singleShot(0, [&]
+					   {
+						   ParentWhileUp = SlateQt::GetQWidget(*Window)->parentWidget();
+						   Window->RequestDestroyWindow();
+					   });
+	GEditor->EditorAddModalWindow(Window);
+	EXPECT_EQ(ParentWhileUp, &Main);
+}
+
+// The keys of a modal window with an answer row: Return presses the first button, or the one with the focus,
+// and Escape the last; a line of text passes both on.
+TEST(EditorServicesTests, ReturnAndEscapeAnswerAModalWindow)
+{
+	IEditorServices::Set(nullptr);
+	FString Pressed;
+	for (const auto& [Key, bFocusLast] : {std::pair{TEXT("Return"), false}, {TEXT("Escape"), false}, {TEXT("Return"), true}})
+	{
+		TSharedPtr<SEditableTextBox> Box;
+		TSharedPtr<SButton> Last;
+		TSharedRef<SWindow> Window = SNew(SWindow).SizingRule(ESizingRule::Autosized);
+		// The buttons live in the window: they hold it by a plain pointer, not a reference that would keep it.
+		SWindow* Own = &Window.Get();
+		const auto Answer = [&Pressed, Own](const TCHAR* What)
+		{
+			return FOnClicked::CreateLambda([&Pressed, Own, What]
+											{
+												Pressed += What;
+												Own->RequestDestroyWindow();
+												return FReply::Handled();
+											});
+		};
+		Window->SetContent(SNew(SHorizontalBox)
+						   + SHorizontalBox::Slot().AutoWidth()[SAssignNew(Box, SEditableTextBox)]
+						   + SHorizontalBox::Slot().AutoWidth()[SNew(SButton).Text(LOCTEXT("Yes", "Yes")).OnClicked(Answer(TEXT("yes ")))]
+						   + SHorizontalBox::Slot().AutoWidth()[SAssignNew(Last, SButton).Text(LOCTEXT("No", "No")).OnClicked(Answer(TEXT("no ")))]);
+		QTimer::singleShot(0, [&, Key = Key, bFocusLast = bFocusLast]
+						   {
+							   SlateTest::Focus(bFocusLast ? static_cast<SWidget&>(*Last) : static_cast<SWidget&>(*Box));
+							   SlateTest::PressKeyInFocus(Key);
+							   if (!Window->IsDestroyRequested())
+							   {
+								   Window->RequestDestroyWindow();
+							   }
+						   });
+		GEditor->EditorAddModalWindow(Window);
+	}
+	EXPECT_EQ(Pressed, FString(TEXT("yes no no ")));
 }
 
 TEST(EditorServicesTests, TheDoubleRecordsCallsAndAnswersFromItsScript)

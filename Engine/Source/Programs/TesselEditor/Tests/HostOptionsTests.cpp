@@ -20,10 +20,11 @@ namespace
 			Kit.AddMod(TEXT("Islands"), {TEXT("Alpha.umap"), TEXT("Beta.umap"), TEXT("Props/Crate.uasset")});
 			Kit.AddMod(TEXT("Sky Lanterns"), {TEXT("Festival.umap")});
 		}
-		// The window runs offscreen and keeps its settings in the temporary folder.
+		// The window runs offscreen, on a screen the size of a common monitor, and keeps its settings in the
+		// temporary folder.
 		FCommandRun Run(std::vector<std::string> Args, std::map<std::string, std::string> Environment = {}) const
 		{
-			Environment.emplace("QT_QPA_PLATFORM", "offscreen");
+			Environment.emplace("QT_QPA_PLATFORM", "offscreen:configfile=" + std::string(TestPaths::SourceDir) + "/Tools/offscreen-screen.json");
 			Environment.emplace("XDG_CONFIG_HOME", (Kit.Root() / TEXT("config")).ToUtf8());
 			return RunProgram(TestPaths::TesselEditor, FCommandSetup{std::move(Args), std::move(Environment), std::string()});
 		}

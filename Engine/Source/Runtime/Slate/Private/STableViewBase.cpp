@@ -57,9 +57,20 @@ void STableViewBase::ClickRow(int32 Index)
 	// In the toggling mode a click on the selected row clears the selection.
 	if (SelectionMode == ESelectionMode::SingleToggle && SelectedIndex() == Index)
 	{
-		SelectIndexFromUser(INDEX_NONE);
+		SelectIndexFromUser(INDEX_NONE, ESelectInfo::OnMouseClick);
 		return;
 	}
-	SelectIndexFromUser(Index);
+	SelectIndexFromUser(Index, ESelectInfo::OnMouseClick);
+}
+
+void STableViewBase::NavigateToRow(int32 Index)
+{
+	if (!IsEnabled() || SelectionMode == ESelectionMode::None || Index < 0 || Index >= NumItems() || Index == SelectedIndex())
+	{
+		// The view shows the selection this list has, not the row the key would have chosen.
+		MirrorSelection();
+		return;
+	}
+	SelectIndexFromUser(Index, ESelectInfo::OnNavigation);
 }
 

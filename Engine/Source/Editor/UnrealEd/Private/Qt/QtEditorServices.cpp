@@ -1,10 +1,13 @@
+#include <QApplication>
 #include <QDesktopServices>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QEvent>
 #include <QEventLoop>
 #include <QFileDialog>
-#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMainWindow>
+#include <QPushButton>
 #include <QScreen>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -35,6 +38,76 @@ namespace
 		QEventLoop& Loop;
 	};
 
+	// The keys of a dialog in a modal window: Return presses its first button (the one that accepts), or the
+	// button that has the focus, and Escape its last (the one that declines), or closes a window with one button.
+	// A multi-line text box keeps its Return; a line of text passes its Return and Escape on to here.
+	class FDialogKeys : public QObject
+	{
+	public:
+		bool eventFilter(QObject* Watched, QEvent* Event) override
+		{
+			if (Event->type() != QEvent::KeyPress)
+			{
+				return false;
+			}
+			QWidget* Window = qobject_cast<QWidget*>(Watched);
+			const int Key = static_cast<QKeyEvent*>(Event)->key();
+			if (!Window || (Key != Qt::Key_Return && Key != Qt::Key_Enter && Key != Qt::Key_Escape))
+			{
+				return false;
+			}
+			QList<QPushButton*> Buttons;
+			for (QPushButton* Button : Window->findChildren<QPushButton*>())
+			{
+				if (Button->isVisible() && Button->isEnabled())
+				{
+					Buttons << Button;
+				}
+			}
+			if (Key == Qt::Key_Escape)
+			{
+				if (Buttons.size() > 1)
+				{
+					Buttons.last()->click();
+				}
+				else
+				{
+					Window->close();
+				}
+				return true;
+			}
+			if (QPushButton* Focused = qobject_cast<QPushButton*>(QApplication::focusWidget()); Focused && Buttons.contains(Focused))
+			{
+				Focused->click();
+				return true;
+			}
+			if (!Buttons.isEmpty())
+			{
+				Buttons.first()->click();
+				return true;
+			}
+			return false;
+		}
+	};
+
+	// The window that dialogs stand over: the editor's main frame, or, where the host named none, the
+	// application's main window. A dialog with a parent stays above it and can't sink behind it.
+	QWidget* DialogParent(const TSharedPtr<SWindow>& MainWindow)
+	{
+		if (MainWindow)
+		{
+			return SlateQt::GetQWidget(*MainWindow)->window();
+		}
+		for (QWidget* Widget : QApplication::topLevelWidgets())
+		{
+			if (qobject_cast<QMainWindow*>(Widget) && Widget->isVisible())
+			{
+				return Widget;
+			}
+		}
+		return nullptr;
+	}
+
 	// Turns "Png Image (.png)|*.png" into Qt's "Png Image (.png) (*.png)".
 	QString ToQtFilter(const FString& FileTypes)
 	{
@@ -56,13 +129,17 @@ TSharedPtr<IEditorServices> MakeDefaultEditorServices()
 
 void FQtEditorServices::OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content)
 {
-	QDialog* Dialog = new QDialog(MainWindow ? SlateQt::GetQWidget(*MainWindow) : nullptr);
+	// Modal to the main window, so that a result is read before the next job starts; the call still returns at once.
+	QDialog* Dialog = new QDialog(DialogParent(MainWindow));
 	Dialog->setAttribute(Qt::WA_DeleteOnClose);
+	Dialog->setWindowModality(Qt::WindowModal);
 	Dialog->setWindowTitle(SlateQt::ToQString(Title.ToString()));
 	QVBoxLayout* Layout = new QVBoxLayout(Dialog);
 	Layout->addWidget(SlateQt::MakeSlotHolder(*Content, FMargin(12), HAlign_Fill, VAlign_Fill));
 	QDialogButtonBox* Buttons = new QDialogButtonBox(QDialogButtonBox::Ok, Dialog);
 	QObject::connect(Buttons, &QDialogButtonBox::accepted, Dialog, &QDialog::accept);
+	// Return and Escape both take the one answer a report has.
+	Buttons->button(QDialogButtonBox::Ok)->setDefault(true);
 	Layout->addWidget(Buttons);
 	// The dialog keeps its content alive until it closes.
 	TSharedPtr<SWidget> Keep = Content;
@@ -83,13 +160,14 @@ void FQtEditorServices::RunModalWindow(const TSharedRef<SWindow>& Window)
 	{
 		Flags |= Qt::WindowMaximizeButtonHint;
 	}
-	Widget->setWindowFlags(Flags);
+	// Over the main window, which it belongs to; a parent keeps it above that window.
+	Widget->setParent(DialogParent(MainWindow), Flags);
 	Widget->setWindowModality(Qt::ApplicationModal);
 	const FVector2D ClientSize = Window->GetClientSize();
 	switch (Window->GetSizingRule())
 	{
 	case ESizingRule::Autosized:
-		// Sized to what the content asks for, and kept there: the user can't resize it.
+		// Sized to what the content asks for (a grid asks for room for its widest cells), and kept there.
 		Widget->adjustSize();
 		Widget->setFixedSize(Widget->sizeHint().isValid() ? Widget->sizeHint() : Widget->size());
 		break;
@@ -121,12 +199,16 @@ void FQtEditorServices::RunModalWindow(const TSharedRef<SWindow>& Window)
 	}
 	QEventLoop Loop;
 	FCloseWatcher Watcher(Loop);
+	FDialogKeys Keys;
 	Widget->installEventFilter(&Watcher);
+	Widget->installEventFilter(&Keys);
 	Widget->show();
+	Widget->activateWindow();
 	if (!Window->IsDestroyRequested())
 	{
 		Loop.exec();
 	}
+	Widget->removeEventFilter(&Keys);
 	Widget->removeEventFilter(&Watcher);
 	Widget->hide();
 }
@@ -135,7 +217,7 @@ bool FQtEditorServices::OpenFileDialog(const void*, const FString& Title, const 
 									   const FString& DefaultFile, const FString& FileTypes, uint32,
 									   TArray<FString>& OutFilenames)
 {
-	const QString Chosen = QFileDialog::getOpenFileName(MainWindow ? SlateQt::GetQWidget(*MainWindow) : nullptr,
+	const QString Chosen = QFileDialog::getOpenFileName(DialogParent(MainWindow),
 														SlateQt::ToQString(Title),
 														SlateQt::ToQString(DefaultPath / DefaultFile), ToQtFilter(FileTypes));
 	if (Chosen.isEmpty())

@@ -86,6 +86,8 @@ FNativeWidget* SEditableTextBase::CreatePlainTextEdit()
 {
 	QPlainTextEdit* Edit = new QPlainTextEdit(ToQString(Shown));
 	Edit->setLineWrapMode(bAutoWrap ? QPlainTextEdit::WidgetWidth : QPlainTextEdit::NoWrap);
+	// Tab moves on through the form, as in every other box of it; a description has no use for tab characters.
+	Edit->setTabChangesFocus(true);
 	Edit->setMinimumHeight(60);
 	TWeakPtr<SWidget> Weak = weak_from_this();
 	QObject::connect(Edit, &QPlainTextEdit::textChanged,

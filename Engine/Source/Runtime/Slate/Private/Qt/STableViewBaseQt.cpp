@@ -57,6 +57,8 @@ FNativeWidget* STableViewBase::CreateNativeWidget()
 	// like a selection the list does not have.
 	Parts->View->setFocusPolicy(Qt::ClickFocus);
 	Layout->addWidget(Parts->View, 1);
+	// Focus given to the list goes to its rows.
+	Container->setFocusProxy(Parts->View);
 	SetNativeWidget(SlateQt::ToNative(Container));
 	RowsShown = 0;
 	bRefreshPending = true;

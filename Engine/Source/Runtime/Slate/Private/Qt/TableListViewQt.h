@@ -1,9 +1,14 @@
 #pragma once
 
 #include <QAbstractItemView>
+#include <QApplication>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMouseEvent>
+#include <QStyle>
 #include <QTableView>
+#include <QTimer>
+#include <QToolTip>
 
 #include "SteadyScrollBarQt.h"
 #include "Widgets/Views/STableViewBase.h"
@@ -57,5 +62,70 @@ protected:
 			return;
 		}
 		QTableView::mousePressEvent(Event);
+	}
+
+	// A key that moves the current row (an arrow, Page Up or Down, Home, End) selects that row through the list,
+	// so that its selection handler hears of it as of a click.
+	void keyPressEvent(QKeyEvent* Event) override
+	{
+		const QModelIndex Before = currentIndex();
+		QTableView::keyPressEvent(Event);
+		const QModelIndex After = currentIndex();
+		if (Owner && After.isValid() && After != Before)
+		{
+			TSharedRef<SWidget> KeepAlive = Owner->AsShared();
+			const void* Source = Owner->ItemsSourceIdentity();
+			const int Row = After.row();
+			Owner->NavigateToRow(Row);
+			// A handler that rebuilt the layout made a new list over the same items; the keys go on there, from
+			// the row they reached.
+			QTimer::singleShot(0, [Source, Row] { FocusListOver(Source, Row); });
+		}
+	}
+
+	// A row cut short with "..." shows its whole text when the mouse rests on it (a long folder name, a long
+	// line of the log); a row that fits shows none.
+	bool viewportEvent(QEvent* Event) override
+	{
+		if (Event->type() != QEvent::ToolTip)
+		{
+			return QTableView::viewportEvent(Event);
+		}
+		const QHelpEvent* Help = static_cast<QHelpEvent*>(Event);
+		const QModelIndex Index = indexAt(Help->pos());
+		QString Text = Index.isValid() ? Index.data().toString() : QString();
+		const QRect Cell = visualRect(Index);
+		const int Margins = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1);
+		if (Text.isEmpty() || fontMetrics().horizontalAdvance(Text.left(Cell.width())) <= Cell.width() - Margins)
+		{
+			QToolTip::hideText();
+			return true;
+		}
+		// A tooltip is read, not scrolled: a line of a megabyte shows its start.
+		constexpr int MostShown = 2000;
+		if (Text.size() > MostShown)
+		{
+			Text = Text.left(MostShown) + QChar(0x2026);
+		}
+		QToolTip::showText(Help->globalPos(), Text, viewport(), Cell);
+		return true;
+	}
+
+private:
+	static void FocusListOver(const void* Source, int Row)
+	{
+		for (QWidget* Widget : QApplication::allWidgets())
+		{
+			FTableListViewQt* View = dynamic_cast<FTableListViewQt*>(Widget);
+			if (View && View->Owner && View->Owner->ItemsSourceIdentity() == Source && View->isVisible())
+			{
+				if (!View->currentIndex().isValid() && Row < View->model()->rowCount())
+				{
+					View->selectionModel()->setCurrentIndex(View->model()->index(Row, 0), QItemSelectionModel::NoUpdate);
+				}
+				View->setFocus(Qt::OtherFocusReason);
+				return;
+			}
+		}
 	}
 };

@@ -1,6 +1,7 @@
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QAbstractScrollArea>
+#include <QApplication>
 #include <QCheckBox>
 #include <QGraphicsDropShadowEffect>
 #include <QGuiApplication>
@@ -9,6 +10,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QPushButton>
 #include <QScreen>
 #include <QScrollBar>
 #include <QStyle>
@@ -25,6 +27,7 @@
 #include "Widgets/Views/STableViewBase.h"
 
 #include <cstdlib>
+#include <unordered_set>
 
 using SlateQt::FromQString;
 using SlateQt::ToQString;
@@ -106,7 +109,8 @@ bool FSlateScreenshot::SaveToPng(const FString& Path) const
 
 void SlateTest::StartApplication(int& ArgC, char** ArgV)
 {
-	qputenv("QT_QPA_PLATFORM", "offscreen");
+	const char* Platform = std::getenv("SLATE_TEST_PLATFORM");
+	qputenv("QT_QPA_PLATFORM", Platform && *Platform ? Platform : "offscreen");
 	if (const char* Scale = std::getenv("SLATE_TEST_SCALE"); Scale && *Scale)
 	{
 		qputenv("QT_SCALE_FACTOR", Scale);
@@ -186,6 +190,25 @@ FSlateTextLook SlateTest::GetTextLook(const SWidget& Widget)
 	Look.bRaised = qobject_cast<QGraphicsDropShadowEffect*>(Own->graphicsEffect()) != nullptr;
 	Look.LineHeight = Own->fontMetrics().height();
 	Look.ShownTextWidth = Own->fontMetrics().horizontalAdvance(TextOf(Own));
+	Look.TextRoomWidth = Own->contentsRect().width();
+	if (QPushButton* Button = qobject_cast<QPushButton*>(Own))
+	{
+		QStyleOptionButton Option;
+		Option.initFrom(Button);
+		Option.text = Button->text();
+		Look.TextRoomWidth = Button->style()->subElementRect(QStyle::SE_PushButtonContents, &Option, Button).width();
+	}
+	else if (QCheckBox* Box = qobject_cast<QCheckBox*>(Own))
+	{
+		QStyleOptionButton Option;
+		Option.initFrom(Box);
+		Option.text = Box->text();
+		Look.TextRoomWidth = Box->style()->subElementRect(QStyle::SE_CheckBoxContents, &Option, Box).width();
+	}
+	else if (QLabel* Label = qobject_cast<QLabel*>(Own))
+	{
+		Look.TextRoomWidth = Label->contentsRect().width() - 2 * Label->margin();
+	}
 	return Look;
 }
 
@@ -281,6 +304,8 @@ void SlateTest::Focus(SWidget& Widget)
 {
 	QWidget* Own = Drawn(Widget);
 	Own->window()->activateWindow();
+	// A window just shown becomes the active one a moment later; keys go to the active window only.
+	QTest::qWaitForWindowActive(Own->window(), 2000);
 	Own->setFocus();
 }
 
@@ -289,12 +314,27 @@ void SlateTest::TypeText(SWidget& Widget, const FString& Text)
 	QTest::keyClicks(Drawn(Widget), ToQString(Text));
 }
 
+namespace
+{
+	void PressKeyOn(QWidget* Target, const FString& Key)
+	{
+		const QKeySequence Sequence = QKeySequence::fromString(ToQString(Key));
+		check(Sequence.count() == 1);
+		const QKeyCombination Combination = Sequence[0];
+		QTest::keyClick(Target, Combination.key(), Combination.keyboardModifiers());
+	}
+}
+
 void SlateTest::PressKey(SWidget& Widget, const FString& Key)
 {
-	const QKeySequence Sequence = QKeySequence::fromString(ToQString(Key));
-	check(Sequence.count() == 1);
-	const QKeyCombination Combination = Sequence[0];
-	QTest::keyClick(Drawn(Widget), Combination.key(), Combination.keyboardModifiers());
+	PressKeyOn(Drawn(Widget), Key);
+}
+
+void SlateTest::PressKeyInFocus(const FString& Key)
+{
+	QWidget* Focused = QApplication::focusWidget();
+	check(Focused);
+	PressKeyOn(Focused, Key);
 }
 
 int32 SlateTest::GetListRowCount(const STableViewBase& List)
@@ -350,6 +390,22 @@ FSlateTestRect SlateTest::GetScreenWorkArea()
 FSlateScreenshot SlateTest::TakeScreenshot(const SWidget& Widget)
 {
 	return ToScreenshot(Drawn(Widget)->grab().toImage());
+}
+
+FSlateScreenshot SlateTest::TakeWindowScreenshot(const SWidget& Widget)
+{
+	return ToScreenshot(Drawn(Widget)->window()->grab().toImage());
+}
+
+float SlateTest::GetScreenScale()
+{
+	return QGuiApplication::primaryScreen() ? static_cast<float>(QGuiApplication::primaryScreen()->devicePixelRatio()) : 1.0f;
+}
+
+int32 SlateTest::CountColours(const FSlateScreenshot& Shot)
+{
+	std::unordered_set<uint32> Colours(Shot.Pixels.begin(), Shot.Pixels.end());
+	return static_cast<int32>(Colours.size());
 }
 
 bool SlateTest::WriteSolidPng(const FString& Path, int32 Width, int32 Height, uint32 Colour)

@@ -57,6 +57,9 @@ struct FSlateTextLook
 	int32 LineHeight = 0;
 	// How wide the shown text is on one line.
 	int32 ShownTextWidth = 0;
+	// How wide the room is that the widget gives its text (inside a button's frame and margins, beside a check
+	// box's box). Lettering wider than this is cut or squeezed, unless the widget wraps it.
+	int32 TextRoomWidth = 0;
 };
 
 // A top-level window as a user meets it.
@@ -78,8 +81,9 @@ struct FSlateTestWindowState
 
 namespace SlateTest
 {
-	// Makes the application on the offscreen display. A scale for high-density screens comes from the
-	// environment variable SLATE_TEST_SCALE (e.g. "2").
+	// Makes the application on the offscreen display, or on the platform SLATE_TEST_PLATFORM names ("xcb" for
+	// the X display in DISPLAY). A scale for high-density screens comes from the environment variable
+	// SLATE_TEST_SCALE (e.g. "2").
 	void StartApplication(int& ArgC, char** ArgV);
 	void StopApplication();
 	// Ticks the application some frames, as the host's timer would.
@@ -123,6 +127,8 @@ namespace SlateTest
 	void TypeText(SWidget& Widget, const FString& Text);
 	// One key press, such as "Left", "Return" or "Ctrl+Z".
 	void PressKey(SWidget& Widget, const FString& Key);
+	// One key press to whatever has the keyboard focus now, as the keyboard sends it.
+	void PressKeyInFocus(const FString& Key);
 
 	// The rows a list holds as drawn, the text of one, and a left click on it as the mouse makes it.
 	int32 GetListRowCount(const STableViewBase& List);
@@ -137,6 +143,12 @@ namespace SlateTest
 
 	// A picture of the widget as drawn.
 	FSlateScreenshot TakeScreenshot(const SWidget& Widget);
+	// A picture of the whole window the widget stands in (a dialog with its buttons), without the frame.
+	FSlateScreenshot TakeWindowScreenshot(const SWidget& Widget);
+	// Device pixels to a widget's pixel on the primary screen: 1, or 2 on a high-density screen.
+	float GetScreenScale();
+	// How many colours a picture holds: a drawn window has many, a blank one one or two.
+	int32 CountColours(const FSlateScreenshot& Shot);
 	// Writes a picture of one colour (0xAARRGGBB) as a PNG file, for images under test.
 	bool WriteSolidPng(const FString& Path, int32 Width, int32 Height, uint32 Colour);
 }

@@ -80,17 +80,18 @@ protected:
 		check(OnGenerateRow.IsBound());
 		return OnGenerateRow.Execute((*ItemsSource)[Index], StaticCastSharedRef<STableViewBase>(AsShared()));
 	}
+	const void* ItemsSourceIdentity() const override { return ItemsSource; }
 	int32 SelectedIndex() const override { return SelectedItem ? IndexOf(SelectedItem) : INDEX_NONE; }
-	void SelectIndexFromUser(int32 Index) override
+	void SelectIndexFromUser(int32 Index, ESelectInfo::Type SelectInfo) override
 	{
 		if (Index == INDEX_NONE)
 		{
 			SelectedItem = ItemType();
 			MirrorSelection();
-			RaiseSelectionChanged(ItemType(), ESelectInfo::OnMouseClick);
+			RaiseSelectionChanged(ItemType(), SelectInfo);
 			return;
 		}
-		SetSelection((*ItemsSource)[Index], ESelectInfo::OnMouseClick);
+		SetSelection((*ItemsSource)[Index], SelectInfo);
 	}
 
 private:

@@ -33,13 +33,18 @@ public:
 
 	// A click on a row, as a user makes it.
 	void ClickRow(int32 Index);
+	// The row that a key moved to (an arrow, Page Up or Down, Home, End): selected as a click selects it, and
+	// never cleared by it.
+	void NavigateToRow(int32 Index);
+	// The array the items come from: a list made anew over the same array is the same list to the user.
+	virtual const void* ItemsSourceIdentity() const = 0;
 
 protected:
 	virtual int32 NumItems() const = 0;
 	virtual const void* ItemIdentity(int32 Index) const = 0;
 	virtual TSharedRef<ITableRow> MakeRow(int32 Index) = 0;
 	virtual int32 SelectedIndex() const = 0;
-	virtual void SelectIndexFromUser(int32 Index) = 0;
+	virtual void SelectIndexFromUser(int32 Index, ESelectInfo::Type SelectInfo) = 0;
 
 	FNativeWidget* CreateNativeWidget() override;
 	void ApplyRefresh();
