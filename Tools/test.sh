@@ -57,35 +57,28 @@ stage_sanitize() {
 		-E '^(CompressCookedFilesTests\.KilledWalkLeavesOnlyWholeFilesUnderTheirNames|ModDatabaseTests\.KilledWhileSavingLeavesALoadableSavedState)$')
 }
 
-build_tsan() {
-	bash Tools/build.sh Build-tsan -DTESSEL_SANITIZE=thread -DTESSEL_WIDGET_BACKEND=Headless \
-		--target ProcessTests TesselTests TesselFakeChild TesselCookCommandlet
-}
+tsan_configure=(Build-tsan -DTESSEL_SANITIZE=thread -DTESSEL_WIDGET_BACKEND=Headless)
+tsan_targets=(--target ProcessTests TesselTests TesselFakeChild TesselCookCommandlet)
 
-# Each fuzz target runs on one core for a fixed time; when the tsan stage follows, its build takes the other
-# core meanwhile, one job at a time, and the tsan stage waits for it.
-tsan_build_pid=""
-tsan_build_log="$(mktemp)"
-trap 'rm -f "$tsan_build_log"' EXIT
+# Each fuzz target runs on one core for a fixed time. When the tsan stage follows, its build takes the other
+# core meanwhile, one job at a time; once the fuzzers are done it is stopped and goes on with both cores.
+tsan_early_build=""
+trap 'if [ -n "$tsan_early_build" ]; then kill -TERM -- "-$tsan_early_build" 2>/dev/null || true; fi' EXIT
 stage_fuzz() {
 	bash Tools/fuzz.sh --build-only
 	if [[ " ${stages[*]} " == *" tsan "* ]]; then
-		TESSEL_BUILD_JOBS=1 build_tsan >"$tsan_build_log" 2>&1 &
-		tsan_build_pid=$!
+		TESSEL_BUILD_JOBS=1 setsid bash Tools/build.sh "${tsan_configure[@]}" "${tsan_targets[@]}" >/dev/null 2>&1 &
+		tsan_early_build=$!
 	fi
 	bash Tools/fuzz.sh 30
 }
 
 stage_tsan() {
-	if [ -n "$tsan_build_pid" ]; then
-		if ! wait "$tsan_build_pid"; then
-			cat "$tsan_build_log"
-			echo "tsan: the build beside the fuzzers failed"
-			exit 1
-		fi
-		tail -n 1 "$tsan_build_log"
+	if [ -n "$tsan_early_build" ]; then
+		kill -TERM -- "-$tsan_early_build" 2>/dev/null || true
+		wait "$tsan_early_build" 2>/dev/null || true
 	fi
-	build_tsan
+	bash Tools/build.sh "${tsan_configure[@]}" "${tsan_targets[@]}"
 	(cd Build-tsan && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" ctest -j 2 --output-on-failure \
 		-R '^(WindowsArgumentsTests|Utf8StreamDecoderTests|PlatformProcessTests|MonitoredProcessTests|LinePipelineTests|JobRunnerTests)\.')
 }
