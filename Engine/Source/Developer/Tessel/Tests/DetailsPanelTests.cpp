@@ -367,6 +367,33 @@ TEST(DetailsPanelTests, TypingIntoTitleMovesTheCursorAndTheRecordButNotTheDisk)
 	EXPECT_TRUE(Fixture.DatabaseOnDisk().Contains(TEXT("\"Title\": \"Island Pack\"")));
 }
 
+// Tab walks the upload's boxes in the order they stand, also out of the multi-line ones, which keep no tab
+// character; Shift+Tab walks back.
+TEST(DetailsPanelTests, TabWalksTheBoxesInTheirOrderAndTypesNoTab)
+{
+	FPanelFixture Fixture;
+	FOpenTool& Open = Fixture.Show();
+	TSharedPtr<SWidget> Title = Fixture.Right<SWidget>(TEXT("ModTitle"));
+	TSharedPtr<SWidget> Description = Fixture.Right<SWidget>(TEXT("ModDescription"));
+	TSharedPtr<SWidget> Notes = Fixture.Right<SWidget>(TEXT("ModChangeNotes"));
+	ASSERT_TRUE(Title && Description && Notes);
+	Open.Window->Activate();
+	Focus(*Title);
+	PressKeyInFocus(TEXT("Tab"));
+	EXPECT_TRUE(HasFocus(*Description));
+	PressKeyInFocus(TEXT("Tab"));
+	EXPECT_FALSE(HasFocus(*Description));
+	EXPECT_FALSE(GetShownText(*Description).Contains(TEXT("\t")));
+	Focus(*Notes);
+	PressKeyInFocus(TEXT("Tab"));
+	EXPECT_FALSE(HasFocus(*Notes));
+	EXPECT_FALSE(GetShownText(*Notes).Contains(TEXT("\t")));
+	Focus(*Description);
+	PressKeyInFocus(TEXT("Shift+Tab"));
+	EXPECT_TRUE(HasFocus(*Title));
+	EXPECT_FALSE(Fixture.Tool().SelectedMod->Description.Contains(TEXT("\t")));
+}
+
 TEST(DetailsPanelTests, TestOutputBoxEmptiesOnRebuildWhileTheTextStaysForTheNextCook)
 {
 	FPanelFixture Fixture;

@@ -80,8 +80,9 @@ TEST(ToolWidgetTests, ClickingARowSelectsItAndRebuildsTheWholeTree)
 	EXPECT_TRUE(Tool.DetailsScrollBox->GetDisplayText().Contains(Tool.ModList[1]->ModDir));
 }
 
-// The Mods list from the keyboard: Down and Up choose the next and the previous mod and the form follows, as
-// after a click; the keys go on reaching the list after the tool rebuilt its layout for the new mod.
+// The Mods list from the keyboard, after a click on a row as a person starts: Down and Up choose the next and the
+// previous mod and the form follows, as after a click; the keys go on reaching the list after each time the tool
+// rebuilt its layout for the new mod.
 TEST(ToolWidgetTests, ArrowKeysInTheModsListChooseTheModAndTheFormFollows)
 {
 	FTestKit Kit;
@@ -91,10 +92,10 @@ TEST(ToolWidgetTests, ArrowKeysInTheModsListChooseTheModAndTheFormFollows)
 	FOpenTool Open;
 	STesselTool& Tool = *Open.Tool;
 	ASSERT_EQ(Tool.ModList.Num(), 3);
+	Open.Window->Activate();
 	ClickListRow(*Tool.ModListView, 0);
 	TickFrames();
 	ASSERT_EQ(Tool.SelectedMod, Tool.ModList[0]);
-	Focus(*Tool.ModListView);
 	for (const auto& [Key, Expected] : {std::pair{TEXT("Down"), 1}, {TEXT("Down"), 2}, {TEXT("Down"), 2}, {TEXT("Up"), 1}})
 	{
 		PressKeyInFocus(Key);
@@ -102,6 +103,21 @@ TEST(ToolWidgetTests, ArrowKeysInTheModsListChooseTheModAndTheFormFollows)
 		EXPECT_EQ(Tool.SelectedMod, Tool.ModList[Expected]) << FString(Key).ToUtf8();
 		EXPECT_TRUE(Tool.DetailsScrollBox->GetDisplayText().Contains(Tool.ModList[Expected]->ModDir));
 	}
+}
+
+// A folder name too long for the Mods list shows whole when the mouse rests on it; one that fits shows none.
+TEST(ToolWidgetTests, ACutRowShowsWholeInItsTooltip)
+{
+	FTestKit Kit;
+	const FString Long = TEXT("An island chain with a rope bridge between every pair of islands and a lighthouse on each");
+	Kit.AddMod(TEXT("Alpha"));
+	Kit.AddMod(Long);
+	FOpenTool Open;
+	TickFrames();
+	const int32 LongRow = Open.Tool->ModList.IndexOfByPredicate([&](const TSharedPtr<FModSetup>& Mod) { return Mod->ModDir == Long; });
+	ASSERT_NE(LongRow, INDEX_NONE);
+	EXPECT_EQ(HoverListRow(*Open.Tool->ModListView, LongRow), Long);
+	EXPECT_TRUE(HoverListRow(*Open.Tool->ModListView, 1 - LongRow).IsEmpty());
 }
 
 TEST(ToolWidgetTests, AClickThatClearsTheSelectionChangesNothing)

@@ -130,10 +130,14 @@ TSharedPtr<IEditorServices> MakeDefaultEditorServices()
 void FQtEditorServices::OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content)
 {
 	// Modal to the main window, so that a result is read before the next job starts; the call still returns at once.
-	QDialog* Dialog = new QDialog(DialogParent(MainWindow));
+	// A title and a close button only: a report is neither minimised nor maximised.
+	QDialog* Dialog = new QDialog(DialogParent(MainWindow), Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint);
 	Dialog->setAttribute(Qt::WA_DeleteOnClose);
 	Dialog->setWindowModality(Qt::WindowModal);
 	Dialog->setWindowTitle(SlateQt::ToQString(Title.ToString()));
+	// A window manager cuts a title wider than its title bar: the dialog is wide enough for its title in the
+	// manager's larger, bolder lettering, beside the frame's icon and buttons.
+	Dialog->setMinimumWidth(Dialog->fontMetrics().horizontalAdvance(Dialog->windowTitle()) * 3 / 2 + 10 * Dialog->fontMetrics().height());
 	QVBoxLayout* Layout = new QVBoxLayout(Dialog);
 	Layout->addWidget(SlateQt::MakeSlotHolder(*Content, FMargin(12), HAlign_Fill, VAlign_Fill));
 	QDialogButtonBox* Buttons = new QDialogButtonBox(QDialogButtonBox::Ok, Dialog);

@@ -57,8 +57,14 @@ protected:
 		const QModelIndex Index = indexAt(Event->pos());
 		if (Owner && Index.isValid())
 		{
+			// The click gives the list the keys, as a click on any list does; a list rebuilt by its own handler
+			// takes them over.
+			setFocus(Qt::MouseFocusReason);
 			TSharedRef<SWidget> KeepAlive = Owner->AsShared();
-			Owner->ClickRow(Index.row());
+			const void* Source = Owner->ItemsSourceIdentity();
+			const int Row = Index.row();
+			Owner->ClickRow(Row);
+			QTimer::singleShot(0, [Source, Row] { FocusListOver(Source, Row); });
 			return;
 		}
 		QTableView::mousePressEvent(Event);

@@ -17,6 +17,7 @@
 #include <QStyleOptionButton>
 #include <QTest>
 #include <QTimer>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 #include "SlateQt.h"
@@ -309,6 +310,13 @@ void SlateTest::Focus(SWidget& Widget)
 	Own->setFocus();
 }
 
+bool SlateTest::HasFocus(const SWidget& Widget)
+{
+	QWidget* Own = Drawn(Widget);
+	QWidget* Focused = QApplication::focusWidget();
+	return Focused && (Focused == Own || Own->isAncestorOf(Focused));
+}
+
 void SlateTest::TypeText(SWidget& Widget, const FString& Text)
 {
 	QTest::keyClicks(Drawn(Widget), ToQString(Text));
@@ -346,6 +354,21 @@ FString SlateTest::GetListRowText(const STableViewBase& List, int32 Row)
 {
 	QAbstractItemModel* Model = ViewOf(List)->model();
 	return FromQString(Model->data(Model->index(Row, 0)).toString());
+}
+
+FString SlateTest::HoverListRow(STableViewBase& List, int32 Row)
+{
+	QAbstractItemView* View = ViewOf(List);
+	// A tooltip shown before fades out a moment after it is told to go.
+	QToolTip::hideText();
+	for (int32 Wait = 0; Wait < 100 && QToolTip::isVisible(); ++Wait)
+	{
+		QTest::qWait(10);
+	}
+	const QRect Cell = View->visualRect(View->model()->index(Row, 0));
+	QHelpEvent Hover(QEvent::ToolTip, Cell.center(), View->viewport()->mapToGlobal(Cell.center()));
+	QApplication::sendEvent(View->viewport(), &Hover);
+	return QToolTip::isVisible() ? FromQString(QToolTip::text()) : FString();
 }
 
 void SlateTest::ClickListRow(STableViewBase& List, int32 Row)

@@ -123,6 +123,8 @@ namespace SlateTest
 	void Click(SWidget& Widget);
 	// Gives the widget the keyboard focus, with its window made the active one.
 	void Focus(SWidget& Widget);
+	// The widget (or the part of it that takes keys) has the keyboard focus.
+	bool HasFocus(const SWidget& Widget);
 	// Typing, key by key, into the widget.
 	void TypeText(SWidget& Widget, const FString& Text);
 	// One key press, such as "Left", "Return" or "Ctrl+Z".
@@ -134,6 +136,8 @@ namespace SlateTest
 	int32 GetListRowCount(const STableViewBase& List);
 	FString GetListRowText(const STableViewBase& List, int32 Row);
 	void ClickListRow(STableViewBase& List, int32 Row);
+	// The mouse resting on a row: the tooltip that shows, empty when none does.
+	FString HoverListRow(STableViewBase& List, int32 Row);
 
 	// What a top-level window shows, and its own close button pressed; true when the window closed.
 	FSlateTestWindowState GetWindowState(SWindow& Window);
