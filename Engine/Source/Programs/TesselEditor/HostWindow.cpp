@@ -128,15 +128,13 @@ void FHostWindow::FitToScreen()
 	{
 		return;
 	}
-	// The frame's size is known only once the window is shown; the window manager's usual frame is allowed for.
+	// Before the window is shown its frame's size is not known: the window manager's usual frame is allowed for.
 	const QRect Area = Screen->availableGeometry();
-	const QSize Frame = isVisible() ? frameGeometry().size() - size() : QSize(16, 48);
-	const QSize Fitted = size().boundedTo(Area.size() - Frame).expandedTo(minimumSizeHint().boundedTo(Area.size() - Frame));
-	QRect Placed(pos(), Fitted);
-	Placed.moveLeft(std::clamp(Placed.left(), Area.left(), std::max(Area.left(), Area.right() - Fitted.width() - Frame.width())));
-	Placed.moveTop(std::clamp(Placed.top(), Area.top(), std::max(Area.top(), Area.bottom() - Fitted.height() - Frame.height())));
-	resize(Placed.size());
-	move(Placed.topLeft());
+	const QSize Frame(16, 48);
+	const QSize Fitted = size().boundedTo(Area.size() - Frame);
+	resize(Fitted);
+	move(std::clamp(x(), Area.left(), std::max(Area.left(), Area.right() - Fitted.width() - Frame.width())),
+		 std::clamp(y(), Area.top(), std::max(Area.top(), Area.bottom() - Fitted.height() - Frame.height())));
 }
 
 void FHostWindow::RememberTabs() const

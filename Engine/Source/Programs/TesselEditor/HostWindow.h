@@ -32,6 +32,7 @@ protected:
 private:
 	void CloseTab(const FString& TabId);
 	void RememberTabs() const;
+	// Within the screen's work area, before the window is shown.
 	void FitToScreen();
 
 	std::map<FString, QDockWidget*> Docks;
