@@ -9,22 +9,21 @@ root="$(cd "$(dirname "$0")/.." && pwd)"
 cd "$root"
 
 all_stages=(plain sanitize fuzz tsan windows)
+declare -A titles=(
+	[plain]="plain: build with gcc and run every test"
+	[sanitize]="sanitize: build with clang, AddressSanitizer and UndefinedBehaviorSanitizer, and run the tests"
+	[fuzz]="fuzz: the readers of outside bytes, on the sanitize build"
+	[tsan]="tsan: the process and job runner tests with ThreadSanitizer"
+	[windows]="windows: cross-built with mingw-w64, tested under Wine"
+)
 stages=()
 while [ $# -gt 0 ]; do
-	case "$1" in
-	--stage)
-		if [ $# -lt 2 ] || [[ ! " ${all_stages[*]} " == *" $2 "* ]]; then
-			echo "usage: Tools/test.sh [--stage plain|sanitize|fuzz|tsan|windows]..." >&2
-			exit 2
-		fi
-		stages+=("$2")
-		shift 2
-		;;
-	*)
+	if [ "$1" != "--stage" ] || [ $# -lt 2 ] || [ -z "$2" ] || [ -z "${titles[$2]:-}" ]; then
 		echo "usage: Tools/test.sh [--stage plain|sanitize|fuzz|tsan|windows]..." >&2
 		exit 2
-		;;
-	esac
+	fi
+	stages+=("$2")
+	shift 2
 done
 if [ ${#stages[@]} -eq 0 ]; then
 	stages=("${all_stages[@]}")
@@ -87,19 +86,10 @@ stage_windows() {
 	bash Tools/windows.sh
 }
 
-titles=(
-	[0]="plain: build with gcc and run every test"
-	[1]="sanitize: build with clang, AddressSanitizer and UndefinedBehaviorSanitizer, and run the tests"
-	[2]="fuzz: the readers of outside bytes, on the sanitize build"
-	[3]="tsan: the process and job runner tests with ThreadSanitizer"
-	[4]="windows: cross-built with mingw-w64, tested under Wine"
-)
 timings=()
 start=$SECONDS
 for stage in "${stages[@]}"; do
-	for i in "${!all_stages[@]}"; do
-		[ "${all_stages[$i]}" = "$stage" ] && echo "== ${titles[$i]}"
-	done
+	echo "== ${titles[$stage]}"
 	stage_start=$SECONDS
 	"stage_$stage"
 	seconds=$((SECONDS - stage_start))
