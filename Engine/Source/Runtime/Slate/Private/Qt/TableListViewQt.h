@@ -57,14 +57,9 @@ protected:
 		const QModelIndex Index = indexAt(Event->pos());
 		if (Owner && Index.isValid())
 		{
-			// The click gives the list the keys, as a click on any list does; a list rebuilt by its own handler
-			// takes them over.
+			// The click gives the list the keys, as a click on any list does.
 			setFocus(Qt::MouseFocusReason);
-			TSharedRef<SWidget> KeepAlive = Owner->AsShared();
-			const void* Source = Owner->ItemsSourceIdentity();
-			const int Row = Index.row();
-			Owner->ClickRow(Row);
-			QTimer::singleShot(0, [Source, Row] { FocusListOver(Source, Row); });
+			ChooseRow(Index.row(), &STableViewBase::ClickRow);
 			return;
 		}
 		QTableView::mousePressEvent(Event);
@@ -79,13 +74,7 @@ protected:
 		const QModelIndex After = currentIndex();
 		if (Owner && After.isValid() && After != Before)
 		{
-			TSharedRef<SWidget> KeepAlive = Owner->AsShared();
-			const void* Source = Owner->ItemsSourceIdentity();
-			const int Row = After.row();
-			Owner->NavigateToRow(Row);
-			// A handler that rebuilt the layout made a new list over the same items; the keys go on there, from
-			// the row they reached.
-			QTimer::singleShot(0, [Source, Row] { FocusListOver(Source, Row); });
+			ChooseRow(After.row(), &STableViewBase::NavigateToRow);
 		}
 	}
 
@@ -118,6 +107,16 @@ protected:
 	}
 
 private:
+	// Hands the list the row the user chose. A handler that rebuilds the layout makes a new list over the same
+	// items: the keys go on there, from that row.
+	void ChooseRow(int Row, void (STableViewBase::*Choose)(int32))
+	{
+		TSharedRef<SWidget> KeepAlive = Owner->AsShared();
+		const void* Source = Owner->ItemsSourceIdentity();
+		(Owner->*Choose)(Row);
+		QTimer::singleShot(0, [Source, Row] { FocusListOver(Source, Row); });
+	}
+
 	static void FocusListOver(const void* Source, int Row)
 	{
 		for (QWidget* Widget : QApplication::allWidgets())
