@@ -4,6 +4,7 @@
 #include "HAL/PlatformFile.h"
 #include "STesselUI.h"
 #include "TestKit.h"
+#include "TestPrograms.h"
 #include "Widgets/Text/STextBlock.h"
 #include "cook/CookJob.h"
 
@@ -13,7 +14,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <thread>
 #include <memory>
@@ -239,18 +239,6 @@ TEST(ToolWidgetTests, ClosingSavesTheRecordsAndDeletesSteamAppId)
 	EXPECT_EQ(Reopened.Tool->SelectedMod->Title, FString(TEXT("typed but never saved")));
 }
 
-namespace
-{
-	bool ProcessIsGone(pid_t Pid)
-	{
-		// A killed child that nobody has reaped yet is a zombie: gone for the user.
-		std::ifstream Stat("/proc/" + std::to_string(Pid) + "/stat");
-		std::string Content((std::istreambuf_iterator<char>(Stat)), std::istreambuf_iterator<char>());
-		const size_t Close = Content.rfind(')');
-		return Content.empty() || (Close != std::string::npos && Close + 2 < Content.size() && Content[Close + 2] == 'Z');
-	}
-}
-
 TEST(TesselModuleTests, StartRegistersTheTabAndShutdownEndsEveryJobAtOnceWithoutADialog)
 {
 	FTestKit Kit;
@@ -304,11 +292,11 @@ TEST(TesselModuleTests, StartRegistersTheTabAndShutdownEndsEveryJobAtOnceWithout
 	// The child ignores the polite signal; a shutdown that offered it first would wait or leave the child for
 	// seconds.
 	EXPECT_LT(Seconds, 1.0);
-	while (!ProcessIsGone(Child) && std::chrono::steady_clock::now() < Before + std::chrono::seconds(1))
+	while (!TestPrograms::IsGone(Child) && std::chrono::steady_clock::now() < Before + std::chrono::seconds(1))
 	{
 		std::this_thread::sleep_for(std::chrono::milliseconds(5));
 	}
-	EXPECT_TRUE(ProcessIsGone(Child));
+	EXPECT_TRUE(TestPrograms::IsGone(Child));
 	EXPECT_FALSE(Queued->bStarted);
 	EXPECT_FALSE(Queued->Process->IsRunning());
 
