@@ -168,3 +168,9 @@ FSlateApplication::~FSlateApplication() = default;
 void FSlateApplication::StartNative(int&, char**) {}
 void FSlateApplication::ProcessNativeEvents() {}
 void FSlateApplication::FlushDeferredDeletes() {}
+
+// Nothing is drawn, so nothing is measured: only sizes the widgets fix themselves count.
+FSlateLayoutSize SWidget::MeasureNative(float) const
+{
+	return {};
+}

@@ -106,3 +106,15 @@ void SWidget::ApplyVisibilityAndEnabled()
 		}
 	}
 }
+
+// Qt lays out its own widgets; this is the size Qt's layouts would give the widget by itself.
+FSlateLayoutSize SWidget::MeasureNative(float Scale) const
+{
+	const QWidget* Widget = Native->Widget.data();
+	if (!Widget)
+	{
+		return {};
+	}
+	const QSize Hint = Widget->sizeHint();
+	return {static_cast<float>(Hint.width()) * Scale, static_cast<float>(Hint.height()) * Scale};
+}

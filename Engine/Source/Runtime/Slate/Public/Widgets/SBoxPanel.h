@@ -31,6 +31,8 @@ public:
 	void ClearChildren();
 	int32 NumSlots() const { return Slots.Num(); }
 	TArray<TSharedRef<SWidget>> GetChildren() const override;
+	FSlateLayoutSize ComputeDesiredSize(float Scale) const override;
+	void ArrangeChildren(float Width, float Height, float Scale, TArray<FSlateArrangedChild>& Out) const override;
 	void RefreshAttributes() override;
 
 protected:

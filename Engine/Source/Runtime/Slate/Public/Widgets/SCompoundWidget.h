@@ -13,6 +13,8 @@ public:
 	};
 
 	TArray<TSharedRef<SWidget>> GetChildren() const override;
+	FSlateLayoutSize ComputeDesiredSize(float Scale) const override;
+	void ArrangeChildren(float Width, float Height, float Scale, TArray<FSlateArrangedChild>& Out) const override;
 
 protected:
 	FNativeWidget* CreateNativeWidget() override;

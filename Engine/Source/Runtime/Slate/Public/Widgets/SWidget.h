@@ -18,6 +18,23 @@ struct FGeometry
 {
 };
 
+// A size and a child's place in the layout that the widget layer computes itself, for backends whose native
+// widgets do not lay out their children (Win32). In the backend's pixels.
+struct FSlateLayoutSize
+{
+	float Width = 0.0f;
+	float Height = 0.0f;
+};
+
+struct FSlateArrangedChild
+{
+	SWidget* Widget = nullptr;
+	float X = 0.0f;
+	float Y = 0.0f;
+	float Width = 0.0f;
+	float Height = 0.0f;
+};
+
 // Arguments every widget takes.
 template <typename WidgetArgsType>
 struct TSlateBaseNamedArgs
@@ -188,8 +205,18 @@ public:
 	// Whether the widget wants Tick; the application ticks only those.
 	virtual bool WantsTick() const { return false; }
 
+	// The size the widget asks for, and where its children stand in an area of Width by Height. Scale turns the
+	// widget's own measures (padding, size overrides) into the backend's pixels. A collapsed widget asks for
+	// nothing and is given no place.
+	virtual FSlateLayoutSize ComputeDesiredSize(float Scale) const;
+	virtual void ArrangeChildren(float Width, float Height, float Scale, TArray<FSlateArrangedChild>& Out) const {}
+	bool IsCollapsed() const { return GetVisibility() == EVisibility::Collapsed; }
+
 protected:
 	virtual FNativeWidget* CreateNativeWidget() = 0;
+	// The size the native widget asks for by itself (its text as measured, a control's least size); none when
+	// the backend measures nothing.
+	FSlateLayoutSize MeasureNative(float Scale) const;
 	// Kept while the native widget is being made, so that a refresh during its making already reaches it.
 	void SetNativeWidget(FNativeWidget* Widget);
 	void SetTextKey(const FText& Text);

@@ -18,6 +18,7 @@ public:
 	void Construct(const FArguments& InArgs);
 	float GetWidthOverride() const { return WidthOverride; }
 	float GetHeightOverride() const { return HeightOverride; }
+	FSlateLayoutSize ComputeDesiredSize(float Scale) const override;
 
 protected:
 	FNativeWidget* CreateNativeWidget() override;

@@ -32,6 +32,8 @@ public:
 	void Construct(const FArguments& InArgs);
 	FSlot& AddSlot(int32 Column, int32 Row);
 	TArray<TSharedRef<SWidget>> GetChildren() const override;
+	FSlateLayoutSize ComputeDesiredSize(float Scale) const override;
+	void ArrangeChildren(float Width, float Height, float Scale, TArray<FSlateArrangedChild>& Out) const override;
 	const TArray<FSlot>& GetSlots() const { return Slots; }
 
 protected:

@@ -20,6 +20,11 @@ public:
 	void ClearChildren();
 	int32 NumSlots() const { return Slots.Num(); }
 	TArray<TSharedRef<SWidget>> GetChildren() const override;
+	FSlateLayoutSize ComputeDesiredSize(float Scale) const override;
+	void ArrangeChildren(float Width, float Height, float Scale, TArray<FSlateArrangedChild>& Out) const override;
+	// How far the content is scrolled up, in the backend's pixels, and how far it can be.
+	float GetScrollOffset() const { return ScrollOffset; }
+	void SetScrollOffset(float Offset, float ViewHeight, float Scale);
 	void RefreshAttributes() override;
 
 protected:
@@ -29,4 +34,5 @@ private:
 	void AttachPendingSlots();
 	TArray<FSlot> Slots;
 	int32 AttachedSlots = 0;
+	float ScrollOffset = 0.0f;
 };

@@ -25,6 +25,12 @@ public:
 	void Construct(const FArguments& InArgs);
 	FSlot& AddSlot();
 	TArray<TSharedRef<SWidget>> GetChildren() const override;
+	FSlateLayoutSize ComputeDesiredSize(float Scale) const override;
+	void ArrangeChildren(float Width, float Height, float Scale, TArray<FSlateArrangedChild>& Out) const override;
+	// The handle after slot Handle moved by Delta of Length, the splitter's length along its orientation: the two
+	// slots beside it trade size, neither below a tenth of their sum.
+	void MoveHandle(int32 Handle, float Delta, float Length);
+	static constexpr float HandleThickness = 4.0f;
 	const TArray<FSlot>& GetSlots() const { return Slots; }
 	EOrientation GetOrientation() const { return Orientation; }
 
