@@ -42,6 +42,20 @@ public:
 	TSharedPtr<SWindow> MainWindow;
 };
 
+// Windows and dialogs drawn by the system's own windows (Windows builds).
+class FWin32EditorServices : public IEditorServices
+{
+public:
+	void OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content) override;
+	void RunModalWindow(const TSharedRef<SWindow>& Window) override;
+	bool OpenFileDialog(const void* ParentWindowHandle, const FString& Title, const FString& DefaultPath,
+						const FString& DefaultFile, const FString& FileTypes, uint32 Flags,
+						TArray<FString>& OutFilenames) override;
+	TSharedPtr<SWindow> GetParentWindow() override { return MainWindow; }
+	bool LaunchURL(const FString& URL) override;
+	TSharedPtr<SWindow> MainWindow;
+};
+
 // The services for a run without windows (the command-line programs): each dialog is kept as text for the
 // caller to print, a modal window is closed at once as if declined, no file is chosen and no page is opened.
 class FConsoleEditorServices : public IEditorServices

@@ -22,6 +22,9 @@ public:
 	FText GetText() const { return Text.Get(); }
 	void SetText(const TAttribute<FText>& InText);
 	FString GetDisplayText() const override { return Text.Get().ToString(); }
+	// Breaks long lines at the width it is given; a grid's cells wrap their labels so. Takes effect when the
+	// native label is made.
+	void SetAutoWrapText(bool bInAutoWrap) { bAutoWrap = bInAutoWrap; }
 	void RefreshAttributes() override;
 
 protected:

@@ -11,6 +11,9 @@
 // million items and not a million widgets.
 class STableViewBase : public SWidget
 {
+	// The Win32 list window draws and scrolls the rows itself.
+	friend class FListWindowWin32;
+
 public:
 	STableViewBase();
 	~STableViewBase() override;
