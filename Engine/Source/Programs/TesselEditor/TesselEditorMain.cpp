@@ -10,6 +10,7 @@
 #include "Framework/Application/SlateApplication.h"
 #include "Framework/Docking/TabManager.h"
 #include "Modules/ModuleManager.h"
+#include "HostOptions.h"
 #include "HostWindow.h"
 #include "TesselCommands.h"
 #include "WindowScript.h"
@@ -21,36 +22,6 @@
 
 namespace
 {
-	FString JoinArguments(int ArgC, char** ArgV)
-	{
-		FString CommandLine;
-		for (int Index = 1; Index < ArgC; ++Index)
-		{
-			const FString Arg = FString::FromNative(ArgV[Index]);
-			if (!CommandLine.IsEmpty())
-			{
-				CommandLine += TEXT(" ");
-			}
-			// Arguments with blanks keep their grouping in the single command line the engine passes around;
-			// in "-Key=Value" only the value is quoted, so that the option is still found by its name.
-			FString Key;
-			FString Value;
-			if (!Arg.Contains(TEXT(" ")))
-			{
-				CommandLine += Arg;
-			}
-			else if (Arg.StartsWith(TEXT("-")) && Arg.Split(TEXT("="), &Key, &Value))
-			{
-				CommandLine += Key + TEXT("=\"") + Value + TEXT("\"");
-			}
-			else
-			{
-				CommandLine += FString(TEXT("\"")) + Arg + TEXT("\"");
-			}
-		}
-		return CommandLine;
-	}
-
 	// The host's services: Qt's windows and dialogs, with each dialog's text also handed to the scripted run.
 	class FHostEditorServices : public FQtEditorServices
 	{
@@ -93,45 +64,16 @@ namespace
 
 int main(int ArgC, char** ArgV)
 {
-	FCommandLine::Set(JoinArguments(ArgC, ArgV));
+	int Exit = 0;
+	if (HostOptions::RunWithoutWindow(ArgC, ArgV, Exit))
+	{
+		return Exit;
+	}
 	const TCHAR* CommandLine = FCommandLine::Get();
-
-	FString Kit;
-	if (!FParse::Value(CommandLine, TEXT("-Kit="), Kit, false) || Kit.IsEmpty())
-	{
-		std::fprintf(stderr, "usage: TesselEditor -Kit=<kit folder> [-ListMods | -Cook=<mod folder> [-Screenshot=<file.png>] | -OpenTab | -Screenshot=<file.png>] [-Publish -PublishTitle=<t> -PublishDescription=<d> -PublishPreview=<png>] [-modasdlc] [-SetModID=<n>] [-ModTitle=<title>]\n");
-		return 2;
-	}
-	FPaths::SetKitRoot(FPaths::ConvertRelativePathToFull(Kit));
-	if (FPaths::ProjectName().IsEmpty())
-	{
-		std::fprintf(stderr, "No project (a folder with <Name>.uproject) under %s\n", FPaths::RootDir().ToUtf8().c_str());
-		return 1;
-	}
-	// The engine's executables sit in Engine/Binaries/Win64; relative paths of the tool are taken from there.
-	FPaths::SetBaseDir(FPaths::EngineDir() / TEXT("Binaries/Win64"));
-
-	if (FParse::Param(CommandLine, TEXT("ListMods")))
-	{
-		std::fputs(TesselCommands::DescribeModCatalogue().ToUtf8().c_str(), stdout);
-		return 0;
-	}
-
 	FString CookModDir;
 	const bool bCook = FParse::Value(CommandLine, TEXT("-Cook="), CookModDir, false);
 	FString ScreenshotPath;
 	const bool bScreenshot = FParse::Value(CommandLine, TEXT("-Screenshot="), ScreenshotPath, false);
-	if (bCook && !bScreenshot)
-	{
-		const FString Result = TesselCommands::CookMod(CookModDir, [](const FString& Line) { std::puts(Line.ToUtf8().c_str()); });
-		if (Result.IsEmpty())
-		{
-			std::fprintf(stderr, "No mod folder named %s\n", CookModDir.ToUtf8().c_str());
-			return 1;
-		}
-		std::printf("Quillon Dev Kit: %s\n", Result.ToUtf8().c_str());
-		return Result == TEXT("Job Successful!!") ? 0 : 1;
-	}
 
 	FSlateApplication::Create(ArgC, ArgV);
 	FModuleManager::Get().SetModuleDirectory(FString(TESSEL_MODULE_DIR));
