@@ -8,43 +8,9 @@
 set -euo pipefail
 build="$(cd "$1" && pwd)"
 
-# A display number that no X server holds.
-display=""
-for number in $(seq 90 130); do
-	if [ ! -e "/tmp/.X$number-lock" ] && [ ! -e "/tmp/.X11-unix/X$number" ]; then
-		display="$number"
-		break
-	fi
-done
-if [ -z "$display" ]; then
-	echo "gui-on-display: no free X display number" >&2
-	exit 1
-fi
 work="$(mktemp -d)"
-Xvfb ":$display" -screen 0 1920x1080x24 -nolisten tcp >"$work/xvfb.log" 2>&1 &
-xvfb=$!
-wm=""
-cleanup() {
-	[ -n "$wm" ] && kill "$wm" 2>/dev/null || true
-	kill "$xvfb" 2>/dev/null || true
-	wait 2>/dev/null || true
-	rm -rf "$work"
-}
-trap cleanup EXIT
-for _ in $(seq 100); do
-	[ -S "/tmp/.X11-unix/X$display" ] && break
-	sleep 0.1
-done
-if [ ! -S "/tmp/.X11-unix/X$display" ]; then
-	cat "$work/xvfb.log" >&2
-	echo "gui-on-display: Xvfb did not start" >&2
-	exit 1
-fi
-export DISPLAY=":$display"
-unset WAYLAND_DISPLAY
-openbox --sm-disable >"$work/openbox.log" 2>&1 &
-wm=$!
-sleep 1
+source "$(dirname "$0")/display.sh"
+tessel_start_display "$work"
 
 export SLATE_TEST_PLATFORM=xcb
 # The host keeps its layout in the user's configuration: a folder of this run's own.

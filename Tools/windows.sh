@@ -36,5 +36,6 @@ fi
 start=$SECONDS
 (cd Build-windows && ctest -j 2 --output-on-failure)
 bash Tools/windows-kit.sh Build-windows
+bash Tools/windows-gui.sh Build-windows
 /usr/lib/wine/wineserver -k 2>/dev/null || true
 echo "windows: tests ran in $((SECONDS - start))s"
