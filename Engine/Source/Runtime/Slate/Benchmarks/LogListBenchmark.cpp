@@ -3,11 +3,7 @@
 // slowest batch and the memory used per line.
 // Usage: LogListBenchmark [lines] [batch]
 
-#include <QAbstractItemView>
-#include <QVBoxLayout>
-#include <QWidget>
-
-#include "SlateQtBackend.h"
+#include "BenchmarkWindow.h"
 #include "Framework/Application/SlateApplication.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
@@ -27,9 +23,9 @@ int main(int ArgC, char** ArgV)
 {
 	const int32 Lines = ArgC > 1 ? std::atoi(ArgV[1]) : 1000000;
 	const int32 Batch = ArgC > 2 ? std::atoi(ArgV[2]) : 1000;
-	qputenv("QT_QPA_PLATFORM", "offscreen");
-	int QtArgC = 1;
-	FSlateApplication::Create(QtArgC, ArgV);
+	BenchmarkWindow::PreparePlatform();
+	int AppArgC = 1;
+	FSlateApplication::Create(AppArgC, ArgV);
 
 	TArray<TSharedPtr<FString>> LogMessages;
 	TSharedPtr<SListView<TSharedPtr<FString>>> List;
@@ -40,12 +36,9 @@ int main(int ArgC, char** ArgV)
 		.AlwaysShowScrollbar(true)
 		.OnGenerateRow_Lambda([](TSharedPtr<FString> Item, const TSharedRef<STableViewBase>& Owner)
 							  { return SNew(STableRow<TSharedPtr<FString>>, Owner)[SNew(STextBlock).Text(FText::FromString(*Item))]; });
-	auto Window = std::make_unique<QWidget>();
-	QVBoxLayout* Layout = new QVBoxLayout(Window.get());
-	Layout->addWidget(SlateQt::GetQWidget(*Root));
-	Window->resize(900, 400);
-	Window->show();
+	BenchmarkWindow::Show(Root, 900, 400);
 	FSlateApplication::Get().Tick();
+	BenchmarkWindow::PrintSystemCosts();
 
 	const int64 MemoryBefore = FPlatformMemory::GetResidentKilobytes();
 	using FClock = std::chrono::steady_clock;
@@ -94,7 +87,7 @@ int main(int ArgC, char** ArgV)
 				static_cast<long long>(MemoryAfter - MemoryBefore));
 	std::printf("last line on screen: %s\n", bLastShown ? "yes" : "no");
 
-	Window.reset();
+	BenchmarkWindow::Close();
 	List.Reset();
 	FSlateApplication::Shutdown();
 	return bLastShown ? 0 : 1;

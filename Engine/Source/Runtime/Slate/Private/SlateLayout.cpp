@@ -211,8 +211,9 @@ FSlateLayoutSize SGridPanel::ComputeDesiredSize(float Scale) const
 	}
 	float Needed = 0.0f;
 	float Fixed = 0.0f;
-	for (const auto& [Column, Width] : Measure.ColumnWidths)
+	for (const auto& [ColumnIndex, Width] : Measure.ColumnWidths)
 	{
+		const int32 Column = ColumnIndex;
 		const TPair<int32, float>* Fill = ColumnFills.FindByPredicate([Column](const TPair<int32, float>& Each) { return Each.Key == Column; });
 		if (Fill && Fill->Value > 0.0f && FillTotal > 0.0f)
 		{
