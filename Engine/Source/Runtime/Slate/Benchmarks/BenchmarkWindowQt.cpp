@@ -1,8 +1,7 @@
-#include "BenchmarkWindow.h"
-
 #include <QVBoxLayout>
 #include <QWidget>
 
+#include "BenchmarkWindow.h"
 #include "SlateQtBackend.h"
 
 #include <memory>

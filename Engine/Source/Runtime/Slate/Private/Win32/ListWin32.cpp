@@ -23,6 +23,7 @@ struct STableViewBase::FNativeParts
 	int32 TopRow = 0;
 	int32 CurrentRow = INDEX_NONE;
 	bool bScrollBarStale = true;
+	ULONGLONG ScrollBarSetAt = 0;
 	int32 RowsInserted = 0;
 	int32 Resets = 0;
 
@@ -91,13 +92,16 @@ public:
 		}
 	}
 
-	static void UpdateScrollBar(STableViewBase& List, HWND Window)
+	// Rows pouring in move the scroll bar at most ten times a second; the user's own scrolling moves it at once.
+	static void UpdateScrollBar(STableViewBase& List, HWND Window, bool bNow = true)
 	{
 		STableViewBase::FNativeParts& Parts = *List.Parts;
-		if (!Parts.bScrollBarStale)
+		const ULONGLONG Now = GetTickCount64();
+		if (!Parts.bScrollBarStale || (!bNow && Now - Parts.ScrollBarSetAt < 100))
 		{
 			return;
 		}
+		Parts.ScrollBarSetAt = Now;
 		Parts.bScrollBarStale = false;
 		ClampTop(List, Window);
 		SCROLLINFO Info{sizeof(SCROLLINFO), SIF_RANGE | SIF_PAGE | SIF_POS | (List.IsScrollbarAlwaysVisible() ? SIF_DISABLENOSCROLL : 0u)};
@@ -185,10 +189,11 @@ public:
 		{
 			InvalidateRect(List.Parts->Window, nullptr, FALSE);
 		}
-		Post([Source, Row] { FocusListOver(Source, Row); });
+		Post([Source, Row] { FocusListOver(Source, Row, 0); });
 	}
 
-	static void FocusListOver(const void* Source, int32 Row)
+	// The new list gets its window at the next layout: until it shows, the keys wait a few turns for it.
+	static void FocusListOver(const void* Source, int32 Row, int32 Tries)
 	{
 		for (HWND Window : Lists())
 		{
@@ -202,6 +207,10 @@ public:
 				SetFocus(Window);
 				return;
 			}
+		}
+		if (Tries < 10)
+		{
+			Post([Source, Row, Tries] { FocusListOver(Source, Row, Tries + 1); });
 		}
 	}
 
@@ -365,8 +374,8 @@ void STableViewBase::RefreshAttributes()
 			FListWindowWin32::EnsureVisible(*this, Parts->Window, PendingScrollIndex);
 			PendingScrollIndex = INDEX_NONE;
 		}
-		// Once a frame at most, however many batches of rows arrived.
-		FListWindowWin32::UpdateScrollBar(*this, Parts->Window);
+		// Once a frame at most, however many batches of rows arrived, and not more than ten times a second.
+		FListWindowWin32::UpdateScrollBar(*this, Parts->Window, false);
 	}
 	SWidget::RefreshAttributes();
 }

@@ -221,7 +221,8 @@ namespace
 			Node->LastWidth = static_cast<float>(Width);
 			Node->bPlaced = true;
 		}
-		if ((IsWindowVisible(Window) != FALSE) != bShow || ((GetWindowLongW(Window, GWL_STYLE) & WS_VISIBLE) != 0) != bShow)
+		// Its own flag, not whether it shows: a window in a hidden parent keeps its flag and is left alone.
+		if (((GetWindowLongW(Window, GWL_STYLE) & WS_VISIBLE) != 0) != bShow)
 		{
 			ShowWindow(Window, bShow ? SW_SHOWNA : SW_HIDE);
 		}
@@ -261,7 +262,8 @@ namespace
 		for (HWND Each = GetWindow(Window, GW_CHILD); Each; Each = GetWindow(Each, GW_HWNDNEXT))
 		{
 			FWin32Node* Node = SlateWin32::NodeOf(Each);
-			if (Node && Node->bPlaced && std::find(Placed.begin(), Placed.end(), Each) == Placed.end() && IsWindowVisible(Each))
+			if (Node && Node->bPlaced && std::find(Placed.begin(), Placed.end(), Each) == Placed.end() &&
+				(GetWindowLongW(Each, GWL_STYLE) & WS_VISIBLE) != 0)
 			{
 				ShowWindow(Each, SW_HIDE);
 			}
@@ -522,10 +524,17 @@ void SlateWin32::Post(std::function<void()> Work)
 void SlateWin32::PumpMessages()
 {
 	MSG Message;
+	// Work posted while posted work runs waits for the next turn, after the next layout.
+	bool bRanPosted = false;
 	while (PeekMessageW(&Message, nullptr, 0, 0, PM_REMOVE))
 	{
 		if (Message.message == RunPostedMessage && Message.hwnd == State().Parking)
 		{
+			if (bRanPosted)
+			{
+				continue;
+			}
+			bRanPosted = true;
 			std::vector<std::function<void()>> Work;
 			Work.swap(State().Posted);
 			for (std::function<void()>& Each : Work)
@@ -548,6 +557,10 @@ void SlateWin32::PumpMessages()
 		}
 		TranslateMessage(&Message);
 		DispatchMessageW(&Message);
+	}
+	if (!State().Posted.empty())
+	{
+		PostMessageW(State().Parking, RunPostedMessage, 0, 0);
 	}
 }
 
