@@ -100,6 +100,9 @@ TEST(Win32WidgetTests, WindowsStandWhereTheLayoutPutsThemAndHearTheirControls)
 	EXPECT_EQ(Place.right, Client.right - static_cast<LONG>(18 * Scale));
 	EXPECT_EQ(Place.bottom - Place.top, static_cast<LONG>(Button->ComputeDesiredSize(Scale).Height));
 	EXPECT_EQ(GetWindowTextOf(ButtonWindow), FString(TEXT("Cook Map")));
+	// Tab walks the controls in the layout's order: button, line, notes.
+	EXPECT_EQ(GetNextDlgTabItem(Shown.Native, ButtonWindow, FALSE), FindHwnd(*Line));
+	EXPECT_EQ(GetNextDlgTabItem(Shown.Native, FindHwnd(*Line), FALSE), FindHwnd(*Notes));
 
 	// A click as the control reports it reaches the button's handler; a greyed-out button hears none.
 	SendMessageW(ButtonWindow, BM_CLICK, 0, 0);

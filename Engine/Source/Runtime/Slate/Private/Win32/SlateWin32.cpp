@@ -204,6 +204,9 @@ namespace
 		if (GetParent(Window) != Parent)
 		{
 			SetParent(Window, Parent);
+			// Last among its siblings: the layout parents children in their order, and Tab walks the windows in
+			// that order (a new child would otherwise stand first).
+			SetWindowPos(Window, HWND_BOTTOM, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
 			if (Node)
 			{
 				Node->LastPlace = RECT{-1, -1, -1, -1};
