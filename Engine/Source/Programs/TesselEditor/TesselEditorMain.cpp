@@ -23,7 +23,7 @@
 namespace
 {
 	// The host's services: Qt's windows and dialogs, with each dialog's text also handed to the scripted run.
-	class FHostEditorServices : public FQtEditorServices
+	class FHostEditorServices : public FDesktopEditorServices
 	{
 	public:
 		void OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content) override
@@ -32,7 +32,7 @@ namespace
 			{
 				Script->OnDialog(Title.ToString(), Content->GetDisplayText());
 			}
-			FQtEditorServices::OpenDialog(Title, Content);
+			FDesktopEditorServices::OpenDialog(Title, Content);
 		}
 		void RunModalWindow(const TSharedRef<SWindow>& Window) override
 		{
@@ -40,13 +40,13 @@ namespace
 			{
 				Script->OnModalWindow(Window);
 			}
-			FQtEditorServices::RunModalWindow(Window);
+			FDesktopEditorServices::RunModalWindow(Window);
 		}
 		bool OpenFileDialog(const void* Parent, const FString& Title, const FString& DefaultPath, const FString& DefaultFile,
 							const FString& FileTypes, uint32 Flags, TArray<FString>& OutFilenames) override
 		{
 			return Script ? Script->AnswerFileDialog(OutFilenames)
-						  : FQtEditorServices::OpenFileDialog(Parent, Title, DefaultPath, DefaultFile, FileTypes, Flags, OutFilenames);
+						  : FDesktopEditorServices::OpenFileDialog(Parent, Title, DefaultPath, DefaultFile, FileTypes, Flags, OutFilenames);
 		}
 		bool LaunchURL(const FString& URL) override
 		{
@@ -56,7 +56,7 @@ namespace
 				Script->OnLaunchUrl(URL);
 				return true;
 			}
-			return FQtEditorServices::LaunchURL(URL);
+			return FDesktopEditorServices::LaunchURL(URL);
 		}
 		FWindowScript* Script = nullptr;
 	};

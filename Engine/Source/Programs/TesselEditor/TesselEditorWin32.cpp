@@ -214,7 +214,7 @@ int main(int ArgC, char** ArgV)
 		return 1;
 	}
 	{
-		TSharedPtr<FWin32EditorServices> Services = MakeShared<FWin32EditorServices>();
+		TSharedPtr<FDesktopEditorServices> Services = MakeShared<FDesktopEditorServices>();
 		IEditorServices::Set(Services);
 		FHost& State = Host();
 		State.Window = MakeMainWindow();

@@ -27,8 +27,9 @@ public:
 	static void Set(const TSharedPtr<IEditorServices>& Services);
 };
 
-// Windows and dialogs drawn by Qt.
-class FQtEditorServices : public IEditorServices
+// Windows and dialogs drawn by the widget layer's backend: Qt's on Linux, the system's own windows on Windows.
+// Each build implements it once, beside its backend.
+class FDesktopEditorServices : public IEditorServices
 {
 public:
 	void OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content) override;
@@ -39,20 +40,6 @@ public:
 	TSharedPtr<SWindow> GetParentWindow() override { return MainWindow; }
 	bool LaunchURL(const FString& URL) override;
 
-	TSharedPtr<SWindow> MainWindow;
-};
-
-// Windows and dialogs drawn by the system's own windows (Windows builds).
-class FWin32EditorServices : public IEditorServices
-{
-public:
-	void OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content) override;
-	void RunModalWindow(const TSharedRef<SWindow>& Window) override;
-	bool OpenFileDialog(const void* ParentWindowHandle, const FString& Title, const FString& DefaultPath,
-						const FString& DefaultFile, const FString& FileTypes, uint32 Flags,
-						TArray<FString>& OutFilenames) override;
-	TSharedPtr<SWindow> GetParentWindow() override { return MainWindow; }
-	bool LaunchURL(const FString& URL) override;
 	TSharedPtr<SWindow> MainWindow;
 };
 

@@ -21,6 +21,17 @@ void SEditableTextBase::SetTextFromUser(const FString& NewText)
 	OnTextChanged.ExecuteIfBound(FText::FromString(NewText));
 }
 
+void SEditableTextBase::TakeTypedText(const FString& NewText)
+{
+	if (bUpdatingNative)
+	{
+		return;
+	}
+	Shown = NewText;
+	TSharedRef<SWidget> KeepAlive = AsShared();
+	OnTextChanged.ExecuteIfBound(FText::FromString(Shown));
+}
+
 FString SEditableTextBase::GetShownText() const
 {
 	return Shown;

@@ -124,10 +124,10 @@ namespace
 
 TSharedPtr<IEditorServices> MakeDefaultEditorServices()
 {
-	return MakeShared<FQtEditorServices>();
+	return MakeShared<FDesktopEditorServices>();
 }
 
-void FQtEditorServices::OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content)
+void FDesktopEditorServices::OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content)
 {
 	// Modal to the main window, so that a result is read before the next job starts; the call still returns at once.
 	// A title and a close button only: a report is neither minimised nor maximised.
@@ -151,7 +151,7 @@ void FQtEditorServices::OpenDialog(const FText& Title, const TSharedRef<SWidget>
 	Dialog->show();
 }
 
-void FQtEditorServices::RunModalWindow(const TSharedRef<SWindow>& Window)
+void FDesktopEditorServices::RunModalWindow(const TSharedRef<SWindow>& Window)
 {
 	QWidget* Widget = SlateQt::GetQWidget(*Window);
 	// A title and a close button always; the close button ends the loop like RequestDestroyWindow does.
@@ -217,7 +217,7 @@ void FQtEditorServices::RunModalWindow(const TSharedRef<SWindow>& Window)
 	Widget->hide();
 }
 
-bool FQtEditorServices::OpenFileDialog(const void*, const FString& Title, const FString& DefaultPath,
+bool FDesktopEditorServices::OpenFileDialog(const void*, const FString& Title, const FString& DefaultPath,
 									   const FString& DefaultFile, const FString& FileTypes, uint32,
 									   TArray<FString>& OutFilenames)
 {
@@ -232,7 +232,7 @@ bool FQtEditorServices::OpenFileDialog(const void*, const FString& Title, const 
 	return true;
 }
 
-bool FQtEditorServices::LaunchURL(const FString& URL)
+bool FDesktopEditorServices::LaunchURL(const FString& URL)
 {
 	return QDesktopServices::openUrl(QUrl(SlateQt::ToQString(URL)));
 }

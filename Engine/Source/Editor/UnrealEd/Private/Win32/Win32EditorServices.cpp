@@ -134,10 +134,10 @@ namespace
 
 TSharedPtr<IEditorServices> MakeDefaultEditorServices()
 {
-	return MakeShared<FWin32EditorServices>();
+	return MakeShared<FDesktopEditorServices>();
 }
 
-void FWin32EditorServices::OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content)
+void FDesktopEditorServices::OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content)
 {
 	// Modal to the main window, so that a result is read before the next job starts; the call still returns at
 	// once. A title and a close button only: a report is neither minimised nor maximised.
@@ -195,7 +195,7 @@ void FWin32EditorServices::OpenDialog(const FText& Title, const TSharedRef<SWidg
 	LayoutRoot(Window);
 }
 
-void FWin32EditorServices::RunModalWindow(const TSharedRef<SWindow>& Window)
+void FDesktopEditorServices::RunModalWindow(const TSharedRef<SWindow>& Window)
 {
 	HWND Owner = DialogParent(MainWindow);
 	HWND Native = GetHwnd(*Window);
@@ -273,7 +273,7 @@ void FWin32EditorServices::RunModalWindow(const TSharedRef<SWindow>& Window)
 	}
 }
 
-bool FWin32EditorServices::OpenFileDialog(const void*, const FString& Title, const FString& DefaultPath, const FString& DefaultFile,
+bool FDesktopEditorServices::OpenFileDialog(const void*, const FString& Title, const FString& DefaultPath, const FString& DefaultFile,
 										  const FString& FileTypes, uint32, TArray<FString>& OutFilenames)
 {
 	// "Png Image (.png)|*.png" becomes the system's pairs of a name and its patterns, each ended by a zero.
@@ -306,7 +306,7 @@ bool FWin32EditorServices::OpenFileDialog(const void*, const FString& Title, con
 	return true;
 }
 
-bool FWin32EditorServices::LaunchURL(const FString& URL)
+bool FDesktopEditorServices::LaunchURL(const FString& URL)
 {
 	return reinterpret_cast<INT_PTR>(ShellExecuteW(nullptr, L"open", Wide(URL).c_str(), nullptr, nullptr, SW_SHOWNORMAL)) > 32;
 }

@@ -74,9 +74,7 @@ FNativeWidget* SEditableTextBase::CreateLineEdit(bool bFrame)
 					 {
 						 if (TSharedPtr<SWidget> Self = Weak.Pin())
 						 {
-							 SEditableTextBase* Edit = static_cast<SEditableTextBase*>(Self.Get());
-							 Edit->Shown = FromQString(NewText);
-							 Edit->OnTextChanged.ExecuteIfBound(FText::FromString(Edit->Shown));
+							 static_cast<SEditableTextBase*>(Self.Get())->TakeTypedText(FromQString(NewText));
 						 }
 					 });
 	return SlateQt::ToNative(Line);
@@ -93,12 +91,9 @@ FNativeWidget* SEditableTextBase::CreatePlainTextEdit()
 	QObject::connect(Edit, &QPlainTextEdit::textChanged,
 					 [Weak, Edit]
 					 {
-						 TSharedPtr<SWidget> Self = Weak.Pin();
-						 SEditableTextBase* Box = static_cast<SEditableTextBase*>(Self.Get());
-						 if (Box && !Box->bUpdatingNative)
+						 if (TSharedPtr<SWidget> Self = Weak.Pin())
 						 {
-							 Box->Shown = FromQString(Edit->toPlainText());
-							 Box->OnTextChanged.ExecuteIfBound(FText::FromString(Box->Shown));
+							 static_cast<SEditableTextBase*>(Self.Get())->TakeTypedText(FromQString(Edit->toPlainText()));
 						 }
 					 });
 	return SlateQt::ToNative(Edit);

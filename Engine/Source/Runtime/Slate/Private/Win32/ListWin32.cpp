@@ -24,8 +24,6 @@ struct STableViewBase::FNativeParts
 	int32 CurrentRow = INDEX_NONE;
 	bool bScrollBarStale = true;
 	ULONGLONG ScrollBarSetAt = 0;
-	int32 RowsInserted = 0;
-	int32 Resets = 0;
 
 	bool IsAlive() const { return Alive && *Alive; }
 };
@@ -411,13 +409,9 @@ void STableViewBase::ShowRows(int32 Count, bool bAppendOnly)
 		return;
 	}
 	const int32 Before = Parts->Rows;
-	if (bAppendOnly && Count > Before)
+	// Rows made anew start from the top; rows only added keep the place.
+	if (!bAppendOnly)
 	{
-		Parts->RowsInserted += Count - Before;
-	}
-	else if (!bAppendOnly || Count != Before)
-	{
-		Parts->Resets += 1;
 		Parts->TopRow = 0;
 	}
 	Parts->Rows = Count;

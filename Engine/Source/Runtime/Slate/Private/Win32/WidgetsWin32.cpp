@@ -712,7 +712,16 @@ FNativeWidget* SComboBoxBase::CreateNativeWidget()
 	return ToNative(Button);
 }
 
-// Text boxes.
+// Text boxes. What a box holds, with a multi-line box's CR LF as the widgets keep it: LF.
+namespace
+{
+	FString BoxText(HWND Edit)
+	{
+		const bool bLines = (GetWindowLongW(Edit, GWL_STYLE) & ES_MULTILINE) != 0;
+		return FromWide(bLines ? FromBoxLines(WindowWideText(Edit)) : WindowWideText(Edit));
+	}
+}
+
 FNativeWidget* SEditableTextBase::CreateLineEdit(bool bFrame)
 {
 	// A text that nobody hears change only shows a value: it can be selected and copied, not edited.
@@ -729,19 +738,10 @@ FNativeWidget* SEditableTextBase::CreateLineEdit(bool bFrame)
 	};
 	Node->OnCommand = [Edit](UINT Code)
 	{
-		if (Code != EN_CHANGE)
+		if (Code == EN_CHANGE)
 		{
-			return;
+			WithOwner<SEditableTextBase>(Edit, [Edit](SEditableTextBase& Box) { Box.TakeTypedText(BoxText(Edit)); });
 		}
-		WithOwner<SEditableTextBase>(Edit,
-									 [Edit](SEditableTextBase& Box)
-									 {
-										 if (!Box.bUpdatingNative)
-										 {
-											 Box.Shown = FromWide(WindowWideText(Edit));
-											 Box.OnTextChanged.ExecuteIfBound(FText::FromString(Box.Shown));
-										 }
-									 });
 	};
 	return ToNative(Edit);
 }
@@ -755,19 +755,10 @@ FNativeWidget* SEditableTextBase::CreatePlainTextEdit()
 	Node->Measure = [](float Scale) { return FSlateLayoutSize{60.0f * Scale, 60.0f * Scale}; };
 	Node->OnCommand = [Edit](UINT Code)
 	{
-		if (Code != EN_CHANGE)
+		if (Code == EN_CHANGE)
 		{
-			return;
+			WithOwner<SEditableTextBase>(Edit, [Edit](SEditableTextBase& Box) { Box.TakeTypedText(BoxText(Edit)); });
 		}
-		WithOwner<SEditableTextBase>(Edit,
-									 [Edit](SEditableTextBase& Box)
-									 {
-										 if (!Box.bUpdatingNative)
-										 {
-											 Box.Shown = FromWide(FromBoxLines(WindowWideText(Edit)));
-											 Box.OnTextChanged.ExecuteIfBound(FText::FromString(Box.Shown));
-										 }
-									 });
 	};
 	// Tab moves on through the form, as in every other box of it; a description has no use for tab characters.
 	Node->OnMessage = [](UINT Message, WPARAM WParam, LPARAM LParam, LRESULT& Result)

@@ -21,6 +21,9 @@ protected:
 	FNativeWidget* CreateLineEdit(bool bFrame);
 	FNativeWidget* CreatePlainTextEdit();
 	void ShowText(const FString& NewText);
+	// What the native box holds after the user's typing: kept and handed to the handler. Text the code set
+	// (while bUpdatingNative) is no typing.
+	void TakeTypedText(const FString& NewText);
 
 	TAttribute<FText> Text;
 	FOnTextChanged OnTextChanged;
