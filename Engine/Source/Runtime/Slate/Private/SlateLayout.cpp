@@ -51,6 +51,10 @@ namespace
 		const FSlateLayoutSize Desired = Slot.Widget->ComputeDesiredSize(Scale);
 		FSlateArrangedChild Placed;
 		Placed.Widget = Slot.Widget.Get();
+		Placed.SlotX = X;
+		Placed.SlotY = Y;
+		Placed.SlotWidth = std::max(0.0f, Width);
+		Placed.SlotHeight = std::max(0.0f, Height);
 		AlignAlong(X + Pad.Left * Scale, Width - (Pad.Left + Pad.Right) * Scale, Desired.Width, HorizontalIndex(Slot.HAlignment),
 				   Placed.X, Placed.Width);
 		AlignAlong(Y + Pad.Top * Scale, Height - (Pad.Top + Pad.Bottom) * Scale, Desired.Height, VerticalIndex(Slot.VAlignment),
@@ -105,6 +109,24 @@ FSlateLayoutSize SBox::ComputeDesiredSize(float Scale) const
 		Size.Height = HeightOverride > 0.0f ? HeightOverride * Scale : Size.Height;
 	}
 	return Size;
+}
+
+// The content is held to the width or height given, centred in any more room the box's own slot gives it.
+void SBox::ArrangeChildren(float Width, float Height, float Scale, TArray<FSlateArrangedChild>& Out) const
+{
+	const float HeldWidth = WidthOverride > 0.0f ? std::min(Width, WidthOverride * Scale) : Width;
+	const float HeldHeight = HeightOverride > 0.0f ? std::min(Height, HeightOverride * Scale) : Height;
+	const float Left = std::floor((Width - HeldWidth) / 2.0f);
+	const float Top = std::floor((Height - HeldHeight) / 2.0f);
+	const int32 First = Out.Num();
+	SCompoundWidget::ArrangeChildren(HeldWidth, HeldHeight, Scale, Out);
+	for (int32 Index = First; Index < Out.Num(); ++Index)
+	{
+		Out[Index].X += Left;
+		Out[Index].Y += Top;
+		Out[Index].SlotX += Left;
+		Out[Index].SlotY += Top;
+	}
 }
 
 // Every slot asks for its desired size along the box; fill slots share whatever is left by their fill values.

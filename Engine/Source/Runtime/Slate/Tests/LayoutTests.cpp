@@ -116,3 +116,16 @@ TEST(LayoutTests, ScrollBoxAndSplitterPlaceTheirChildren)
 	Split->MoveHandle(5, 10.0f, 400.0f); // no such handle: nothing moves
 	EXPECT_FLOAT_EQ(PlaceOf(*Split, Left, 404, 50).Width, 360.0f);
 }
+
+TEST(LayoutTests, ABoxHoldsItsContentToItsSizeWhateverRoomItIsGiven)
+{
+	// A 128 by 128 preview in a box that a row stretches to 300 high: the picture stays 128 square, centred.
+	TSharedRef<SBox> Picture = Leaf(40, 40);
+	TSharedRef<SBox> Holder = SNew(SBox).WidthOverride(128).HeightOverride(128)[Picture];
+	ExpectPlace(PlaceOf(*Holder, Picture, 128, 300), 0, 86, 128, 128);
+	ExpectPlace(PlaceOf(*Holder, Picture, 256, 600, 2.0f), 0, 172, 256, 256);
+	// Less room than the override: the content gets what there is. One side held, the other free.
+	ExpectPlace(PlaceOf(*Holder, Picture, 100, 50), 0, 0, 100, 50);
+	TSharedRef<SBox> Wide = SNew(SBox).WidthOverride(100)[Picture];
+	ExpectPlace(PlaceOf(*Wide, Picture, 300, 70), 100, 0, 100, 70);
+}

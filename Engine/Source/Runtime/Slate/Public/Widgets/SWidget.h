@@ -33,6 +33,12 @@ struct FSlateArrangedChild
 	float Y = 0.0f;
 	float Width = 0.0f;
 	float Height = 0.0f;
+	// The area the panel gave the child's slot (a grid cell, a box's slot), its padding included; the child
+	// stands in it where its alignment puts it.
+	float SlotX = 0.0f;
+	float SlotY = 0.0f;
+	float SlotWidth = 0.0f;
+	float SlotHeight = 0.0f;
 };
 
 // Arguments every widget takes.

@@ -19,6 +19,7 @@ public:
 	float GetWidthOverride() const { return WidthOverride; }
 	float GetHeightOverride() const { return HeightOverride; }
 	FSlateLayoutSize ComputeDesiredSize(float Scale) const override;
+	void ArrangeChildren(float Width, float Height, float Scale, TArray<FSlateArrangedChild>& Out) const override;
 
 protected:
 	FNativeWidget* CreateNativeWidget() override;
