@@ -125,6 +125,23 @@ TEST(Win32WidgetTests, WindowsStandWhereTheLayoutPutsThemAndHearTheirControls)
 	EXPECT_EQ(Notes->GetShownText(), FString(TEXT("a\nb")));
 }
 
+TEST(Win32WidgetTests, ABoxFilledBeforeItHasAWidthShowsItsTextFromTheStart)
+{
+	// A box made with its text has no width yet, and its cursor stands after the text; once placed, the text is
+	// read from its first letter, and typing still goes on at the end.
+	FString Typed;
+	TSharedRef<SEditableTextBox> Maps = SNew(SEditableTextBox)
+		.Text(FText::FromString(TEXT("Alpha,Beta")))
+		.OnTextChanged_Lambda([&](const FText& Text) { Typed = Text.ToString(); });
+	FShown Shown(Maps);
+	HWND Edit = FindHwnd(*Maps);
+	ASSERT_TRUE(Edit);
+	const LRESULT First = SendMessageW(Edit, EM_CHARFROMPOS, 0, MAKELPARAM(static_cast<int>(4 * GetScale()), 5));
+	EXPECT_EQ(LOWORD(First), 0);
+	Type(Edit, L"!");
+	EXPECT_EQ(Typed, FString(TEXT("Alpha,Beta!")));
+}
+
 TEST(Win32WidgetTests, ArrowKeysSelectRowsAndATreeRebuiltInTheListsOwnEventLives)
 {
 	TArray<TSharedPtr<FString>> Items;

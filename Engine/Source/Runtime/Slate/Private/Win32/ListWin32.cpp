@@ -7,9 +7,11 @@
 #include "Widgets/Text/STextBlock.h"
 #include "Widgets/Views/STableViewBase.h"
 
+#include <commctrl.h>
 #include <windowsx.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 using namespace SlateWin32;
@@ -24,7 +26,26 @@ struct STableViewBase::FNativeParts
 	int32 CurrentRow = INDEX_NONE;
 	bool bScrollBarStale = true;
 	ULONGLONG ScrollBarSetAt = 0;
+	// The tooltip that shows a row cut short whole, made at the first hover, and the row it shows.
+	HWND ToolTip = nullptr;
+	int32 ToolTipRow = INDEX_NONE;
+	bool bHoverTracked = false;
+	std::function<void(bool bAppendOnly)> Watch;
+	// Rows pouring in repaint the list at most once per frame of the screen; the user's own actions at once.
+	bool bPaintPending = false;
+	std::chrono::steady_clock::time_point PaintedAt;
+	// The picture the rows are drawn into before they reach the screen, kept while the list keeps its size.
+	HBITMAP BackBuffer = nullptr;
+	SIZE BackBufferSize{0, 0};
+	LONG HeaderPlacedWidth = -1;
 
+	~FNativeParts()
+	{
+		if (BackBuffer)
+		{
+			DeleteObject(BackBuffer);
+		}
+	}
 	bool IsAlive() const { return Alive && *Alive; }
 };
 
@@ -68,25 +89,48 @@ public:
 		Parts.TopRow = std::clamp(Parts.TopRow, 0, std::max(0, Parts.Rows - RowsInView(List, Window)));
 	}
 
-	static void ScrollTo(STableViewBase& List, HWND Window, int32 Top)
+	// A repaint now (the user's scrolling, keys and clicks), or with the next frame of the screen (rows arriving).
+	static void Repaint(STableViewBase& List, HWND Window, bool bNow)
+	{
+		if (bNow)
+		{
+			List.Parts->bPaintPending = false;
+			InvalidateRect(Window, nullptr, FALSE);
+		}
+		else
+		{
+			List.Parts->bPaintPending = true;
+		}
+	}
+
+	static void PaintIfDue(STableViewBase& List, HWND Window)
+	{
+		STableViewBase::FNativeParts& Parts = *List.Parts;
+		if (Parts.bPaintPending && std::chrono::steady_clock::now() - Parts.PaintedAt >= std::chrono::milliseconds(16))
+		{
+			Repaint(List, Window, true);
+		}
+	}
+
+	static void ScrollTo(STableViewBase& List, HWND Window, int32 Top, bool bNow = true)
 	{
 		List.Parts->TopRow = Top;
 		ClampTop(List, Window);
 		List.Parts->bScrollBarStale = true;
-		InvalidateRect(Window, nullptr, FALSE);
+		Repaint(List, Window, bNow);
 	}
 
-	static void EnsureVisible(STableViewBase& List, HWND Window, int32 Row)
+	static void EnsureVisible(STableViewBase& List, HWND Window, int32 Row, bool bNow = true)
 	{
 		STableViewBase::FNativeParts& Parts = *List.Parts;
 		const int32 InView = std::max(1, RowsInView(List, Window));
 		if (Row < Parts.TopRow)
 		{
-			ScrollTo(List, Window, Row);
+			ScrollTo(List, Window, Row, bNow);
 		}
 		else if (Row >= Parts.TopRow + InView)
 		{
-			ScrollTo(List, Window, Row - InView + 1);
+			ScrollTo(List, Window, Row - InView + 1, bNow);
 		}
 	}
 
@@ -113,29 +157,30 @@ public:
 	static void Paint(STableViewBase& List, HWND Window, HDC Target, const RECT& Area)
 	{
 		// Drawn off screen and copied at once, so that rows arriving many times a second do not flicker.
+		STableViewBase::FNativeParts& Parts = *List.Parts;
+		Parts.PaintedAt = std::chrono::steady_clock::now();
+		const SIZE Needed{std::max<LONG>(1, Area.right), std::max<LONG>(1, Area.bottom)};
+		if (!Parts.BackBuffer || Parts.BackBufferSize.cx != Needed.cx || Parts.BackBufferSize.cy != Needed.cy)
+		{
+			if (Parts.BackBuffer)
+			{
+				DeleteObject(Parts.BackBuffer);
+			}
+			Parts.BackBuffer = CreateCompatibleBitmap(Target, Needed.cx, Needed.cy);
+			Parts.BackBufferSize = Needed;
+		}
 		HDC Context = CreateCompatibleDC(Target);
-		HBITMAP Bitmap = CreateCompatibleBitmap(Target, std::max<LONG>(1, Area.right), std::max<LONG>(1, Area.bottom));
-		HGDIOBJ FormerBitmap = SelectObject(Context, Bitmap);
+		HGDIOBJ FormerBitmap = SelectObject(Context, Parts.BackBuffer);
 		FillRect(Context, &Area, GetSysColorBrush(COLOR_WINDOW));
 		SetBkMode(Context, TRANSPARENT);
 		const float Scale = GetScale();
 		const int Header = HeaderHeight(List);
 		if (Header > 0)
 		{
+			// The band; the column labels are windows of their own over it (see PlaceHeaderLabels).
 			RECT Band{0, 0, Area.right, Header};
 			FillRect(Context, &Band, GetSysColorBrush(COLOR_BTNFACE));
 			DrawEdge(Context, &Band, EDGE_RAISED, BF_BOTTOM);
-			HGDIOBJ Former = SelectObject(Context, GetFont(true));
-			SetTextColor(Context, GetSysColor(COLOR_BTNTEXT));
-			const TArray<TSharedRef<SWidget>> Labels = List.GetHeaderRow()->GetChildren();
-			const int Columns = std::max(1, Labels.Num());
-			for (int32 Column = 0; Column < Labels.Num(); ++Column)
-			{
-				RECT Cell{static_cast<LONG>(Column * Area.right / Columns + 4 * Scale), 0, static_cast<LONG>((Column + 1) * Area.right / Columns), Header};
-				const std::wstring Label = Wide(Labels[Column]->GetDisplayText());
-				DrawTextW(Context, Label.c_str(), -1, &Cell, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
-			}
-			SelectObject(Context, Former);
 		}
 		HGDIOBJ Former = SelectObject(Context, GetFont());
 		const int Height = RowHeight(List);
@@ -171,7 +216,6 @@ public:
 		SelectObject(Context, Former);
 		BitBlt(Target, 0, 0, Area.right, Area.bottom, Context, 0, 0, SRCCOPY);
 		SelectObject(Context, FormerBitmap);
-		DeleteObject(Bitmap);
 		DeleteDC(Context);
 	}
 
@@ -212,6 +256,148 @@ public:
 		}
 	}
 
+	// The header's labels are the header row's own widgets, in bold, each over its share of the band: a label is
+	// a widget like any other, to be found and read.
+	static void PlaceHeaderLabels(STableViewBase& List, HWND Window)
+	{
+		TSharedPtr<SHeaderRow> Header = List.GetHeaderRow();
+		RECT Client;
+		GetClientRect(Window, &Client);
+		if (!Header || Client.right == List.Parts->HeaderPlacedWidth)
+		{
+			return;
+		}
+		List.Parts->HeaderPlacedWidth = Client.right;
+		const TArray<TSharedRef<SWidget>> Labels = Header->GetChildren();
+		const int Columns = std::max(1, Labels.Num());
+		const int Band = HeaderHeight(List);
+		const int Inset = static_cast<int>(4 * GetScale());
+		for (int32 Column = 0; Column < Labels.Num(); ++Column)
+		{
+			HWND Label = GetHwnd(*Labels[Column]);
+			if (!Label)
+			{
+				continue;
+			}
+			if (GetParent(Label) != Window)
+			{
+				SetParent(Label, Window);
+				SendMessageW(Label, WM_SETFONT, reinterpret_cast<WPARAM>(GetFont(true)), FALSE);
+				SetWindowLongW(Label, GWL_STYLE, GetWindowLongW(Label, GWL_STYLE) | SS_CENTERIMAGE | SS_ENDELLIPSIS);
+			}
+			const int Left = Column * Client.right / Columns + Inset;
+			const int Right = (Column + 1) * Client.right / Columns;
+			SetWindowPos(Label, HWND_TOP, Left, 0, std::max(0, Right - Left), std::max(0, Band - 2), SWP_NOACTIVATE | SWP_SHOWWINDOW);
+		}
+	}
+
+	static int32 RowAt(const STableViewBase& List, int Y)
+	{
+		const int InRows = Y - HeaderHeight(List);
+		const int32 Row = InRows >= 0 ? List.Parts->TopRow + InRows / RowHeight(List) : INDEX_NONE;
+		return Row != INDEX_NONE && Row < List.Parts->Rows ? Row : INDEX_NONE;
+	}
+
+	static RECT RowArea(const STableViewBase& List, HWND Window, int32 Row)
+	{
+		RECT Client;
+		GetClientRect(Window, &Client);
+		const int Top = HeaderHeight(List) + (Row - List.Parts->TopRow) * RowHeight(List);
+		return RECT{0, Top, Client.right, Top + RowHeight(List)};
+	}
+
+	// A row cut short with "..." shows its whole text when the mouse rests on it (a long folder name, a long line
+	// of the log); a row that fits shows none. A tooltip is read, not scrolled: a line of a megabyte shows its start.
+	static void ShowToolTip(STableViewBase& List, HWND Window, int32 Row)
+	{
+		STableViewBase::FNativeParts& Parts = *List.Parts;
+		HideToolTip(List);
+		if (Row == INDEX_NONE)
+		{
+			return;
+		}
+		FString Text = List.GetRowText(Row);
+		const RECT Cell = RowArea(List, Window, Row);
+		const int Room = Cell.right - Cell.left - static_cast<int>(6 * GetScale());
+		constexpr int32 MostShown = 2000;
+		if (Text.IsEmpty() || MeasureText(Text.Left(std::max(1, Room)), GetFont()).Width <= Room)
+		{
+			return;
+		}
+		if (Text.Len() > MostShown)
+		{
+			Text = Text.Left(MostShown) + TEXT("\u2026");
+		}
+		if (!Parts.ToolTip)
+		{
+			Parts.ToolTip = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr, WS_POPUP | TTS_NOPREFIX | TTS_ALWAYSTIP, 0, 0, 0, 0,
+											Window, nullptr, GetModuleHandleW(nullptr), nullptr);
+			TOOLINFOW Tool{sizeof(TOOLINFOW)};
+			Tool.uFlags = TTF_TRACK | TTF_ABSOLUTE;
+			Tool.hwnd = Window;
+			Tool.uId = 1;
+			Tool.lpszText = const_cast<wchar_t*>(L"");
+			SendMessageW(Parts.ToolTip, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&Tool));
+			SendMessageW(Parts.ToolTip, TTM_SETMAXTIPWIDTH, 0, static_cast<LPARAM>(600 * GetScale()));
+			SendMessageW(Parts.ToolTip, WM_SETFONT, reinterpret_cast<WPARAM>(GetFont()), FALSE);
+		}
+		const std::wstring Shown = Wide(Text);
+		TOOLINFOW Tool{sizeof(TOOLINFOW)};
+		Tool.hwnd = Window;
+		Tool.uId = 1;
+		Tool.lpszText = const_cast<wchar_t*>(Shown.c_str());
+		SendMessageW(Parts.ToolTip, TTM_UPDATETIPTEXTW, 0, reinterpret_cast<LPARAM>(&Tool));
+		POINT At{Cell.left, Cell.bottom};
+		ClientToScreen(Window, &At);
+		SendMessageW(Parts.ToolTip, TTM_TRACKPOSITION, 0, MAKELPARAM(At.x, At.y));
+		SendMessageW(Parts.ToolTip, TTM_TRACKACTIVATE, TRUE, reinterpret_cast<LPARAM>(&Tool));
+		Parts.ToolTipRow = Row;
+	}
+
+	static void HideToolTip(STableViewBase& List)
+	{
+		STableViewBase::FNativeParts& Parts = *List.Parts;
+		if (Parts.ToolTip && Parts.ToolTipRow != INDEX_NONE)
+		{
+			TOOLINFOW Tool{sizeof(TOOLINFOW)};
+			Tool.hwnd = Parts.Window;
+			Tool.uId = 1;
+			SendMessageW(Parts.ToolTip, TTM_TRACKACTIVATE, FALSE, reinterpret_cast<LPARAM>(&Tool));
+		}
+		Parts.ToolTipRow = INDEX_NONE;
+	}
+
+	static int32 Rows(const STableViewBase& List) { return List.Parts->IsAlive() ? List.Parts->Rows : 0; }
+
+	static RECT ShownRowArea(STableViewBase& List, int32 Row)
+	{
+		if (!List.Parts->IsAlive() || Row < 0 || Row >= List.Parts->Rows)
+		{
+			return RECT{0, 0, 0, 0};
+		}
+		EnsureVisible(List, List.Parts->Window, Row);
+		UpdateScrollBar(List, List.Parts->Window);
+		return RowArea(List, List.Parts->Window, Row);
+	}
+
+	static FString ToolTipText(HWND Window)
+	{
+		STableViewBase* List = Owner(Window);
+		if (!List || !List->Parts->ToolTip || List->Parts->ToolTipRow == INDEX_NONE || !IsWindowVisible(List->Parts->ToolTip))
+		{
+			return FString();
+		}
+		std::wstring Text(4096, L'\0');
+		TOOLINFOW Tool{sizeof(TOOLINFOW)};
+		Tool.hwnd = Window;
+		Tool.uId = 1;
+		Tool.lpszText = Text.data();
+		SendMessageW(List->Parts->ToolTip, TTM_GETTEXTW, Text.size(), reinterpret_cast<LPARAM>(&Tool));
+		return FromWide(std::wstring(Text.c_str()));
+	}
+
+	static void SetWatch(const STableViewBase& List, std::function<void(bool)> Watch) { List.Parts->Watch = std::move(Watch); }
+
 	static bool OnMessage(HWND Window, UINT Message, WPARAM WParam, LPARAM LParam, LRESULT& Result)
 	{
 		STableViewBase* List = Owner(Window);
@@ -230,6 +416,7 @@ public:
 			InvalidateRect(Window, nullptr, FALSE);
 			return false;
 		case WM_SIZE:
+			PlaceHeaderLabels(*List, Window);
 			Parts.bScrollBarStale = true;
 			UpdateScrollBar(*List, Window);
 			InvalidateRect(Window, nullptr, FALSE);
@@ -237,13 +424,36 @@ public:
 		case WM_ERASEBKGND:
 			Result = 1;
 			return true;
+		case WM_MOUSEMOVE:
+			// The tooltip follows the row under the mouse: it goes when the mouse leaves its row, and the system
+			// says when the mouse rests again.
+			if (Parts.ToolTipRow != INDEX_NONE && RowAt(*List, GET_Y_LPARAM(LParam)) != Parts.ToolTipRow)
+			{
+				HideToolTip(*List);
+			}
+			if (!Parts.bHoverTracked)
+			{
+				TRACKMOUSEEVENT Track{sizeof(TRACKMOUSEEVENT), TME_HOVER | TME_LEAVE, Window, HOVER_DEFAULT};
+				Parts.bHoverTracked = TrackMouseEvent(&Track) != FALSE;
+			}
+			return false;
+		case WM_MOUSEHOVER:
+			Parts.bHoverTracked = false;
+			ShowToolTip(*List, Window, RowAt(*List, GET_Y_LPARAM(LParam)));
+			Result = 0;
+			return true;
+		case WM_MOUSELEAVE:
+			Parts.bHoverTracked = false;
+			HideToolTip(*List);
+			Result = 0;
+			return true;
 		case WM_LBUTTONDOWN:
 		{
 			// The click gives the list the keys, as a click on any list does.
 			SetFocus(Window);
-			const int Y = GET_Y_LPARAM(LParam) - HeaderHeight(*List);
-			const int32 Row = Y >= 0 ? Parts.TopRow + Y / RowHeight(*List) : INDEX_NONE;
-			if (Row != INDEX_NONE && Row < Parts.Rows)
+			HideToolTip(*List);
+			const int32 Row = RowAt(*List, GET_Y_LPARAM(LParam));
+			if (Row != INDEX_NONE)
 			{
 				ChooseRow(*List, Row, &STableViewBase::ClickRow);
 			}
@@ -369,9 +579,11 @@ void STableViewBase::RefreshAttributes()
 		ApplyRefresh();
 		if (PendingScrollIndex != INDEX_NONE && PendingScrollIndex < RowsShown)
 		{
-			FListWindowWin32::EnsureVisible(*this, Parts->Window, PendingScrollIndex);
+			FListWindowWin32::EnsureVisible(*this, Parts->Window, PendingScrollIndex, false);
 			PendingScrollIndex = INDEX_NONE;
 		}
+		FListWindowWin32::PaintIfDue(*this, Parts->Window);
+		FListWindowWin32::PlaceHeaderLabels(*this, Parts->Window);
 		// Once a frame at most, however many batches of rows arrived, and not more than ten times a second.
 		FListWindowWin32::UpdateScrollBar(*this, Parts->Window, false);
 	}
@@ -398,8 +610,12 @@ void STableViewBase::MirrorSelection()
 	}
 	const int32 Index = SelectedIndex();
 	// No current row either when nothing is selected, so that nothing looks selected.
-	Parts->CurrentRow = Index == INDEX_NONE || Index >= RowsShown ? INDEX_NONE : Index;
-	InvalidateRect(Parts->Window, nullptr, FALSE);
+	const int32 Current = Index == INDEX_NONE || Index >= RowsShown ? INDEX_NONE : Index;
+	if (Current != Parts->CurrentRow)
+	{
+		Parts->CurrentRow = Current;
+		FListWindowWin32::Repaint(*this, Parts->Window, true);
+	}
 }
 
 void STableViewBase::ShowRows(int32 Count, bool bAppendOnly)
@@ -416,10 +632,34 @@ void STableViewBase::ShowRows(int32 Count, bool bAppendOnly)
 	}
 	Parts->Rows = Count;
 	Parts->bScrollBarStale = true;
-	// Only rows that arrive in view need painting.
+	if (Parts->Watch && (!bAppendOnly || Count != Before))
+	{
+		Parts->Watch(bAppendOnly);
+	}
+	// Only rows that arrive in view need painting, with the next frame of the screen; rows made anew at once.
 	if (!bAppendOnly || Before < Parts->TopRow + RowsInView(*this, Parts->Window) + 1)
 	{
-		InvalidateRect(Parts->Window, nullptr, FALSE);
+		FListWindowWin32::Repaint(*this, Parts->Window, !bAppendOnly);
 	}
 	MirrorSelection();
+}
+
+int32 SlateWin32::GetListRows(const STableViewBase& List)
+{
+	return FListWindowWin32::Rows(List);
+}
+
+RECT SlateWin32::GetListRowArea(STableViewBase& List, int32 Row)
+{
+	return FListWindowWin32::ShownRowArea(List, Row);
+}
+
+FString SlateWin32::GetListToolTip(HWND Window)
+{
+	return FListWindowWin32::ToolTipText(Window);
+}
+
+void SlateWin32::WatchListRows(const STableViewBase& List, std::function<void(bool bAppendOnly)> Watch)
+{
+	FListWindowWin32::SetWatch(List, std::move(Watch));
 }

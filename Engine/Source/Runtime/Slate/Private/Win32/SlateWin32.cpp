@@ -4,14 +4,15 @@
 
 #include <commctrl.h>
 #include <objbase.h>
+#include <wincodec.h>
 
 #include <algorithm>
 #include <cmath>
+#include <unordered_map>
 #include <vector>
 
 namespace
 {
-	constexpr const wchar_t* NodeProperty = L"TesselNode";
 	constexpr const wchar_t* PanelClass = L"TesselPanel";
 	constexpr const wchar_t* TopLevelClass = L"TesselWindow";
 	constexpr UINT RunPostedMessage = WM_APP + 1;
@@ -33,6 +34,9 @@ namespace
 		HDC MeasureContext = nullptr;
 		HFONT Fonts[2][3] = {};
 		float Scale = 0.0f;
+		// The layout pass now running (0: none); sizes measured in it are kept until it ends.
+		uint64 Pass = 0;
+		uint64 LastPass = 0;
 	};
 
 	FBackendState& State()
@@ -41,10 +45,33 @@ namespace
 		return Instance;
 	}
 
+	// Each window's node, found without asking the system: a window's properties live in Wine's server, and the
+	// layout looks up every node many times a frame.
+	std::unordered_map<HWND, FWin32Node*>& Nodes()
+	{
+		static std::unordered_map<HWND, FWin32Node*> Instance;
+		return Instance;
+	}
+
+	void AttachNode(HWND Window)
+	{
+		Nodes()[Window] = new FWin32Node();
+	}
+
 	// Messages our panels get from the controls in them go on to the control's own node: a button's click, an
 	// edit box's change, a label's colours.
 	bool ForwardToChild(UINT Message, WPARAM WParam, LPARAM LParam, LRESULT& Result)
 	{
+		if (Message == WM_DRAWITEM && LParam)
+		{
+			const DRAWITEMSTRUCT& Item = *reinterpret_cast<const DRAWITEMSTRUCT*>(LParam);
+			if (FWin32Node* Node = SlateWin32::NodeOf(Item.hwndItem); Node && Node->DrawItem)
+			{
+				Node->DrawItem(Item);
+				Result = TRUE;
+				return true;
+			}
+		}
 		if (Message == WM_COMMAND && LParam)
 		{
 			if (FWin32Node* Node = SlateWin32::NodeOf(reinterpret_cast<HWND>(LParam)); Node && Node->OnCommand)
@@ -95,7 +122,7 @@ namespace
 		if (FWin32Node* Node = SlateWin32::NodeOf(Window))
 		{
 			*Node->Alive = false;
-			RemovePropW(Window, NodeProperty);
+			Nodes().erase(Window);
 			delete Node;
 		}
 	}
@@ -221,6 +248,11 @@ namespace
 		}
 		if (Node)
 		{
+			if (Node->LastWidth != static_cast<float>(Width))
+			{
+				// Text that wraps at its width is measured anew.
+				Node->MeasuredInPass = 0;
+			}
 			Node->LastWidth = static_cast<float>(Width);
 			Node->bPlaced = true;
 		}
@@ -252,6 +284,13 @@ namespace
 			const int Width = std::max(0, static_cast<int>(std::lround(Child.X + Child.Width)) - X);
 			int Height = std::max(0, static_cast<int>(std::lround(Child.Y + Child.Height)) - Y);
 			FWin32Node* Node = SlateWin32::NodeOf(ChildWindow);
+			if (Node)
+			{
+				const int SlotLeft = static_cast<int>(std::lround(Child.SlotX));
+				const int SlotTop = static_cast<int>(std::lround(Child.SlotY));
+				Node->SlotPlace = RECT{SlotLeft, SlotTop, static_cast<int>(std::lround(Child.SlotX + Child.SlotWidth)),
+									   static_cast<int>(std::lround(Child.SlotY + Child.SlotHeight))};
+			}
 			if (Node && Node->bFixedHeight)
 			{
 				const int Own = static_cast<int>(std::lround(Child.Widget->ComputeDesiredSize(Scale).Height));
@@ -262,15 +301,23 @@ namespace
 			Placed.push_back(ChildWindow);
 			ArrangeTree(*Child.Widget, ChildWindow, Scale);
 		}
-		for (HWND Each = GetWindow(Window, GW_CHILD); Each; Each = GetWindow(Each, GW_HWNDNEXT))
+		// Walking the window's children would ask the system for each; the layout knows what it placed before.
+		FWin32Node* Own = SlateWin32::NodeOf(Window);
+		if (!Own)
+		{
+			return;
+		}
+		for (HWND Each : Own->PlacedChildren)
 		{
 			FWin32Node* Node = SlateWin32::NodeOf(Each);
-			if (Node && Node->bPlaced && std::find(Placed.begin(), Placed.end(), Each) == Placed.end() &&
+			if (Node && std::find(Placed.begin(), Placed.end(), Each) == Placed.end() && GetParent(Each) == Window &&
 				(GetWindowLongW(Each, GWL_STYLE) & WS_VISIBLE) != 0)
 			{
 				ShowWindow(Each, SW_HIDE);
+				Node->SlotPlace = RECT{0, 0, 0, 0};
 			}
 		}
+		Own->PlacedChildren = std::move(Placed);
 	}
 }
 
@@ -286,7 +333,12 @@ HWND SlateWin32::FindHwnd(const SWidget& Widget)
 
 FWin32Node* SlateWin32::NodeOf(HWND Window)
 {
-	return Window ? static_cast<FWin32Node*>(GetPropW(Window, NodeProperty)) : nullptr;
+	if (!Window)
+	{
+		return nullptr;
+	}
+	const auto Found = Nodes().find(Window);
+	return Found != Nodes().end() ? Found->second : nullptr;
 }
 
 HWND SlateWin32::MakeControl(const wchar_t* ClassName, const FString& Text, DWORD Style, DWORD ExStyle)
@@ -297,7 +349,7 @@ HWND SlateWin32::MakeControl(const wchar_t* ClassName, const FString& Text, DWOR
 	{
 		return nullptr;
 	}
-	SetPropW(Window, NodeProperty, new FWin32Node());
+	AttachNode(Window);
 	if (wcscmp(ClassName, PanelClass) != 0)
 	{
 		SetWindowSubclass(Window, ControlProc, 1, 0);
@@ -318,7 +370,7 @@ HWND SlateWin32::MakeTopLevel(const FString& Title, DWORD Style, HWND Owner)
 								  CW_USEDEFAULT, 400, 300, Owner, nullptr, GetModuleHandleW(nullptr), nullptr);
 	if (Window)
 	{
-		SetPropW(Window, NodeProperty, new FWin32Node());
+		AttachNode(Window);
 	}
 	return Window;
 }
@@ -432,6 +484,24 @@ void SlateWin32::RemoveRoot(HWND Window)
 
 void SlateWin32::LayoutRoot(HWND Window)
 {
+	// A pass inside a pass (a window made while laying out) stays in the outer one.
+	FBackendState& Backend = State();
+	const bool bOuter = Backend.Pass == 0;
+	if (bOuter)
+	{
+		Backend.Pass = ++Backend.LastPass;
+	}
+	struct FEndPass
+	{
+		bool bOuter;
+		~FEndPass()
+		{
+			if (bOuter)
+			{
+				State().Pass = 0;
+			}
+		}
+	} EndPass{bOuter};
 	const float Scale = GetScale();
 	// A copy: laying out may make windows, and a handler may add roots.
 	const std::vector<FRoot> Roots = State().Roots;
@@ -567,6 +637,86 @@ void SlateWin32::PumpMessages()
 	}
 }
 
+bool SlateWin32::CapturePixels(HWND Window, int& OutWidth, int& OutHeight, std::vector<uint32>& OutPixels)
+{
+	RECT Client;
+	GetClientRect(Window, &Client);
+	POINT Origin{0, 0};
+	ClientToScreen(Window, &Origin);
+	OutWidth = Client.right;
+	OutHeight = Client.bottom;
+	OutPixels.clear();
+	if (OutWidth <= 0 || OutHeight <= 0)
+	{
+		return false;
+	}
+	HDC Screen = GetDC(nullptr);
+	HDC Memory = CreateCompatibleDC(Screen);
+	BITMAPINFO Info{};
+	Info.bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
+	Info.bmiHeader.biWidth = OutWidth;
+	Info.bmiHeader.biHeight = -OutHeight;
+	Info.bmiHeader.biPlanes = 1;
+	Info.bmiHeader.biBitCount = 32;
+	Info.bmiHeader.biCompression = BI_RGB;
+	void* Bits = nullptr;
+	HBITMAP Bitmap = CreateDIBSection(Screen, &Info, DIB_RGB_COLORS, &Bits, nullptr, 0);
+	bool bCopied = false;
+	if (Bitmap)
+	{
+		HGDIOBJ Former = SelectObject(Memory, Bitmap);
+		bCopied = BitBlt(Memory, 0, 0, OutWidth, OutHeight, Screen, Origin.x, Origin.y, SRCCOPY) != FALSE;
+		SelectObject(Memory, Former);
+		const uint32* Pixels = static_cast<const uint32*>(Bits);
+		OutPixels.reserve(static_cast<size_t>(OutWidth) * OutHeight);
+		for (size_t Index = 0; Index < static_cast<size_t>(OutWidth) * OutHeight; ++Index)
+		{
+			// The screen has no alpha: every pixel is opaque.
+			OutPixels.push_back(Pixels[Index] | 0xFF000000u);
+		}
+		DeleteObject(Bitmap);
+	}
+	DeleteDC(Memory);
+	ReleaseDC(nullptr, Screen);
+	return bCopied;
+}
+
+bool SlateWin32::SavePng(const FString& Path, int Width, int Height, const uint32* Pixels)
+{
+	if (Width <= 0 || Height <= 0 || !Pixels)
+	{
+		return false;
+	}
+	bool bSaved = false;
+	IWICImagingFactory* Factory = nullptr;
+	IWICStream* Stream = nullptr;
+	IWICBitmapEncoder* Encoder = nullptr;
+	IWICBitmapFrameEncode* Frame = nullptr;
+	WICPixelFormatGUID Format = GUID_WICPixelFormat32bppBGRA;
+	const UINT Stride = static_cast<UINT>(Width) * 4;
+	if (SUCCEEDED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&Factory))) &&
+		SUCCEEDED(Factory->CreateStream(&Stream)) && SUCCEEDED(Stream->InitializeFromFilename(Wide(Path).c_str(), GENERIC_WRITE)) &&
+		SUCCEEDED(Factory->CreateEncoder(GUID_ContainerFormatPng, nullptr, &Encoder)) &&
+		SUCCEEDED(Encoder->Initialize(Stream, WICBitmapEncoderNoCache)) && SUCCEEDED(Encoder->CreateNewFrame(&Frame, nullptr)) &&
+		SUCCEEDED(Frame->Initialize(nullptr)) && SUCCEEDED(Frame->SetSize(static_cast<UINT>(Width), static_cast<UINT>(Height))) &&
+		SUCCEEDED(Frame->SetPixelFormat(&Format)) && IsEqualGUID(Format, GUID_WICPixelFormat32bppBGRA) &&
+		SUCCEEDED(Frame->WritePixels(static_cast<UINT>(Height), Stride, Stride * static_cast<UINT>(Height),
+									 reinterpret_cast<BYTE*>(const_cast<uint32*>(Pixels)))) &&
+		SUCCEEDED(Frame->Commit()) && SUCCEEDED(Encoder->Commit()))
+	{
+		bSaved = true;
+	}
+	for (IUnknown* Each : {static_cast<IUnknown*>(Frame), static_cast<IUnknown*>(Encoder), static_cast<IUnknown*>(Stream),
+						   static_cast<IUnknown*>(Factory)})
+	{
+		if (Each)
+		{
+			Each->Release();
+		}
+	}
+	return bSaved;
+}
+
 // Widgets and their windows.
 SWidget::SWidget() : Native(std::make_unique<FNativeWidgetGuard>())
 {
@@ -655,7 +805,21 @@ void SWidget::ApplyVisibilityAndEnabled()
 FSlateLayoutSize SWidget::MeasureNative(float Scale) const
 {
 	FWin32Node* Node = SlateWin32::NodeOf(SlateWin32::FindHwnd(*this));
-	return Node && Node->Measure ? Node->Measure(Scale) : FSlateLayoutSize();
+	if (!Node || !Node->Measure)
+	{
+		return FSlateLayoutSize();
+	}
+	const uint64 Pass = State().Pass;
+	if (Pass == 0)
+	{
+		return Node->Measure(Scale);
+	}
+	if (Node->MeasuredInPass != Pass)
+	{
+		Node->Measured = Node->Measure(Scale);
+		Node->MeasuredInPass = Pass;
+	}
+	return Node->Measured;
 }
 
 // The application.

@@ -11,6 +11,9 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
+
+class STableViewBase;
 
 // What the backend keeps beside each native window: its widget (cleared when the widget goes first), how it is
 // measured, and the handlers of what its window hears. Owned by the window; gone with it.
@@ -23,14 +26,26 @@ struct FWin32Node
 	std::function<void(UINT Code)> OnCommand;
 	// Any message to the window itself; true when handled, with Result set.
 	std::function<bool(UINT Message, WPARAM WParam, LPARAM LParam, LRESULT& Result)> OnMessage;
-	// Painting of our own classes.
+	// Painting of our own classes, and of a control the system lets its owner draw.
 	std::function<void(HDC Context, const RECT& Area)> Paint;
+	std::function<void(const DRAWITEMSTRUCT& Item)> DrawItem;
 	// A label's text colour (a hyperlink's blue); CLR_INVALID keeps the system's.
 	COLORREF TextColour = CLR_INVALID;
 	// The width last given, for text that wraps at it.
 	float LastWidth = 0.0f;
+	// What Measure gave in the layout pass now running: a pass asks each widget many times (every panel above it
+	// asks again), and measuring text costs a call into the system each time.
+	uint64 MeasuredInPass = 0;
+	FSlateLayoutSize Measured;
 	RECT LastPlace{-1, -1, -1, -1};
+	// The area its panel gave it (a grid cell, a box's slot), in its parent's client pixels: a control of one
+	// height stands centred in it. Empty while it is given none.
+	RECT SlotPlace{0, 0, 0, 0};
+	// The children the last layout placed in this window: one that the next layout does not place is hidden.
+	std::vector<HWND> PlacedChildren;
 	bool bPlaced = false;
+	// Lettering drawn over a lighter copy of itself, so that it stands out from the surface.
+	bool bRaised = false;
 	// Controls of one height (a line of text, a button, a check box) keep it in a taller slot, centred in it, as
 	// the system draws them only so.
 	bool bFixedHeight = false;
@@ -48,6 +63,11 @@ struct FNativeWidgetGuard
 
 namespace SlateWin32
 {
+	// A push button's frame, which the button draws itself: one line of pixels at any scale, so that a label has
+	// the button's width but for it (a 100-point button holds "Reset Publisher Id" in the editor's face, whose
+	// letters the system places on whole pixels).
+	constexpr int ButtonFrame = 1;
+
 	inline HWND ToHwnd(FNativeWidget* Widget) { return static_cast<HWND>(static_cast<void*>(Widget)); }
 	inline FNativeWidget* ToNative(HWND Window) { return static_cast<FNativeWidget*>(static_cast<void*>(Window)); }
 	HWND GetHwnd(SWidget& Widget);
@@ -91,4 +111,17 @@ namespace SlateWin32
 	void PumpMessages();
 	// Runs Work once the message loop turns again.
 	void Post(std::function<void()> Work);
+
+	// The window's client area as the screen shows it, as 0xAARRGGBB. A window's drawing of itself into a bitmap
+	// comes out blank on some systems (Wine), so the picture is copied from the screen.
+	bool CapturePixels(HWND Window, int& OutWidth, int& OutHeight, std::vector<uint32>& OutPixels);
+	bool SavePng(const FString& Path, int Width, int Height, const uint32* Pixels);
+
+	// What a list shows: its rows, where a row stands in the list's window (scrolled into view first), the text
+	// of the tooltip the mouse resting there gets (empty when the row's text is whole), and a watch on its rows
+	// (told true when rows were only added at the end, false when they were made anew).
+	int32 GetListRows(const STableViewBase& List);
+	RECT GetListRowArea(STableViewBase& List, int32 Row);
+	FString GetListToolTip(HWND ToolTip);
+	void WatchListRows(const STableViewBase& List, std::function<void(bool bAppendOnly)> Watch);
 }

@@ -494,12 +494,38 @@ FNativeWidget* STextBlock::CreateNativeWidget()
 	const bool bEmbossed = TextStyleName == TEXT("EmbossedText");
 	const DWORD Align = Justification == ETextJustify::Center ? SS_CENTER : Justification == ETextJustify::Right ? SS_RIGHT : SS_LEFT;
 	HWND Label = MakeControl(L"STATIC", FString(), SS_NOPREFIX | (bAutoWrap ? Align : (Align == SS_LEFT ? SS_LEFTNOWORDWRAP : Align)));
+	FWin32Node* Node = NodeOf(Label);
 	if (bEmbossed)
 	{
-		// Raised lettering: a larger bold face.
+		// Raised lettering: a larger bold face over a lighter copy of itself, a pixel down and right.
 		SendMessageW(Label, WM_SETFONT, reinterpret_cast<WPARAM>(GetFont(true, 1.25f)), FALSE);
+		Node->bRaised = true;
+		Node->OnMessage = [Label](UINT Message, WPARAM, LPARAM, LRESULT& Result)
+		{
+			if (Message != WM_PAINT)
+			{
+				return false;
+			}
+			PAINTSTRUCT Paint;
+			HDC Context = BeginPaint(Label, &Paint);
+			RECT Area;
+			GetClientRect(Label, &Area);
+			FillRect(Context, &Area, GetSysColorBrush(COLOR_BTNFACE));
+			HGDIOBJ Former = SelectObject(Context, FontOf(Label));
+			SetBkMode(Context, TRANSPARENT);
+			const std::wstring Shown = WindowWideText(Label);
+			const int Offset = std::max(1, static_cast<int>(GetScale()));
+			RECT Shadow{Area.left + Offset, Area.top + Offset, Area.right + Offset, Area.bottom + Offset};
+			SetTextColor(Context, GetSysColor(COLOR_BTNHIGHLIGHT));
+			DrawTextW(Context, Shown.c_str(), -1, &Shadow, DT_NOPREFIX | DT_SINGLELINE);
+			SetTextColor(Context, GetSysColor(COLOR_BTNTEXT));
+			DrawTextW(Context, Shown.c_str(), -1, &Area, DT_NOPREFIX | DT_SINGLELINE);
+			SelectObject(Context, Former);
+			EndPaint(Label, &Paint);
+			Result = 0;
+			return true;
+		};
 	}
-	FWin32Node* Node = NodeOf(Label);
 	Node->Measure = [Label](float Scale)
 	{
 		STextBlock* Text = OwnerOf<STextBlock>(Label);
@@ -550,7 +576,9 @@ FNativeWidget* SHyperlink::CreateNativeWidget()
 		return CreateFontIndirectW(&Face);
 	}();
 	SendMessageW(Link, WM_SETFONT, reinterpret_cast<WPARAM>(Underlined), FALSE);
-	Node->TextColour = GetSysColor(COLOR_HOTLIGHT);
+	// The blue of a link, as the system draws its own (some systems, Wine among them, give the hot-track colour
+	// a grey).
+	Node->TextColour = RGB(0, 102, 204);
 	Node->Measure = [Link](float) { return MeasureText(GetWindowTextOf(Link), FontOf(Link)); };
 	Node->OnCommand = [Link](UINT Code)
 	{
@@ -575,9 +603,40 @@ FNativeWidget* SHyperlink::CreateNativeWidget()
 // Buttons.
 FNativeWidget* SButton::CreateNativeWidget()
 {
-	HWND Button = MakeControl(L"BUTTON", FString(), BS_PUSHBUTTON | WS_TABSTOP | WS_CLIPCHILDREN);
+	// Drawn by the widget: a flat face inside a line, the line blue while the button has the keys, the face darker
+	// while it is held down; the label gets all the width inside the line.
+	HWND Button = MakeControl(L"BUTTON", FString(), BS_OWNERDRAW | WS_TABSTOP | WS_CLIPCHILDREN);
 	FWin32Node* Node = NodeOf(Button);
 	Node->bFixedHeight = true;
+	Node->DrawItem = [Button](const DRAWITEMSTRUCT& Item)
+	{
+		const bool bPressed = (Item.itemState & ODS_SELECTED) != 0;
+		const bool bDisabled = (Item.itemState & ODS_DISABLED) != 0;
+		const bool bFocused = (Item.itemState & ODS_FOCUS) != 0;
+		RECT Area = Item.rcItem;
+		const COLORREF Face = GetSysColor(COLOR_BTNFACE);
+		const COLORREF Shade = GetSysColor(COLOR_BTNSHADOW);
+		HBRUSH Fill = CreateSolidBrush(bPressed ? RGB((GetRValue(Face) + GetRValue(Shade)) / 2, (GetGValue(Face) + GetGValue(Shade)) / 2,
+													  (GetBValue(Face) + GetBValue(Shade)) / 2)
+												: RGB(std::min(255, GetRValue(Face) + 12), std::min(255, GetGValue(Face) + 12),
+													  std::min(255, GetBValue(Face) + 12)));
+		FillRect(Item.hDC, &Area, Fill);
+		DeleteObject(Fill);
+		const int Line = ButtonFrame;
+		HBRUSH Edge = CreateSolidBrush(GetSysColor(bFocused && !bDisabled ? COLOR_HIGHLIGHT : COLOR_BTNSHADOW));
+		for (int Step = 0; Step < Line; ++Step)
+		{
+			FrameRect(Item.hDC, &Area, Edge);
+			InflateRect(&Area, -1, -1);
+		}
+		DeleteObject(Edge);
+		const std::wstring Label = WindowWideText(Button);
+		HGDIOBJ Former = SelectObject(Item.hDC, FontOf(Button));
+		SetBkMode(Item.hDC, TRANSPARENT);
+		SetTextColor(Item.hDC, GetSysColor(bDisabled ? COLOR_GRAYTEXT : COLOR_BTNTEXT));
+		DrawTextW(Item.hDC, Label.c_str(), static_cast<int>(Label.size()), &Area, DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX);
+		SelectObject(Item.hDC, Former);
+	};
 	Node->Measure = [Button](float Scale)
 	{
 		const FSlateLayoutSize Text = MeasureText(GetWindowTextOf(Button), FontOf(Button));
@@ -727,7 +786,27 @@ FNativeWidget* SEditableTextBase::CreateLineEdit(bool bFrame)
 	// A text that nobody hears change only shows a value: it can be selected and copied, not edited.
 	DWORD Style = ES_AUTOHSCROLL | WS_TABSTOP | (OnTextChanged.IsBound() ? 0 : ES_READONLY) | (bIsPassword ? ES_PASSWORD : 0);
 	HWND Edit = MakeControl(L"EDIT", Shown, Style, bFrame ? WS_EX_CLIENTEDGE : 0);
+	// Typing goes on after the text shown, as in a line edit the other backend fills.
+	SendMessageW(Edit, EM_SETSEL, static_cast<WPARAM>(Shown.Len()), static_cast<LPARAM>(Shown.Len()));
 	FWin32Node* Node = NodeOf(Edit);
+	// A box scrolls its text to keep the cursor in view, also while it has no width yet: once it has one, it
+	// shows its text from the start again, as far as the cursor allows.
+	Node->OnMessage = [Edit](UINT Message, WPARAM WParam, LPARAM LParam, LRESULT& Result)
+	{
+		if (Message != WM_SIZE)
+		{
+			return false;
+		}
+		Result = DefSubclassProc(Edit, Message, WParam, LParam);
+		DWORD Start = 0;
+		DWORD End = 0;
+		SendMessageW(Edit, EM_GETSEL, reinterpret_cast<WPARAM>(&Start), reinterpret_cast<LPARAM>(&End));
+		SendMessageW(Edit, EM_SETSEL, 0, 0);
+		SendMessageW(Edit, EM_SCROLLCARET, 0, 0);
+		SendMessageW(Edit, EM_SETSEL, Start, End);
+		SendMessageW(Edit, EM_SCROLLCARET, 0, 0);
+		return true;
+	};
 	Node->bFixedHeight = true;
 	Node->Measure = [Edit, bFrame](float Scale)
 	{
