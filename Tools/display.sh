@@ -1,7 +1,9 @@
 # Starts a virtual X display (Xvfb) with a window manager (openbox) for this script's windows, and stops it when
-# the script ends: sets DISPLAY. Sourced; usage: tessel_start_display <scratch folder, removed at the end>
+# the script ends: sets DISPLAY. Sourced; usage: tessel_start_display <scratch folder, removed at the end> [WxH]
+# (1920x1080 unless given).
 tessel_start_display() {
 	work="$1"
+	screen="${2:-1920x1080}"
 	# A display number that no X server holds.
 	display=""
 	for number in $(seq 90 130); do
@@ -14,7 +16,7 @@ tessel_start_display() {
 		echo "display: no free X display number" >&2
 		return 1
 	fi
-	Xvfb ":$display" -screen 0 1920x1080x24 -nolisten tcp >"$work/xvfb.log" 2>&1 &
+	Xvfb ":$display" -screen 0 "${screen}x24" -nolisten tcp >"$work/xvfb.log" 2>&1 &
 	xvfb=$!
 	wm=""
 	tessel_stop_display() {

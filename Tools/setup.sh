@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(cmake ninja-build g++ libgtest-dev libcli11-dev zlib1g-dev qt6-base-dev qt6-qpa-plugins fonts-dejavu-core fonts-roboto-unhinted pigz clang libclang-rt-dev ccache mold xvfb openbox)
 if [ "${1:-}" = "--windows" ]; then
-	packages=(cmake ninja-build g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest libcli11-dev wine64 ccache xvfb openbox fonts-roboto-unhinted)
+	packages=(cmake ninja-build g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest libcli11-dev wine64 ccache xvfb openbox xdotool file fonts-roboto-unhinted)
 fi
 missing=()
 for package in "${packages[@]}"; do

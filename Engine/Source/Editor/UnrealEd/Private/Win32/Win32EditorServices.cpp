@@ -42,7 +42,8 @@ namespace
 			{
 				continue;
 			}
-			if (_wcsicmp(ClassName, L"Button") == 0 && (Style & BS_TYPEMASK) <= BS_DEFPUSHBUTTON && IsWindowEnabled(Child))
+			const LONG Type = Style & BS_TYPEMASK;
+			if (_wcsicmp(ClassName, L"Button") == 0 && (Type <= BS_DEFPUSHBUTTON || Type == BS_OWNERDRAW) && IsWindowEnabled(Child))
 			{
 				Out.push_back(Child);
 			}
@@ -106,18 +107,22 @@ namespace
 		};
 	}
 
-	// Centres a window on the work area of the screen its owner is on.
+	// Centres a window's content on the work area of the screen its owner is on, as on Linux; the frame stays on
+	// the screen.
 	void Centre(HWND Window, HWND Owner)
 	{
 		MONITORINFO Monitor{sizeof(MONITORINFO)};
 		GetMonitorInfoW(MonitorFromWindow(Owner ? Owner : Window, MONITOR_DEFAULTTOPRIMARY), &Monitor);
 		RECT Place;
 		GetWindowRect(Window, &Place);
-		const int Width = Place.right - Place.left;
-		const int Height = Place.bottom - Place.top;
+		RECT Client;
+		GetClientRect(Window, &Client);
+		POINT ClientAt{0, 0};
+		ClientToScreen(Window, &ClientAt);
 		const RECT& Work = Monitor.rcWork;
-		SetWindowPos(Window, nullptr, Work.left + std::max<LONG>(0, (Work.right - Work.left - Width) / 2),
-					 Work.top + std::max<LONG>(0, (Work.bottom - Work.top - Height) / 2), 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+		const LONG Left = Work.left + (Work.right - Work.left - Client.right) / 2 - (ClientAt.x - Place.left);
+		const LONG Top = Work.top + (Work.bottom - Work.top - Client.bottom) / 2 - (ClientAt.y - Place.top);
+		SetWindowPos(Window, nullptr, std::max(Work.left, Left), std::max(Work.top, Top), 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 	}
 
 	void SizeToContent(HWND Window, int LeastWidth)

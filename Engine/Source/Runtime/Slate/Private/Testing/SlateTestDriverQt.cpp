@@ -28,7 +28,6 @@
 #include "Widgets/Views/STableViewBase.h"
 
 #include <cstdlib>
-#include <unordered_set>
 
 using SlateQt::FromQString;
 using SlateQt::ToQString;
@@ -423,12 +422,6 @@ FSlateScreenshot SlateTest::TakeWindowScreenshot(const SWidget& Widget)
 float SlateTest::GetScreenScale()
 {
 	return QGuiApplication::primaryScreen() ? static_cast<float>(QGuiApplication::primaryScreen()->devicePixelRatio()) : 1.0f;
-}
-
-int32 SlateTest::CountColours(const FSlateScreenshot& Shot)
-{
-	std::unordered_set<uint32> Colours(Shot.Pixels.begin(), Shot.Pixels.end());
-	return static_cast<int32>(Colours.size());
 }
 
 bool SlateTest::WriteSolidPng(const FString& Path, int32 Width, int32 Height, uint32 Colour)
