@@ -12,55 +12,12 @@
 #include "Modules/ModuleManager.h"
 #include "HostOptions.h"
 #include "HostWindow.h"
+#include "ScriptedEditorServices.h"
 #include "TesselCommands.h"
 #include "WindowScript.h"
 
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
-
-namespace
-{
-	// The host's services: Qt's windows and dialogs, with each dialog's text also handed to the scripted run.
-	class FHostEditorServices : public FDesktopEditorServices
-	{
-	public:
-		void OpenDialog(const FText& Title, const TSharedRef<SWidget>& Content) override
-		{
-			if (Script)
-			{
-				Script->OnDialog(Title.ToString(), Content->GetDisplayText());
-			}
-			FDesktopEditorServices::OpenDialog(Title, Content);
-		}
-		void RunModalWindow(const TSharedRef<SWindow>& Window) override
-		{
-			if (Script)
-			{
-				Script->OnModalWindow(Window);
-			}
-			FDesktopEditorServices::RunModalWindow(Window);
-		}
-		bool OpenFileDialog(const void* Parent, const FString& Title, const FString& DefaultPath, const FString& DefaultFile,
-							const FString& FileTypes, uint32 Flags, TArray<FString>& OutFilenames) override
-		{
-			return Script ? Script->AnswerFileDialog(OutFilenames)
-						  : FDesktopEditorServices::OpenFileDialog(Parent, Title, DefaultPath, DefaultFile, FileTypes, Flags, OutFilenames);
-		}
-		bool LaunchURL(const FString& URL) override
-		{
-			// A scripted run names the page instead of opening a browser.
-			if (Script)
-			{
-				Script->OnLaunchUrl(URL);
-				return true;
-			}
-			return FDesktopEditorServices::LaunchURL(URL);
-		}
-		FWindowScript* Script = nullptr;
-	};
-}
 
 int main(int ArgC, char** ArgV)
 {
@@ -70,8 +27,6 @@ int main(int ArgC, char** ArgV)
 		return Exit;
 	}
 	const TCHAR* CommandLine = FCommandLine::Get();
-	FString CookModDir;
-	const bool bCook = FParse::Value(CommandLine, TEXT("-Cook="), CookModDir, false);
 	FString ScreenshotPath;
 	const bool bScreenshot = FParse::Value(CommandLine, TEXT("-Screenshot="), ScreenshotPath, false);
 
@@ -86,7 +41,7 @@ int main(int ArgC, char** ArgV)
 	int Result = 0;
 	{
 		FHostWindow Window;
-		TSharedPtr<FHostEditorServices> Services = MakeShared<FHostEditorServices>();
+		TSharedPtr<FScriptedEditorServices> Services = MakeShared<FScriptedEditorServices>();
 		IEditorServices::Set(Services);
 
 		QTimer Frame;
@@ -105,24 +60,20 @@ int main(int ArgC, char** ArgV)
 		Window.RestoreGeometry();
 		Window.show();
 
-		std::unique_ptr<FWindowScript> Script;
-		if (bScreenshot && bCook)
-		{
-			Script = std::make_unique<FWindowScript>(Window, CookModDir, ScreenshotPath);
-			if (FParse::Param(CommandLine, TEXT("Publish")))
+		std::unique_ptr<FWindowScript> Script = FWindowScript::FromCommandLine({
+			[&Window]() -> TSharedPtr<SWidget>
 			{
-				// The login comes from the environment, never from the command line, where others could read it.
-				FWindowScript::FPublication Publication;
-				FParse::Value(CommandLine, TEXT("-PublishTitle="), Publication.Title, false);
-				FParse::Value(CommandLine, TEXT("-PublishDescription="), Publication.Description, false);
-				FParse::Value(CommandLine, TEXT("-PublishPreview="), Publication.PreviewImage, false);
-				Publication.PreviewImage = FPaths::ConvertRelativePathToFull(FString::FromNative(std::filesystem::current_path().string()), Publication.PreviewImage);
-				Publication.SteamUsername = FString::FromUtf8(std::getenv("STEAM_USERNAME") ? std::getenv("STEAM_USERNAME") : "");
-				Publication.SteamPassword = FString::FromUtf8(std::getenv("STEAM_PASSWORD") ? std::getenv("STEAM_PASSWORD") : "");
-				Script->SetPublication(Publication);
-			}
+				TSharedPtr<SDockTab> Tab = Window.FindTab(TEXT("TesselTools"));
+				return Tab ? Tab->GetContent() : nullptr;
+			},
+			[&Window](const FString& Path) { return Window.grab().save(SlateQt::ToQString(Path)); },
+			[](int ExitCode) { QApplication::exit(ExitCode); }});
+		QTimer ScriptFrame;
+		if (Script)
+		{
 			Services->Script = Script.get();
-			Script->Start();
+			QObject::connect(&ScriptFrame, &QTimer::timeout, [&Script] { Script->Step(); });
+			ScriptFrame.start(16);
 		}
 		else if (bScreenshot)
 		{
@@ -136,6 +87,7 @@ int main(int ArgC, char** ArgV)
 		}
 		Result = QApplication::exec();
 		Frame.stop();
+		ScriptFrame.stop();
 		Services->Script = nullptr;
 		Window.CloseAllTabs();
 		IEditorServices::Set(nullptr);

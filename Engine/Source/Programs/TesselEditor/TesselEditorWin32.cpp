@@ -9,11 +9,16 @@
 #include "HAL/PlatformProcess.h"
 #include "HostOptions.h"
 #include "Modules/ModuleManager.h"
+#include "ScriptedEditorServices.h"
 #include "SlateWin32.h"
+#include "WindowScript.h"
 
-#include <wincodec.h>
+#include <fcntl.h>
+#include <io.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <set>
 #include <vector>
 
@@ -85,73 +90,82 @@ namespace
 		SetMenu(State.Window, Bar);
 	}
 
-	// The window's client area as the screen shows it. A window's own drawing into a bitmap comes out blank on
-	// some systems (Wine), so the picture is taken from the screen.
+	// The window's client area as the screen shows it, and how many colours it holds.
 	bool SaveScreenshot(HWND Window, const FString& Path, int& OutColours)
 	{
-		RECT Client;
-		GetClientRect(Window, &Client);
-		POINT Origin{0, 0};
-		ClientToScreen(Window, &Origin);
-		const int Width = Client.right;
-		const int Height = Client.bottom;
-		if (Width <= 0 || Height <= 0)
+		int Width = 0;
+		int Height = 0;
+		std::vector<uint32> Pixels;
+		if (!CapturePixels(Window, Width, Height, Pixels))
 		{
 			return false;
 		}
-		HDC Screen = GetDC(nullptr);
-		HDC Memory = CreateCompatibleDC(Screen);
-		BITMAPINFO Info{};
-		Info.bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
-		Info.bmiHeader.biWidth = Width;
-		Info.bmiHeader.biHeight = -Height;
-		Info.bmiHeader.biPlanes = 1;
-		Info.bmiHeader.biBitCount = 32;
-		Info.bmiHeader.biCompression = BI_RGB;
-		void* Bits = nullptr;
-		HBITMAP Bitmap = CreateDIBSection(Screen, &Info, DIB_RGB_COLORS, &Bits, nullptr, 0);
-		HGDIOBJ Former = SelectObject(Memory, Bitmap);
-		BitBlt(Memory, 0, 0, Width, Height, Screen, Origin.x, Origin.y, SRCCOPY);
-		SelectObject(Memory, Former);
-		DeleteDC(Memory);
-		ReleaseDC(nullptr, Screen);
-		uint32* Pixels = static_cast<uint32*>(Bits);
 		std::set<uint32> Colours;
-		for (int Index = 0; Index < Width * Height && Colours.size() < 100000; ++Index)
+		for (size_t Index = 0; Index < Pixels.size() && Colours.size() < 100000; ++Index)
 		{
-			Pixels[Index] |= 0xFF000000u;
 			Colours.insert(Pixels[Index]);
 		}
 		OutColours = static_cast<int>(Colours.size());
+		return SavePng(Path, Width, Height, Pixels.data());
+	}
 
-		bool bSaved = false;
-		IWICImagingFactory* Factory = nullptr;
-		IWICStream* Stream = nullptr;
-		IWICBitmapEncoder* Encoder = nullptr;
-		IWICBitmapFrameEncode* Frame = nullptr;
-		WICPixelFormatGUID Format = GUID_WICPixelFormat32bppBGRA;
-		if (SUCCEEDED(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&Factory))) &&
-			SUCCEEDED(Factory->CreateStream(&Stream)) && SUCCEEDED(Stream->InitializeFromFilename(Wide(Path).c_str(), GENERIC_WRITE)) &&
-			SUCCEEDED(Factory->CreateEncoder(GUID_ContainerFormatPng, nullptr, &Encoder)) &&
-			SUCCEEDED(Encoder->Initialize(Stream, WICBitmapEncoderNoCache)) && SUCCEEDED(Encoder->CreateNewFrame(&Frame, nullptr)) &&
-			SUCCEEDED(Frame->Initialize(nullptr)) && SUCCEEDED(Frame->SetSize(static_cast<UINT>(Width), static_cast<UINT>(Height))) &&
-			SUCCEEDED(Frame->SetPixelFormat(&Format)) &&
-			SUCCEEDED(Frame->WritePixels(static_cast<UINT>(Height), static_cast<UINT>(Width * 4), static_cast<UINT>(Width * Height * 4),
-										 static_cast<BYTE*>(Bits))) &&
-			SUCCEEDED(Frame->Commit()) && SUCCEEDED(Encoder->Commit()))
+	// The layout a user leaves is kept where the Linux host's settings go on Windows: the window's place and size
+	// and the open tab, in the user's part of the registry.
+	constexpr const wchar_t* LayoutKey = L"Software\\Tessel\\TesselEditor";
+
+	void SaveLayout()
+	{
+		FHost& State = Host();
+		HKEY Key = nullptr;
+		if (RegCreateKeyExW(HKEY_CURRENT_USER, LayoutKey, 0, nullptr, 0, KEY_SET_VALUE, nullptr, &Key, nullptr) != ERROR_SUCCESS)
 		{
-			bSaved = true;
+			return;
 		}
-		for (IUnknown* Each : {static_cast<IUnknown*>(Frame), static_cast<IUnknown*>(Encoder), static_cast<IUnknown*>(Stream),
-							   static_cast<IUnknown*>(Factory)})
+		WINDOWPLACEMENT Placement{sizeof(WINDOWPLACEMENT)};
+		if (GetWindowPlacement(State.Window, &Placement))
 		{
-			if (Each)
-			{
-				Each->Release();
-			}
+			RegSetValueExW(Key, L"Placement", 0, REG_BINARY, reinterpret_cast<const BYTE*>(&Placement), sizeof(Placement));
 		}
-		DeleteObject(Bitmap);
-		return bSaved;
+		const std::wstring Tab = Wide(State.TabId);
+		RegSetValueExW(Key, L"OpenTab", 0, REG_SZ, reinterpret_cast<const BYTE*>(Tab.c_str()), static_cast<DWORD>((Tab.size() + 1) * sizeof(wchar_t)));
+		RegCloseKey(Key);
+	}
+
+	// The place kept, fitted to the work area of the screen it is on now: a screen may have become smaller, or
+	// the scale larger, since. A kept place that can't be read is no place.
+	bool RestorePlacement(HWND Window)
+	{
+		WINDOWPLACEMENT Placement{};
+		DWORD Size = sizeof(Placement);
+		if (RegGetValueW(HKEY_CURRENT_USER, LayoutKey, L"Placement", RRF_RT_REG_BINARY, nullptr, &Placement, &Size) != ERROR_SUCCESS ||
+			Size != sizeof(Placement) || Placement.length != sizeof(Placement))
+		{
+			return false;
+		}
+		RECT& Place = Placement.rcNormalPosition;
+		MONITORINFO Monitor{sizeof(MONITORINFO)};
+		GetMonitorInfoW(MonitorFromRect(&Place, MONITOR_DEFAULTTOPRIMARY), &Monitor);
+		const RECT& Work = Monitor.rcWork;
+		const LONG Width = std::clamp<LONG>(Place.right - Place.left, 200, Work.right - Work.left);
+		const LONG Height = std::clamp<LONG>(Place.bottom - Place.top, 150, Work.bottom - Work.top);
+		Place.left = std::clamp<LONG>(Place.left, Work.left, Work.right - Width);
+		Place.top = std::clamp<LONG>(Place.top, Work.top, Work.bottom - Height);
+		Place.right = Place.left + Width;
+		Place.bottom = Place.top + Height;
+		Placement.showCmd = Placement.showCmd == SW_SHOWMAXIMIZED ? SW_SHOWMAXIMIZED : SW_SHOWNORMAL;
+		Placement.flags = 0;
+		return SetWindowPlacement(Window, &Placement) != FALSE;
+	}
+
+	FString KeptTab()
+	{
+		wchar_t Tab[256] = {};
+		DWORD Size = sizeof(Tab);
+		if (RegGetValueW(HKEY_CURRENT_USER, LayoutKey, L"OpenTab", RRF_RT_REG_SZ, nullptr, Tab, &Size) != ERROR_SUCCESS)
+		{
+			return FString();
+		}
+		return FromWide(Tab);
 	}
 
 	HWND MakeMainWindow()
@@ -170,6 +184,8 @@ namespace
 			}
 			if (Message == WM_CLOSE)
 			{
+				// Closed by its user: the layout is kept for the next start.
+				SaveLayout();
 				State.bQuit = true;
 				Result = 0;
 				return true;
@@ -190,6 +206,9 @@ namespace
 
 int main(int ArgC, char** ArgV)
 {
+	// Lines end with LF as on Linux, so that a script reads the same bytes from either host.
+	_setmode(_fileno(stdout), _O_BINARY);
+	_setmode(_fileno(stderr), _O_BINARY);
 	int Exit = 0;
 	if (HostOptions::RunWithoutWindow(ArgC, ArgV, Exit))
 	{
@@ -198,12 +217,6 @@ int main(int ArgC, char** ArgV)
 	const TCHAR* CommandLine = FCommandLine::Get();
 	FString ScreenshotPath;
 	const bool bScreenshot = FParse::Value(CommandLine, TEXT("-Screenshot="), ScreenshotPath, false);
-	FString CookModDir;
-	if (FParse::Param(CommandLine, TEXT("Publish")) || FParse::Value(CommandLine, TEXT("-Cook="), CookModDir, false))
-	{
-		std::fprintf(stderr, "A cook or a publication through the window is not scripted on Windows yet; use TesselCmd.\n");
-		return 2;
-	}
 
 	FSlateApplication::Create(ArgC, ArgV);
 	// The module sits beside the program, as the folder is copied.
@@ -214,21 +227,53 @@ int main(int ArgC, char** ArgV)
 		return 1;
 	}
 	{
-		TSharedPtr<FDesktopEditorServices> Services = MakeShared<FDesktopEditorServices>();
+		TSharedPtr<FScriptedEditorServices> Services = MakeShared<FScriptedEditorServices>();
 		IEditorServices::Set(Services);
 		FHost& State = Host();
 		State.Window = MakeMainWindow();
 		BuildMenu();
-		// The scripted run and -OpenTab open the tool's tab; so does a start with no tab to come back to.
-		OpenTab(TEXT("TesselTools"));
+		// -Screenshot and -OpenTab open the tool's tab; so does a start with no tab to come back to. A scripted
+		// cook keeps the first size, so that its pictures are alike whatever a user left.
+		FString ScriptedMod;
+		const bool bScripted = bScreenshot && FParse::Value(CommandLine, TEXT("-Cook="), ScriptedMod, false);
+		const FString Kept = bScreenshot || FParse::Param(CommandLine, TEXT("OpenTab")) ? FString() : KeptTab();
+		if (Kept.IsEmpty() || !OpenTab(Kept))
+		{
+			OpenTab(TEXT("TesselTools"));
+		}
+		if (!bScripted)
+		{
+			RestorePlacement(State.Window);
+		}
 		ShowWindow(State.Window, SW_SHOW);
 		UpdateWindow(State.Window);
+
+		std::unique_ptr<FWindowScript> Script = FWindowScript::FromCommandLine({
+			[]() -> TSharedPtr<SWidget> { return Host().Tab ? Host().Tab->GetContent() : nullptr; },
+			[](const FString& Path)
+			{
+				RedrawWindow(Host().Window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+				int Colours = 0;
+				// A window with nothing drawn in it holds one or two colours.
+				return SaveScreenshot(Host().Window, Path, Colours) && Colours > 16;
+			},
+			[&Exit](int ExitCode)
+			{
+				Exit = ExitCode;
+				Host().bQuit = true;
+			}});
+		Services->Script = Script.get();
 
 		int Frames = 0;
 		while (!State.bQuit)
 		{
 			MsgWaitForMultipleObjects(0, nullptr, FALSE, 16, QS_ALLINPUT);
 			FSlateApplication::Get().Tick(1.0f / 60.0f);
+			if (Script)
+			{
+				Script->Step();
+				continue;
+			}
 			// A few frames so that bound values and lazily loaded images are drawn, then the picture.
 			if (bScreenshot && ++Frames == 30)
 			{
@@ -242,6 +287,7 @@ int main(int ArgC, char** ArgV)
 				State.bQuit = true;
 			}
 		}
+		Services->Script = nullptr;
 		CloseTab();
 		DestroyWindow(State.Window);
 		IEditorServices::Set(nullptr);

@@ -1,9 +1,6 @@
-#include "SlateQtBackend.h"
 #include "WindowScript.h"
 
-#include <QApplication>
-
-#include "HostWindow.h"
+#include "Misc/Paths.h"
 #include "Widgets/Input/SButton.h"
 #include "Widgets/Input/SEditableText.h"
 #include "Widgets/Input/SHyperlink.h"
@@ -11,15 +8,11 @@
 #include "Widgets/Views/STableViewBase.h"
 
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 
 namespace
 {
-	TSharedPtr<SWidget> ToolOf(const FHostWindow& Window)
-	{
-		TSharedPtr<SDockTab> Tab = Window.FindTab(TEXT("TesselTools"));
-		return Tab ? Tab->GetContent() : nullptr;
-	}
-
 	// The tool's two lists in the order of its layout: the mods, then the log.
 	TSharedPtr<STableViewBase> ListOf(const TSharedPtr<SWidget>& Tool, int32 Which)
 	{
@@ -59,21 +52,41 @@ namespace
 	}
 }
 
-FWindowScript::FWindowScript(FHostWindow& InWindow, const FString& InModDir, const FString& InPicturePath)
-	: Window(InWindow), ModDir(InModDir), PicturePath(InPicturePath)
+FWindowScript::FWindowScript(FHost InHost, const FString& InModDir, const FString& InPicturePath)
+	: Host(std::move(InHost)), ModDir(InModDir), PicturePath(InPicturePath)
 {
-	QObject::connect(&Timer, &QTimer::timeout, [this] { Step(); });
+}
+
+std::unique_ptr<FWindowScript> FWindowScript::FromCommandLine(FHost InHost)
+{
+	const TCHAR* CommandLine = FCommandLine::Get();
+	FString CookModDir;
+	FString PicturePath;
+	if (!FParse::Value(CommandLine, TEXT("-Cook="), CookModDir, false) || !FParse::Value(CommandLine, TEXT("-Screenshot="), PicturePath, false))
+	{
+		return nullptr;
+	}
+	auto Script = std::make_unique<FWindowScript>(std::move(InHost), CookModDir, PicturePath);
+	if (FParse::Param(CommandLine, TEXT("Publish")))
+	{
+		// The login comes from the environment, never from the command line, where others could read it.
+		FPublication Publication;
+		FParse::Value(CommandLine, TEXT("-PublishTitle="), Publication.Title, false);
+		FParse::Value(CommandLine, TEXT("-PublishDescription="), Publication.Description, false);
+		FParse::Value(CommandLine, TEXT("-PublishPreview="), Publication.PreviewImage, false);
+		const std::u8string Here = std::filesystem::current_path().u8string();
+		Publication.PreviewImage = FPaths::ConvertRelativePathToFull(FString::FromUtf8(std::string(Here.begin(), Here.end())), Publication.PreviewImage);
+		Publication.SteamUsername = FString::FromUtf8(std::getenv("STEAM_USERNAME") ? std::getenv("STEAM_USERNAME") : "");
+		Publication.SteamPassword = FString::FromUtf8(std::getenv("STEAM_PASSWORD") ? std::getenv("STEAM_PASSWORD") : "");
+		Script->SetPublication(Publication);
+	}
+	return Script;
 }
 
 void FWindowScript::SetPublication(const FPublication& InPublication)
 {
 	Publication = InPublication;
 	bPublish = true;
-}
-
-void FWindowScript::Start()
-{
-	Timer.start(16);
 }
 
 void FWindowScript::OnDialog(const FString& Title, const FString& Body)
@@ -116,7 +129,7 @@ void FWindowScript::OnLaunchUrl(const FString& Url)
 
 void FWindowScript::MirrorLog()
 {
-	TSharedPtr<STableViewBase> Log = ListOf(ToolOf(Window), 1);
+	TSharedPtr<STableViewBase> Log = ListOf(Host.FindTool(), 1);
 	if (!Log)
 	{
 		return;
@@ -135,7 +148,7 @@ void FWindowScript::MirrorLog()
 
 bool FWindowScript::SavePicture(const FString& Path)
 {
-	if (!Window.grab().save(SlateQt::ToQString(Path)))
+	if (!Host.SavePicture(Path))
 	{
 		return false;
 	}
@@ -145,7 +158,11 @@ bool FWindowScript::SavePicture(const FString& Path)
 
 void FWindowScript::Step()
 {
-	TSharedPtr<SWidget> Tool = ToolOf(Window);
+	if (bFinished)
+	{
+		return;
+	}
+	TSharedPtr<SWidget> Tool = Host.FindTool();
 	if (!Tool)
 	{
 		Finish(1, "The tool's tab is not open");
@@ -282,11 +299,11 @@ void FWindowScript::Step()
 
 void FWindowScript::Finish(int ExitCode, const char* Message)
 {
-	Timer.stop();
+	bFinished = true;
 	if (Message)
 	{
 		std::fprintf(stderr, "%s\n", Message);
 	}
 	std::fflush(stdout);
-	QApplication::exit(ExitCode);
+	Host.Quit(ExitCode);
 }

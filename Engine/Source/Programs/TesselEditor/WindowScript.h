@@ -1,12 +1,10 @@
 #pragma once
 
-#include <QObject>
-#include <QTimer>
-
 #include "CoreMinimal.h"
 #include "Widgets/SWindow.h"
 
-class FHostWindow;
+#include <functional>
+#include <memory>
 
 // Drives the tool in its window as a mod author would, for the demo and its test:
 //
@@ -17,9 +15,17 @@ class FHostWindow;
 //    on "View Item on Steam Workshop" to print the item's address, and a second picture.
 //
 // The application then quits with 0 when the cook was successful (and the item published, when asked), else 1.
-class FWindowScript : public QObject
+// The host calls Step once a frame and lends what only it has: the tool's tab, a picture of its window, the end.
+class FWindowScript
 {
 public:
+	struct FHost
+	{
+		std::function<TSharedPtr<SWidget>()> FindTool;
+		std::function<bool(const FString& Path)> SavePicture;
+		std::function<void(int ExitCode)> Quit;
+	};
+
 	struct FPublication
 	{
 		FString Title;
@@ -29,9 +35,13 @@ public:
 		FString SteamPassword;
 	};
 
-	FWindowScript(FHostWindow& InWindow, const FString& InModDir, const FString& InPicturePath);
+	FWindowScript(FHost InHost, const FString& InModDir, const FString& InPicturePath);
+	// The script the command line asks for (-Cook= with -Screenshot=, and -Publish with its -Publish... values
+	// and the login from STEAM_USERNAME and STEAM_PASSWORD), or none.
+	static std::unique_ptr<FWindowScript> FromCommandLine(FHost InHost);
 	void SetPublication(const FPublication& InPublication);
-	void Start();
+	// One step a frame until the script has quit.
+	void Step();
 
 	// What the host's services hand on while the script runs: dialogs, the modal login window, the file
 	// dialog's answer and the address that "View Item" opens.
@@ -41,7 +51,6 @@ public:
 	void OnLaunchUrl(const FString& Url);
 
 private:
-	void Step();
 	void Finish(int ExitCode, const char* Message);
 	void MirrorLog();
 	bool SavePicture(const FString& Path);
@@ -57,12 +66,12 @@ private:
 		SettleAfterUpload,
 	};
 
-	FHostWindow& Window;
+	FHost Host;
+	bool bFinished = false;
 	FString ModDir;
 	FString PicturePath;
 	bool bPublish = false;
 	FPublication Publication;
-	QTimer Timer;
 	EStage Stage = EStage::SelectMod;
 	int32 LinesShown = 0;
 	int32 Frames = 0;
