@@ -9,6 +9,7 @@
 #include "Widgets/Input/SButton.h"
 #include "Widgets/Input/SEditableTextBox.h"
 #include "Widgets/Input/SMultiLineEditableTextBox.h"
+#include "Widgets/Layout/SBox.h"
 #include "Styling/SlateBrush.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/SWindow.h"
@@ -140,6 +141,22 @@ TEST(Win32WidgetTests, ABoxFilledBeforeItHasAWidthShowsItsTextFromTheStart)
 	EXPECT_EQ(LOWORD(First), 0);
 	Type(Edit, L"!");
 	EXPECT_EQ(Typed, FString(TEXT("Alpha,Beta!")));
+}
+
+TEST(Win32WidgetTests, ALabelBesideATallerBoxStandsCentredAtItsOwnHeight)
+{
+	// As a form's label beside a picture: the system draws a label's lines from its top, so the label's window
+	// is only as tall as its text, in the middle of the row.
+	TSharedRef<STextBlock> Label = SNew(STextBlock).Text(FText::FromString(TEXT("Preview Image")));
+	TSharedRef<SHorizontalBox> Row = SNew(SHorizontalBox)
+		+ SHorizontalBox::Slot().AutoWidth()[Label]
+		+ SHorizontalBox::Slot().AutoWidth()[SNew(SBox).WidthOverride(128).HeightOverride(128)];
+	FShown Shown(SNew(SVerticalBox) + SVerticalBox::Slot().AutoHeight()[Row]);
+	const RECT Place = PlaceInWindow(FindHwnd(*Label), Shown.Native);
+	const RECT Whole = PlaceInWindow(FindHwnd(*Row), Shown.Native);
+	const LONG Own = static_cast<LONG>(Label->ComputeDesiredSize(GetScale()).Height);
+	EXPECT_EQ(Place.bottom - Place.top, Own);
+	EXPECT_NEAR((Place.top + Place.bottom) / 2.0, (Whole.top + Whole.bottom) / 2.0, 1.0);
 }
 
 TEST(Win32WidgetTests, ArrowKeysSelectRowsAndATreeRebuiltInTheListsOwnEventLives)

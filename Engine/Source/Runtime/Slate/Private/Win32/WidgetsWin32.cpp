@@ -495,6 +495,9 @@ FNativeWidget* STextBlock::CreateNativeWidget()
 	const DWORD Align = Justification == ETextJustify::Center ? SS_CENTER : Justification == ETextJustify::Right ? SS_RIGHT : SS_LEFT;
 	HWND Label = MakeControl(L"STATIC", FString(), SS_NOPREFIX | (bAutoWrap ? Align : (Align == SS_LEFT ? SS_LEFTNOWORDWRAP : Align)));
 	FWin32Node* Node = NodeOf(Label);
+	// The system draws a label's lines from the top of its window; in a taller slot the label stands centred at
+	// its own height, as labels read beside a taller box on the other backend.
+	Node->bFixedHeight = true;
 	if (bEmbossed)
 	{
 		// Raised lettering: a larger bold face over a lighter copy of itself, a pixel down and right.
