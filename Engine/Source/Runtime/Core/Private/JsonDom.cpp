@@ -1,6 +1,7 @@
 #include "Dom/JsonObject.h"
 
 #include <charconv>
+#include <vector>
 
 namespace
 {

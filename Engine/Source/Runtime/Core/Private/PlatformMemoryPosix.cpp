@@ -12,9 +12,14 @@ namespace
 	// the system can back it with them from its first byte.
 	constexpr uintptr_t HugePageBytes = uintptr_t(2) << 20;
 
+	size_t PageBytes()
+	{
+		return static_cast<size_t>(sysconf(_SC_PAGESIZE));
+	}
+
 	size_t RoundToPages(size_t Bytes)
 	{
-		const size_t Page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+		const size_t Page = PageBytes();
 		return (Bytes + Page - 1) / Page * Page;
 	}
 }
@@ -35,9 +40,10 @@ int64 FPlatformMemory::GetResidentKilobytes()
 
 void* FPlatformMemory::AllocateLargeBlock(size_t Bytes)
 {
-	const size_t Kept = RoundToPages(Bytes);
-	const size_t Mapped = Kept + HugePageBytes;
-	void* Region = mmap(nullptr, Mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+	const size_t Reserved = LargeBlockReservation(Bytes, PageBytes());
+	const size_t Mapped = Reserved + HugePageBytes;
+	// Reserved address space only: the pages become usable as the block grows over them.
+	void* Region = mmap(nullptr, Mapped, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
 	if (Region == MAP_FAILED)
 	{
 		return nullptr;
@@ -49,20 +55,39 @@ void* FPlatformMemory::AllocateLargeBlock(size_t Bytes)
 	{
 		munmap(Region, Aligned - Start);
 	}
-	const size_t Tail = Mapped - (Aligned - Start) - Kept;
+	const size_t Tail = Mapped - (Aligned - Start) - Reserved;
 	if (Tail > 0)
 	{
-		munmap(reinterpret_cast<void*>(Aligned + Kept), Tail);
+		munmap(reinterpret_cast<void*>(Aligned + Reserved), Tail);
+	}
+	void* Block = reinterpret_cast<void*>(Aligned);
+	if (mprotect(Block, RoundToPages(Bytes), PROT_READ | PROT_WRITE) != 0)
+	{
+		munmap(Block, Reserved);
+		return nullptr;
 	}
 	// Only advice: without huge pages the block works the same, page by page.
-	madvise(reinterpret_cast<void*>(Aligned), Kept, MADV_HUGEPAGE);
-	return reinterpret_cast<void*>(Aligned);
+	madvise(Block, Reserved, MADV_HUGEPAGE);
+	return Block;
+}
+
+bool FPlatformMemory::GrowLargeBlock(void* Block, size_t Bytes, size_t NewBytes)
+{
+	const size_t Page = PageBytes();
+	const size_t Usable = RoundToPages(NewBytes);
+	if (Usable > LargeBlockReservation(Bytes, Page))
+	{
+		return false;
+	}
+	const size_t Open = RoundToPages(Bytes);
+	return Usable <= Open ||
+		   mprotect(static_cast<char*>(Block) + Open, Usable - Open, PROT_READ | PROT_WRITE) == 0;
 }
 
 void FPlatformMemory::FreeLargeBlock(void* Block, size_t Bytes)
 {
 	if (Block)
 	{
-		munmap(Block, RoundToPages(Bytes));
+		munmap(Block, LargeBlockReservation(Bytes, PageBytes()));
 	}
 }

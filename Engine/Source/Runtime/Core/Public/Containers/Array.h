@@ -4,56 +4,20 @@
 #include "HAL/PlatformMemory.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <initializer_list>
+#include <limits>
 #include <memory>
 #include <new>
-#include <iterator>
+#include <type_traits>
 #include <utility>
-#include <vector>
-
-// Gives TArray its storage: from the heap, or for a large array a block of its own from the system, so that
-// doubling an array of a million entries does not stall on faulting in its fresh pages one by one.
-template <typename T>
-struct TArrayAllocator
-{
-	using value_type = T;
-
-	TArrayAllocator() = default;
-	template <typename U>
-	TArrayAllocator(const TArrayAllocator<U>&)
-	{
-	}
-
-	T* allocate(size_t Count)
-	{
-		if (Count * sizeof(T) < FPlatformMemory::LargeBlockBytes)
-		{
-			return std::allocator<T>().allocate(Count);
-		}
-		if (void* Block = FPlatformMemory::AllocateLargeBlock(Count * sizeof(T)))
-		{
-			return static_cast<T*>(Block);
-		}
-		throw std::bad_alloc();
-	}
-	void deallocate(T* Items, size_t Count)
-	{
-		if (Count * sizeof(T) < FPlatformMemory::LargeBlockBytes)
-		{
-			std::allocator<T>().deallocate(Items, Count);
-			return;
-		}
-		FPlatformMemory::FreeLargeBlock(Items, Count * sizeof(T));
-	}
-
-	template <typename U>
-	bool operator==(const TArrayAllocator<U>&) const
-	{
-		return true;
-	}
-};
 
 // The engine's dynamic array: contiguous storage, signed 32-bit counts, indices checked in every build.
+//
+// Small arrays live on the heap. Past a few megabytes the storage is a block of its own from the system, in
+// address space reserved for it to grow into, so that a log of a million lines grows in place: doubling by
+// moving every element into fresh pages stalled a frame for tens of milliseconds where first touches of a
+// page are slow (Wine), and the fresh pages are now touched only as elements arrive.
 template <typename T>
 class TArray
 {
@@ -61,47 +25,71 @@ public:
 	using ElementType = T;
 
 	TArray() = default;
-	TArray(std::initializer_list<T> Init) : Items(Init) {}
-	TArray(const T* Ptr, int32 Count) : Items(Ptr, Ptr + Count) {}
+	TArray(std::initializer_list<T> Init) { Append(Init.begin(), static_cast<int32>(Init.size())); }
+	TArray(const T* Ptr, int32 Count) { Append(Ptr, Count); }
+	TArray(const TArray& Other) { Append(Other.Data, Other.ArrayNum); }
+	TArray(TArray&& Other) noexcept : Data(Other.Data), ArrayNum(Other.ArrayNum), ArrayMax(Other.ArrayMax)
+	{
+		Other.Data = nullptr;
+		Other.ArrayNum = 0;
+		Other.ArrayMax = 0;
+	}
+	TArray& operator=(const TArray& Other)
+	{
+		if (this != &Other)
+		{
+			Reset();
+			Append(Other.Data, Other.ArrayNum);
+		}
+		return *this;
+	}
+	TArray& operator=(TArray&& Other) noexcept
+	{
+		if (this != &Other)
+		{
+			Release();
+			std::swap(Data, Other.Data);
+			std::swap(ArrayNum, Other.ArrayNum);
+			std::swap(ArrayMax, Other.ArrayMax);
+		}
+		return *this;
+	}
+	~TArray() { Release(); }
 
-	int32 Num() const { return static_cast<int32>(Items.size()); }
-	bool IsEmpty() const { return Items.empty(); }
-	bool IsValidIndex(int32 Index) const { return Index >= 0 && Index < Num(); }
-	int32 Max() const { return static_cast<int32>(Items.capacity()); }
+	int32 Num() const { return ArrayNum; }
+	bool IsEmpty() const { return ArrayNum == 0; }
+	bool IsValidIndex(int32 Index) const { return Index >= 0 && Index < ArrayNum; }
+	int32 Max() const { return ArrayMax; }
 
 	T& operator[](int32 Index)
 	{
 		check(IsValidIndex(Index));
-		return Items[static_cast<size_t>(Index)];
+		return Data[Index];
 	}
 	const T& operator[](int32 Index) const
 	{
 		check(IsValidIndex(Index));
-		return Items[static_cast<size_t>(Index)];
+		return Data[Index];
 	}
 
-	T* GetData() { return Items.data(); }
-	const T* GetData() const { return Items.data(); }
+	T* GetData() { return Data; }
+	const T* GetData() const { return Data; }
 
-	T& Last(int32 IndexFromEnd = 0) { return (*this)[Num() - 1 - IndexFromEnd]; }
-	const T& Last(int32 IndexFromEnd = 0) const { return (*this)[Num() - 1 - IndexFromEnd]; }
+	T& Last(int32 IndexFromEnd = 0) { return (*this)[ArrayNum - 1 - IndexFromEnd]; }
+	const T& Last(int32 IndexFromEnd = 0) const { return (*this)[ArrayNum - 1 - IndexFromEnd]; }
 	T& Top() { return Last(); }
 
-	int32 Add(const T& Item)
-	{
-		Items.push_back(Item);
-		return Num() - 1;
-	}
-	int32 Add(T&& Item)
-	{
-		Items.push_back(std::move(Item));
-		return Num() - 1;
-	}
+	int32 Add(const T& Item) { return Emplace(Item); }
+	int32 Add(T&& Item) { return Emplace(std::move(Item)); }
 	template <typename... ArgsType>
 	int32 Emplace(ArgsType&&... Args)
 	{
-		Items.emplace_back(std::forward<ArgsType>(Args)...);
-		return Num() - 1;
+		if (ArrayNum == ArrayMax)
+		{
+			return EmplaceGrowing(std::forward<ArgsType>(Args)...);
+		}
+		::new (static_cast<void*>(Data + ArrayNum)) T(std::forward<ArgsType>(Args)...);
+		return ArrayNum++;
 	}
 	int32 AddUnique(const T& Item)
 	{
@@ -110,8 +98,9 @@ public:
 	}
 	int32 AddDefaulted(int32 Count = 1)
 	{
-		const int32 First = Num();
-		Items.resize(Items.size() + static_cast<size_t>(Count));
+		check(Count >= 0);
+		const int32 First = ArrayNum;
+		SetNum(ArrayNum + Count);
 		return First;
 	}
 	int32 AddZeroed(int32 Count = 1) { return AddDefaulted(Count); }
@@ -119,23 +108,45 @@ public:
 
 	void Insert(const T& Item, int32 Index)
 	{
-		check(Index >= 0 && Index <= Num());
-		Items.insert(Items.begin() + Index, Item);
+		check(Index >= 0 && Index <= ArrayNum);
+		Emplace(Item);
+		std::rotate(Data + Index, Data + ArrayNum - 1, Data + ArrayNum);
 	}
 
-	void Append(const TArray& Other) { Items.insert(Items.end(), Other.Items.begin(), Other.Items.end()); }
+	void Append(const TArray& Other) { Append(Other.Data, Other.ArrayNum); }
 	// Moves Other's elements to the end and empties Other, which keeps its room for reuse.
 	void Append(TArray&& Other)
 	{
-		Items.insert(Items.end(), std::make_move_iterator(Other.Items.begin()), std::make_move_iterator(Other.Items.end()));
-		Other.Items.clear();
+		check(&Other != this);
+		ReserveGrowing(Other.ArrayNum);
+		std::uninitialized_move(Other.Data, Other.Data + Other.ArrayNum, Data + ArrayNum);
+		ArrayNum += Other.ArrayNum;
+		Other.Reset();
 	}
-	void Append(const T* Ptr, int32 Count) { Items.insert(Items.end(), Ptr, Ptr + Count); }
+	void Append(const T* Ptr, int32 Count)
+	{
+		check(Count >= 0);
+		if (Count == 0)
+		{
+			return;
+		}
+		if (Ptr >= Data && Ptr < Data + ArrayNum && ArrayNum + int64(Count) > ArrayMax)
+		{
+			// Growing may move the elements being copied: copy them out first.
+			TArray Copied(Ptr, Count);
+			Append(std::move(Copied));
+			return;
+		}
+		ReserveGrowing(Count);
+		std::uninitialized_copy(Ptr, Ptr + Count, Data + ArrayNum);
+		ArrayNum += Count;
+	}
 
 	void RemoveAt(int32 Index, int32 Count = 1)
 	{
-		check(Count >= 0 && Index >= 0 && Index + Count <= Num());
-		Items.erase(Items.begin() + Index, Items.begin() + Index + Count);
+		check(Count >= 0 && Index >= 0 && int64(Index) + Count <= ArrayNum);
+		std::move(Data + Index + Count, Data + ArrayNum, Data + Index);
+		ShrinkTo(ArrayNum - Count);
 	}
 
 	// Removes every element equal to Item; returns how many went.
@@ -147,40 +158,58 @@ public:
 	template <typename PredicateType>
 	int32 RemoveAll(PredicateType Predicate)
 	{
-		const size_t Before = Items.size();
-		Items.erase(std::remove_if(Items.begin(), Items.end(), Predicate), Items.end());
-		return static_cast<int32>(Before - Items.size());
+		const int32 Before = ArrayNum;
+		ShrinkTo(static_cast<int32>(std::remove_if(Data, Data + ArrayNum, Predicate) - Data));
+		return Before - ArrayNum;
 	}
 
 	// Empties the array; with no slack the storage is given back too.
 	void Empty(int32 Slack = 0)
 	{
-		Items.clear();
+		Reset();
 		if (Slack <= 0)
 		{
-			Items.shrink_to_fit();
+			Release();
 		}
 		else
 		{
-			Items.reserve(static_cast<size_t>(Slack));
+			Reserve(Slack);
 		}
 	}
-	void Reset() { Items.clear(); }
-	void Reserve(int32 Count) { Items.reserve(static_cast<size_t>(Count)); }
-	void SetNum(int32 Count) { Items.resize(static_cast<size_t>(Count)); }
-	void SetNumZeroed(int32 Count) { Items.resize(static_cast<size_t>(Count)); }
+	void Reset() { ShrinkTo(0); }
+	void Reserve(int32 Count)
+	{
+		if (Count > ArrayMax)
+		{
+			Reallocate(Count);
+		}
+	}
+	// Grows with value-initialised elements (zeroes for plain types) or drops elements from the end.
+	void SetNum(int32 Count)
+	{
+		check(Count >= 0);
+		if (Count <= ArrayNum)
+		{
+			ShrinkTo(Count);
+			return;
+		}
+		ReserveGrowing(Count - ArrayNum);
+		std::uninitialized_value_construct(Data + ArrayNum, Data + Count);
+		ArrayNum = Count;
+	}
+	void SetNumZeroed(int32 Count) { SetNum(Count); }
 	T Pop()
 	{
 		T Result = std::move(Last());
-		Items.pop_back();
+		ShrinkTo(ArrayNum - 1);
 		return Result;
 	}
 
 	int32 Find(const T& Item) const
 	{
-		for (int32 Index = 0; Index < Num(); ++Index)
+		for (int32 Index = 0; Index < ArrayNum; ++Index)
 		{
-			if (Items[static_cast<size_t>(Index)] == Item)
+			if (Data[Index] == Item)
 			{
 				return Index;
 			}
@@ -192,9 +221,9 @@ public:
 	template <typename PredicateType>
 	int32 IndexOfByPredicate(PredicateType Predicate) const
 	{
-		for (int32 Index = 0; Index < Num(); ++Index)
+		for (int32 Index = 0; Index < ArrayNum; ++Index)
 		{
-			if (Predicate(Items[static_cast<size_t>(Index)]))
+			if (Predicate(Data[Index]))
 			{
 				return Index;
 			}
@@ -205,7 +234,7 @@ public:
 	const T* FindByPredicate(PredicateType Predicate) const
 	{
 		const int32 Index = IndexOfByPredicate(Predicate);
-		return Index == INDEX_NONE ? nullptr : &Items[static_cast<size_t>(Index)];
+		return Index == INDEX_NONE ? nullptr : Data + Index;
 	}
 	template <typename PredicateType>
 	bool ContainsByPredicate(PredicateType Predicate) const
@@ -213,25 +242,167 @@ public:
 		return IndexOfByPredicate(Predicate) != INDEX_NONE;
 	}
 
-	void Sort() { std::sort(Items.begin(), Items.end()); }
+	void Sort() { std::sort(Data, Data + ArrayNum); }
 	template <typename PredicateType>
 	void Sort(PredicateType Predicate)
 	{
-		std::sort(Items.begin(), Items.end(), Predicate);
+		std::sort(Data, Data + ArrayNum, Predicate);
 	}
 
-	bool operator==(const TArray& Other) const { return Items == Other.Items; }
-	bool operator!=(const TArray& Other) const { return Items != Other.Items; }
+	bool operator==(const TArray& Other) const
+	{
+		return ArrayNum == Other.ArrayNum && std::equal(Data, Data + ArrayNum, Other.Data);
+	}
+	bool operator!=(const TArray& Other) const { return !(*this == Other); }
 
-	auto begin() { return Items.begin(); }
-	auto end() { return Items.end(); }
-	auto begin() const { return Items.begin(); }
-	auto end() const { return Items.end(); }
-
-	// Access to the standard container for code at the platform edge.
-	std::vector<T, TArrayAllocator<T>>& GetStd() { return Items; }
-	const std::vector<T, TArrayAllocator<T>>& GetStd() const { return Items; }
+	T* begin() { return Data; }
+	T* end() { return Data + ArrayNum; }
+	const T* begin() const { return Data; }
+	const T* end() const { return Data + ArrayNum; }
 
 private:
-	std::vector<T, TArrayAllocator<T>> Items;
+	static size_t BytesFor(int32 Count) { return static_cast<size_t>(Count) * sizeof(T); }
+	static bool IsLarge(int32 Count) { return BytesFor(Count) >= FPlatformMemory::LargeBlockBytes; }
+
+	static T* AllocateItems(int32 Count)
+	{
+		if (!IsLarge(Count))
+		{
+			return std::allocator<T>().allocate(static_cast<size_t>(Count));
+		}
+		if (void* Block = FPlatformMemory::AllocateLargeBlock(BytesFor(Count)))
+		{
+			return static_cast<T*>(Block);
+		}
+		throw std::bad_alloc();
+	}
+	static void FreeItems(T* Items, int32 Count)
+	{
+		if (!Items)
+		{
+			return;
+		}
+		if (!IsLarge(Count))
+		{
+			std::allocator<T>().deallocate(Items, static_cast<size_t>(Count));
+			return;
+		}
+		FPlatformMemory::FreeLargeBlock(Items, BytesFor(Count));
+	}
+
+	// Room for at least Wanted elements: doubling, so that adding one at a time costs constant time each.
+	int32 GrownMax(int64 Wanted) const
+	{
+		constexpr int64 Limit = std::numeric_limits<int32>::max();
+		if (Wanted > Limit)
+		{
+			throw std::bad_alloc();
+		}
+		return static_cast<int32>(std::min(Limit, std::max<int64>({Wanted, int64(ArrayMax) * 2, 4})));
+	}
+
+	// A large block grows in place while its reserved address space lasts; nothing moves then.
+	bool TryGrowInPlace(int32 NewMax)
+	{
+		if (!Data || !IsLarge(ArrayMax) || !FPlatformMemory::GrowLargeBlock(Data, BytesFor(ArrayMax), BytesFor(NewMax)))
+		{
+			return false;
+		}
+		ArrayMax = NewMax;
+		return true;
+	}
+	void Reallocate(int32 NewMax)
+	{
+		if (TryGrowInPlace(NewMax))
+		{
+			return;
+		}
+		T* NewData = AllocateItems(NewMax);
+		try
+		{
+			RelocateInto(NewData);
+		}
+		catch (...)
+		{
+			FreeItems(NewData, NewMax);
+			throw;
+		}
+		Adopt(NewData, NewMax);
+	}
+	void RelocateInto(T* NewData)
+	{
+		if constexpr (std::is_nothrow_move_constructible_v<T> || !std::is_copy_constructible_v<T>)
+		{
+			std::uninitialized_move(Data, Data + ArrayNum, NewData);
+		}
+		else
+		{
+			std::uninitialized_copy(Data, Data + ArrayNum, NewData);
+		}
+		std::destroy(Data, Data + ArrayNum);
+	}
+	void ReserveGrowing(int32 Extra)
+	{
+		if (ArrayNum + int64(Extra) > ArrayMax)
+		{
+			Reallocate(GrownMax(ArrayNum + int64(Extra)));
+		}
+	}
+
+	// The new element is made before any old one moves: its arguments may be one of them.
+	template <typename... ArgsType>
+	int32 EmplaceGrowing(ArgsType&&... Args)
+	{
+		const int32 NewMax = GrownMax(ArrayNum + int64(1));
+		if (TryGrowInPlace(NewMax))
+		{
+			::new (static_cast<void*>(Data + ArrayNum)) T(std::forward<ArgsType>(Args)...);
+			return ArrayNum++;
+		}
+		T* NewData = AllocateItems(NewMax);
+		try
+		{
+			::new (static_cast<void*>(NewData + ArrayNum)) T(std::forward<ArgsType>(Args)...);
+		}
+		catch (...)
+		{
+			FreeItems(NewData, NewMax);
+			throw;
+		}
+		try
+		{
+			RelocateInto(NewData);
+		}
+		catch (...)
+		{
+			NewData[ArrayNum].~T();
+			FreeItems(NewData, NewMax);
+			throw;
+		}
+		Adopt(NewData, NewMax);
+		return ArrayNum++;
+	}
+	void Adopt(T* NewData, int32 NewMax)
+	{
+		FreeItems(Data, ArrayMax);
+		Data = NewData;
+		ArrayMax = NewMax;
+	}
+
+	void ShrinkTo(int32 Count)
+	{
+		std::destroy(Data + Count, Data + ArrayNum);
+		ArrayNum = Count;
+	}
+	void Release()
+	{
+		ShrinkTo(0);
+		FreeItems(Data, ArrayMax);
+		Data = nullptr;
+		ArrayMax = 0;
+	}
+
+	T* Data = nullptr;
+	int32 ArrayNum = 0;
+	int32 ArrayMax = 0;
 };

@@ -11,11 +11,25 @@ struct CORE_API FPlatformMemory
 
 	// Blocks at least this large are taken from the system directly by AllocateLargeBlock.
 	static constexpr size_t LargeBlockBytes = size_t(4) << 20;
+	// Address space a large block reserves to grow into, at the least. Reserving costs no memory; pages
+	// are taken only as they are first touched.
+	static constexpr size_t LargeBlockReserveBytes = size_t(256) << 20;
+
 	// A block of Bytes for a container that has grown large, aligned to a page at least, or null when the
-	// system has no memory for it. The block is asked to be backed by huge pages where the system offers
-	// them: a fresh block of small pages costs one fault per page on first touch, and at a million entries
-	// that made a single growth of an array stall for tens of milliseconds.
+	// system has no memory for it. It sits in reserved address space of LargeBlockReserveBytes (or its own
+	// size, if larger), into which GrowLargeBlock extends it without moving. It is asked to be backed by huge
+	// pages where the system offers them.
 	static void* AllocateLargeBlock(size_t Bytes);
-	// Returns a block of AllocateLargeBlock; Bytes must be the size it was asked for.
+	// Extends a block of Bytes to NewBytes in place; false when its reserved space is too small (then the
+	// caller moves it to a new block) or the system has no memory for it.
+	static bool GrowLargeBlock(void* Block, size_t Bytes, size_t NewBytes);
+	// Returns a block of AllocateLargeBlock; Bytes must be its size, as asked for or last grown to.
 	static void FreeLargeBlock(void* Block, size_t Bytes);
+
+	// The address space a large block of Bytes holds: whole pages, and never less than the reserve.
+	static size_t LargeBlockReservation(size_t Bytes, size_t PageBytes)
+	{
+		const size_t Pages = (Bytes + PageBytes - 1) / PageBytes * PageBytes;
+		return Pages > LargeBlockReserveBytes ? Pages : LargeBlockReserveBytes;
+	}
 };
