@@ -10,9 +10,13 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
+#ifndef _WIN32
+#include <unistd.h>
+#endif
 #ifdef _WIN32
 #include "Windows/WindowsApi.h"
 #include <fcntl.h>
@@ -44,6 +48,32 @@ namespace StandIn
 #else
 		const char* Value = std::getenv(Name);
 		return Value ? FString::FromNative(Value) : FString();
+#endif
+	}
+
+	// When TESSEL_STANDIN_ENVIRONMENT_OUT names a file, appends the program's name and then every variable of the
+	// environment it was started with, one per line, so that a test sees what a child inherits.
+	inline void RecordEnvironment(const char* Program)
+	{
+		const FString Out = Environment("TESSEL_STANDIN_ENVIRONMENT_OUT");
+		if (Out.IsEmpty())
+		{
+			return;
+		}
+		std::ofstream Record(FileSystemPath(Out), std::ios::app | std::ios::binary);
+		Record << "[" << std::filesystem::path(Program).filename().string() << "]\n";
+#ifdef _WIN32
+		wchar_t* Block = GetEnvironmentStringsW();
+		for (const wchar_t* Entry = Block; Block && *Entry; Entry += std::char_traits<wchar_t>::length(Entry) + 1)
+		{
+			Record << FString(WindowsApi::Ours(Entry)).ToUtf8() << "\n";
+		}
+		FreeEnvironmentStringsW(Block);
+#else
+		for (char** Entry = environ; *Entry; ++Entry)
+		{
+			Record << *Entry << "\n";
+		}
 #endif
 	}
 
@@ -91,6 +121,7 @@ namespace StandIn
 		// Bytes go out as written: no line break becomes CR LF on the way.
 		_setmode(_fileno(stdout), _O_BINARY);
 		_setmode(_fileno(stderr), _O_BINARY);
+		RecordEnvironment(Pointers[0]);
 		return Main(ArgC, Pointers.data());
 	}
 #endif
@@ -102,5 +133,9 @@ namespace StandIn
 	int wmain(int ArgC, wchar_t** WideArgV) { return StandIn::RunWide(ArgC, WideArgV, Main); }
 #else
 #define TESSEL_STAND_IN_MAIN(Main) \
-	int main(int ArgC, char** ArgV) { return Main(ArgC, ArgV); }
+	int main(int ArgC, char** ArgV) \
+	{ \
+		StandIn::RecordEnvironment(ArgV[0]); \
+		return Main(ArgC, ArgV); \
+	}
 #endif

@@ -34,7 +34,7 @@ namespace
 
 	// The login comes from the environment or the terminal, never from our own arguments, where any user of
 	// the machine could read it. The user name may also be the one the tool saved last time.
-	void GatherCredentials(STesselTool& Tool)
+	void GatherCredentials(STesselTool& Tool, const FString& PasswordFromEnvironment)
 	{
 		FString Username = FromEnvironment("STEAM_USERNAME");
 		if (Username.IsEmpty())
@@ -45,7 +45,7 @@ namespace
 		{
 			PromptOnTerminal(TEXT("Steam user name: "), false, Username);
 		}
-		FString Password = FromEnvironment("STEAM_PASSWORD");
+		FString Password = PasswordFromEnvironment;
 		if (Password.IsEmpty() && !Username.IsEmpty())
 		{
 			PromptOnTerminal(FString::Printf(TEXT("Steam password for %s: "), *Username), true, Password);
@@ -85,10 +85,10 @@ namespace
 		Result.Message = FString::Printf(TEXT("dry run: wrote %s and the preview copy; started nothing"), *ItemFile);
 	}
 
-	void Upload(FHeadlessTool& Tool, const TSharedPtr<FModSetup>& Mod, bool bJson, FPublishResult& Result)
+	void Upload(FHeadlessTool& Tool, const TSharedPtr<FModSetup>& Mod, const FPublishOptions& Publish, bool bJson,
+				FPublishResult& Result)
 	{
 		STesselTool& Tessel = Tool.Get();
-		Tool.SaveOnClose();
 		// "Upload" tries the kit's uploader first.
 		bool bPublished = false;
 		{
@@ -98,6 +98,7 @@ namespace
 		}
 		if (bPublished)
 		{
+			Tool.SaveOnClose();
 			Result.Route = TEXT("uploader");
 			Result.PublishedId = Mod->ItemSeamId;
 			Result.Url = Tessel.GetWorkshopItemUrl();
@@ -105,7 +106,14 @@ namespace
 			return;
 		}
 		Result.Route = TEXT("steamcmd");
-		GatherCredentials(Tessel);
+		// A login that turns out incomplete changes nothing: the user name stays as it was, unsaved.
+		const FString KnownUsername = Tessel.SteamUsername;
+		GatherCredentials(Tessel, Publish.SteamPassword);
+		if (!Tessel.SteamUsername.IsEmpty() && !Tessel.SteamPassword.IsEmpty())
+		{
+			FCommandOutput::Note(TEXT("warning: SteamCMD takes the password on its command line, where other users of this "
+									  "machine can read it while the upload runs"));
+		}
 		STesselTool::ESteamUploadResult Outcome;
 		{
 			FStdoutTap Tap(bJson);
@@ -117,6 +125,7 @@ namespace
 		{
 		case STesselTool::ESteamUploadResult::NoUsername:
 		case STesselTool::ESteamUploadResult::NoPassword:
+			Tessel.SteamUsername = KnownUsername;
 			Result.Code = EExitCode::BadInput;
 			Result.Message = Tool.LastDialogText() + TEXT(" Set STEAM_USERNAME and STEAM_PASSWORD, or run on a terminal to be asked.");
 			return;
@@ -125,6 +134,8 @@ namespace
 			Result.Message = FString::Printf(TEXT("%s: %s"), *STesselTool::GetWorkshopTemplatePath(), *Tool.LastDialogText());
 			return;
 		case STesselTool::ESteamUploadResult::SteamCmdRan:
+			// The id it read back and the user name go to Mods.db, as the window's next save takes them.
+			Tool.SaveOnClose();
 			break;
 		}
 		// The tool learns nothing from SteamCMD but the id it writes back; its own words say whether it worked.
@@ -177,7 +188,7 @@ namespace
 		}
 		else
 		{
-			Upload(Tool, Mod, bJson, Result);
+			Upload(Tool, Mod, Publish, bJson, Result);
 		}
 		return Result;
 	}

@@ -79,6 +79,15 @@ namespace
 		{
 			throw FCommandError{EExitCode::BadInput, FString::Printf(TEXT("%s: can't be read"), *Path)};
 		}
+		// A file ends with a line break that is no part of the value, as a shell's $(cat file) drops it.
+		if (Value.EndsWith(TEXT("\r\n"), ESearchCase::CaseSensitive))
+		{
+			Value = Value.LeftChop(2);
+		}
+		else if (Value.EndsWith(TEXT("\n"), ESearchCase::CaseSensitive))
+		{
+			Value = Value.LeftChop(1);
+		}
 		return Value;
 	}
 

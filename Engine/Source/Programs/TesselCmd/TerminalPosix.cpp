@@ -1,6 +1,7 @@
 #include "Terminal.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <termios.h>
 #include <unistd.h>
@@ -73,4 +74,12 @@ FString FStdoutTap::Finish()
 		bActive = false;
 	}
 	return FString::FromUtf8(Captured);
+}
+
+FString TakeFromEnvironment(const char* Name)
+{
+	const char* Value = std::getenv(Name);
+	const FString Taken = Value ? FString::FromNative(Value) : FString();
+	unsetenv(Name);
+	return Taken;
 }

@@ -73,3 +73,22 @@ FString FStdoutTap::Finish()
 	}
 	return FString::FromUtf8(Captured);
 }
+
+FString TakeFromEnvironment(const char* Name)
+{
+	const std::wstring WideName(Name, Name + std::char_traits<char>::length(Name));
+	const DWORD Size = GetEnvironmentVariableW(WideName.c_str(), nullptr, 0);
+	std::wstring Value(Size, L'\0');
+	if (Size > 0 && GetEnvironmentVariableW(WideName.c_str(), Value.data(), Size) == Size - 1)
+	{
+		Value.resize(Size - 1);
+	}
+	else
+	{
+		Value.clear();
+	}
+	// Children get the process's environment block; the C runtime's copy goes too, so that nothing reads it later.
+	SetEnvironmentVariableW(WideName.c_str(), nullptr);
+	_wputenv_s(WideName.c_str(), L"");
+	return FString(WindowsApi::Ours(Value.c_str()));
+}

@@ -7,6 +7,7 @@
 
 #include "CommandOutput.h"
 #include "Commands.h"
+#include "Terminal.h"
 
 #include <cstdio>
 
@@ -23,6 +24,9 @@ namespace
 
 int main(int ArgC, char** ArgV)
 {
+	// Before anything can start a child: the cook, the uploader and SteamCMD have no use for the password.
+	const FString SteamPassword = TakeFromEnvironment("STEAM_PASSWORD");
+
 	CLI::App App{"Lists, edits, checks, cooks, publishes and inspects the mods of a kit, without a window.\n"
 				 "Exit codes: 0 success, 1 the job failed, 2 a usage error or bad input.",
 				 "TesselCmd"};
@@ -63,7 +67,9 @@ int main(int ArgC, char** ArgV)
 															   "total-conversion or map-extension")
 								  ->check(CLI::IsMember({"map", "game-mod", "total-conversion", "map-extension"}));
 	Cook->add_flag("--modasdlc", CookOptions.bModAsDlc, "Cook the server target too (the editor's -modasdlc)");
-	CLI::Option* ModIdOption = Cook->add_option("--mod-id", ModIdValue, "The number of a test run's mod file (the editor's -SetModID=)");
+	// The editor reads the number as a signed 32-bit value: a larger one would wrap to another file's number.
+	CLI::Option* ModIdOption = Cook->add_option("--mod-id", ModIdValue, "The number of a test run's mod file (the editor's -SetModID=)")
+								   ->check(CLI::Range(int64(INT32_MIN), int64(INT32_MAX)));
 	CLI::Option* ModTitleOption = Cook->add_option("--mod-title", ModTitle, "Sets the title at the cook (the editor's -ModTitle=)");
 	Cook->add_option("--test-output", TestOutput, "Make a test run into this folder instead of the packaged tree");
 
@@ -141,6 +147,7 @@ int main(int ArgC, char** ArgV)
 		if (Publish->parsed())
 		{
 			PublishOptions.Mod = ToFString(PublishMod);
+			PublishOptions.SteamPassword = SteamPassword;
 			return RunPublish(Options, PublishOptions);
 		}
 		return RunInspect(Options, FInspectOptions{ToFString(InspectPath), ToFString(Extract)});

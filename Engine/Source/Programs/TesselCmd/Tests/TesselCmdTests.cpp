@@ -17,6 +17,7 @@
 
 #include <chrono>
 #include <functional>
+#include <sstream>
 #include <thread>
 #ifndef _WIN32
 #include <poll.h>
@@ -172,13 +173,14 @@ TEST(TesselCmdTests, ListMergesFoldersAndRecordsAndWritesNothing)
 TEST(TesselCmdTests, SetSavesCleanedFieldsAndRefusesBadOnesWithoutWriting)
 {
 	FReadyKit Ready;
-	const std::string Notes = Utf8(Ready.Kit.WriteFile(TEXT("notes.txt"), "Line one\nLine two \"quoted\""));
+	// A file's last line break goes, as with $(cat file); only that one.
+	const std::string Notes = Utf8(Ready.Kit.WriteFile(TEXT("notes.txt"), "Line one\nLine two \"quoted\"\n\n"));
 	const FCommandRun Run = Ready.Run({"--json", "set", "islands", "title=Island Pack", "description=@" + Notes, "Change-Notes=@@first",
 									   "visibility=friends only", "tags=map, Mod,map", "preview=" + Utf8(Ready.Preview)});
 	ASSERT_EQ(Run.ExitCode, 0) << Run.Stderr;
 	const TSharedPtr<FJsonObject> Mod = ParseJson(Run.Stdout)->GetObjectField(TEXT("mod"));
 	EXPECT_EQ(Mod->GetStringField(TEXT("Title")), FString(TEXT("Island Pack")));
-	EXPECT_EQ(Mod->GetStringField(TEXT("Description")), FString(TEXT("Line one\nLine two \"quoted\"")));
+	EXPECT_EQ(Mod->GetStringField(TEXT("Description")), FString(TEXT("Line one\nLine two \"quoted\"\n")));
 	EXPECT_EQ(Mod->GetStringField(TEXT("ChangeNotes")), FString(TEXT("@first")));
 	EXPECT_EQ(Mod->GetStringField(TEXT("Visibility")), FString(TEXT("Friends Only")));
 	EXPECT_EQ(Mod->GetStringField(TEXT("Tags")), FString(TEXT("Map,Mod")));
@@ -388,6 +390,13 @@ TEST(TesselCmdTests, CookOptionsReachTheCookAsTheEditorsCommandLine)
 	EXPECT_NE(NoMaps.Stderr.find("Props has no maps: cook it with --kind game-mod"), std::string::npos);
 	EXPECT_EQ(Ready.Run({"cook", "Props", "--kind", "boat"}).ExitCode, 2);
 	EXPECT_EQ(Ready.Run({"cook", "Islands", "--mod-title", "Say \"hi\""}).ExitCode, 2);
+	// A number the editor can't hold as a signed 32-bit value is refused, not wrapped to another file's number.
+	for (const char* Number : {"2147483648", "-2147483649", "4294967338"})
+	{
+		const FCommandRun Wide = Ready.Run({"cook", "Islands", "--mod-id", Number});
+		EXPECT_EQ(Wide.ExitCode, 2) << Number;
+		EXPECT_NE(Wide.Stderr.find("--mod-id"), std::string::npos) << Wide.Stderr;
+	}
 	EXPECT_EQ(Ready.Run({"cook"}).ExitCode, 2);
 	EXPECT_EQ(Ready.Run({"cook", "Islands", "--all"}).ExitCode, 2);
 	EXPECT_FALSE(IFileManager::Get().DirectoryExists(*STesselTool::GetModOutputDir()));
@@ -525,6 +534,42 @@ TEST(TesselCmdTests, PublishTakesTheWindowsRoutesAndKeepsThePasswordSecret)
 		EXPECT_EQ(Run->Stdout.find(Password), std::string::npos);
 		EXPECT_EQ(Run->Stderr.find(Password), std::string::npos);
 	}
+	ExpectNoFileHolds(Ready.Kit.Root(), Password);
+}
+
+TEST(TesselCmdTests, NoChildInheritsThePasswordAndAnIncompleteLoginWritesNothing)
+{
+	FReadyKit Ready;
+	Ready.MakeUploadable();
+	const FString Record = Ready.Kit.Root() / TEXT("children-environment.txt");
+	const std::map<std::string, std::string> Login{
+		{"STEAM_USERNAME", "author"}, {"STEAM_PASSWORD", Password}, {"TESSEL_STANDIN_ENVIRONMENT_OUT", Utf8(Record)}};
+	ASSERT_EQ(Ready.Run({"cook", "Islands"}, Login).ExitCode, 0);
+	// The uploader declines, so SteamCMD runs too: three children, none with the password.
+	const FCommandRun Published = Ready.Run({"publish", "Islands"}, Login);
+	ASSERT_EQ(Published.ExitCode, 0) << Published.Stderr;
+	const std::string Seen = FTempDirectory::ReadBytes(Record);
+	std::istringstream Lines(Seen);
+	int32 Children = 0;
+	for (std::string Line; std::getline(Lines, Line);)
+	{
+		Children += Line.rfind("[", 0) == 0;
+	}
+	EXPECT_GE(Children, 3) << Seen;
+	EXPECT_NE(Seen.find("STEAM_USERNAME=author"), std::string::npos) << Seen;
+	EXPECT_EQ(Seen.find("STEAM_PASSWORD"), std::string::npos) << Seen;
+	EXPECT_NE(Published.Stderr.find("warning: SteamCMD takes the password on its command line"), std::string::npos)
+		<< Published.Stderr;
+
+	// A user name without a password: nothing starts and Mods.db stays as it was, byte for byte.
+	const FString Database = STesselTool::GetModDatabasePath();
+	const std::string Before = FTempDirectory::ReadBytes(Database);
+	ASSERT_NE(Before.find(std::string("a\0u\0t\0h\0o\0r\0", 12)), std::string::npos); // the file is UTF-16
+	const FCommandRun Incomplete = Ready.Run({"publish", "Islands"}, {{"STEAM_USERNAME", "intruder"}});
+	EXPECT_EQ(Incomplete.ExitCode, 2);
+	EXPECT_NE(Incomplete.Stderr.find("Steam password is required to upload a mod."), std::string::npos) << Incomplete.Stderr;
+	EXPECT_EQ(Incomplete.Stderr.find("warning:"), std::string::npos) << Incomplete.Stderr;
+	EXPECT_EQ(FTempDirectory::ReadBytes(Database), Before);
 	ExpectNoFileHolds(Ready.Kit.Root(), Password);
 }
 
