@@ -86,7 +86,11 @@ public:
 	{
 		if (ArrayNum == ArrayMax)
 		{
-			return EmplaceGrowing(std::forward<ArgsType>(Args)...);
+			// Made before the storage moves: the arguments may refer to an element of this array.
+			T Made(std::forward<ArgsType>(Args)...);
+			Reallocate(GrownMax(ArrayNum + int64(1)));
+			::new (static_cast<void*>(Data + ArrayNum)) T(std::move(Made));
+			return ArrayNum++;
 		}
 		::new (static_cast<void*>(Data + ArrayNum)) T(std::forward<ArgsType>(Args)...);
 		return ArrayNum++;
@@ -301,20 +305,13 @@ private:
 		return static_cast<int32>(std::min(Limit, std::max<int64>({Wanted, int64(ArrayMax) * 2, 4})));
 	}
 
-	// A large block grows in place while its reserved address space lasts; nothing moves then.
-	bool TryGrowInPlace(int32 NewMax)
-	{
-		if (!Data || !IsLarge(ArrayMax) || !FPlatformMemory::GrowLargeBlock(Data, BytesFor(ArrayMax), BytesFor(NewMax)))
-		{
-			return false;
-		}
-		ArrayMax = NewMax;
-		return true;
-	}
+	// Makes the storage NewMax long. A large block grows in place while its reserved address space lasts, and
+	// nothing moves then; otherwise the elements move to new storage, or stay where they were if that throws.
 	void Reallocate(int32 NewMax)
 	{
-		if (TryGrowInPlace(NewMax))
+		if (Data && IsLarge(ArrayMax) && FPlatformMemory::GrowLargeBlock(Data, BytesFor(ArrayMax), BytesFor(NewMax)))
 		{
+			ArrayMax = NewMax;
 			return;
 		}
 		T* NewData = AllocateItems(NewMax);
@@ -327,7 +324,9 @@ private:
 			FreeItems(NewData, NewMax);
 			throw;
 		}
-		Adopt(NewData, NewMax);
+		FreeItems(Data, ArrayMax);
+		Data = NewData;
+		ArrayMax = NewMax;
 	}
 	void RelocateInto(T* NewData)
 	{
@@ -347,46 +346,6 @@ private:
 		{
 			Reallocate(GrownMax(ArrayNum + int64(Extra)));
 		}
-	}
-
-	// The new element is made before any old one moves: its arguments may be one of them.
-	template <typename... ArgsType>
-	int32 EmplaceGrowing(ArgsType&&... Args)
-	{
-		const int32 NewMax = GrownMax(ArrayNum + int64(1));
-		if (TryGrowInPlace(NewMax))
-		{
-			::new (static_cast<void*>(Data + ArrayNum)) T(std::forward<ArgsType>(Args)...);
-			return ArrayNum++;
-		}
-		T* NewData = AllocateItems(NewMax);
-		try
-		{
-			::new (static_cast<void*>(NewData + ArrayNum)) T(std::forward<ArgsType>(Args)...);
-		}
-		catch (...)
-		{
-			FreeItems(NewData, NewMax);
-			throw;
-		}
-		try
-		{
-			RelocateInto(NewData);
-		}
-		catch (...)
-		{
-			NewData[ArrayNum].~T();
-			FreeItems(NewData, NewMax);
-			throw;
-		}
-		Adopt(NewData, NewMax);
-		return ArrayNum++;
-	}
-	void Adopt(T* NewData, int32 NewMax)
-	{
-		FreeItems(Data, ArrayMax);
-		Data = NewData;
-		ArrayMax = NewMax;
 	}
 
 	void ShrinkTo(int32 Count)
