@@ -9,8 +9,9 @@ struct CORE_API FPlatformMemory
 	// The process's resident memory in kilobytes, as the kernel reports it; 0 where it can't be read.
 	static int64 GetResidentKilobytes();
 
-	// Blocks at least this large are taken from the system directly by AllocateLargeBlock.
-	static constexpr size_t LargeBlockBytes = size_t(4) << 20;
+	// Blocks at least this large are taken from the system directly by AllocateLargeBlock. Small enough that the
+	// one move into such a block copies little into fresh pages, which the system fills slowly under Wine.
+	static constexpr size_t LargeBlockBytes = size_t(1) << 20;
 	// Address space a large block reserves to grow into, at the least. Reserving costs no memory; pages
 	// are taken only as they are first touched.
 	static constexpr size_t LargeBlockReserveBytes = size_t(256) << 20;

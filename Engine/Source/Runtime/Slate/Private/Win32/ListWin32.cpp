@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstring>
 
 using namespace SlateWin32;
 
@@ -25,6 +26,7 @@ struct STableViewBase::FNativeParts
 	int32 TopRow = 0;
 	int32 CurrentRow = INDEX_NONE;
 	bool bScrollBarStale = true;
+	bool bScrollBarPutOff = false;
 	ULONGLONG ScrollBarSetAt = 0;
 	// The tooltip that shows a row cut short whole, made at the first hover, and the row it shows.
 	HWND ToolTip = nullptr;
@@ -103,13 +105,16 @@ public:
 		}
 	}
 
-	static void PaintIfDue(STableViewBase& List, HWND Window)
+	// True when the list paints with this frame.
+	static bool PaintIfDue(STableViewBase& List, HWND Window)
 	{
 		STableViewBase::FNativeParts& Parts = *List.Parts;
 		if (Parts.bPaintPending && std::chrono::steady_clock::now() - Parts.PaintedAt >= std::chrono::milliseconds(16))
 		{
 			Repaint(List, Window, true);
+			return true;
 		}
+		return false;
 	}
 
 	static void ScrollTo(STableViewBase& List, HWND Window, int32 Top, bool bNow = true)
@@ -134,8 +139,10 @@ public:
 		}
 	}
 
-	// Rows pouring in move the scroll bar at most ten times a second; the user's own scrolling moves it at once.
-	static void UpdateScrollBar(STableViewBase& List, HWND Window, bool bNow = true)
+	// Rows pouring in move the scroll bar at most ten times a second, and not in the frame that paints the rows
+	// unless the frame before painted too: under some systems (Wine) drawing the bar costs more than drawing the
+	// rows. The user's own scrolling moves it at once.
+	static void UpdateScrollBar(STableViewBase& List, HWND Window, bool bNow = true, bool bPainting = false)
 	{
 		STableViewBase::FNativeParts& Parts = *List.Parts;
 		const ULONGLONG Now = GetTickCount64();
@@ -143,6 +150,12 @@ public:
 		{
 			return;
 		}
+		if (!bNow && bPainting && !Parts.bScrollBarPutOff)
+		{
+			Parts.bScrollBarPutOff = true;
+			return;
+		}
+		Parts.bScrollBarPutOff = false;
 		Parts.ScrollBarSetAt = Now;
 		Parts.bScrollBarStale = false;
 		ClampTop(List, Window);
@@ -151,7 +164,23 @@ public:
 		Info.nMax = std::max(0, Parts.Rows - 1);
 		Info.nPage = static_cast<UINT>(RowsInView(List, Window));
 		Info.nPos = Parts.TopRow;
-		SetScrollInfo(Window, SB_VERT, &Info, TRUE);
+		// Drawn again only when it looks different: a log growing at its end leaves the thumb where it was most of
+		// the time, and drawing the bar costs milliseconds under Wine. A bar that is greyed out or hidden is set and
+		// drawn in one go, since turning it on draws it anyway.
+		SCROLLBARINFO Before{sizeof(SCROLLBARINFO)};
+		SCROLLBARINFO After{sizeof(SCROLLBARINFO)};
+		if (!GetScrollBarInfo(Window, OBJID_VSCROLL, &Before) || (Before.rgstate[0] & (STATE_SYSTEM_UNAVAILABLE | STATE_SYSTEM_INVISIBLE)))
+		{
+			SetScrollInfo(Window, SB_VERT, &Info, TRUE);
+			return;
+		}
+		SetScrollInfo(Window, SB_VERT, &Info, FALSE);
+		if (!GetScrollBarInfo(Window, OBJID_VSCROLL, &After) || Before.xyThumbTop != After.xyThumbTop ||
+			Before.xyThumbBottom != After.xyThumbBottom || !EqualRect(&Before.rcScrollBar, &After.rcScrollBar) ||
+			std::memcmp(Before.rgstate, After.rgstate, sizeof(Before.rgstate)) != 0)
+		{
+			SetScrollInfo(Window, SB_VERT, &Info, TRUE);
+		}
 	}
 
 	static void Paint(STableViewBase& List, HWND Window, HDC Target, const RECT& Area)
@@ -582,10 +611,10 @@ void STableViewBase::RefreshAttributes()
 			FListWindowWin32::EnsureVisible(*this, Parts->Window, PendingScrollIndex, false);
 			PendingScrollIndex = INDEX_NONE;
 		}
-		FListWindowWin32::PaintIfDue(*this, Parts->Window);
+		const bool bPainting = FListWindowWin32::PaintIfDue(*this, Parts->Window);
 		FListWindowWin32::PlaceHeaderLabels(*this, Parts->Window);
-		// Once a frame at most, however many batches of rows arrived, and not more than ten times a second.
-		FListWindowWin32::UpdateScrollBar(*this, Parts->Window, false);
+		// Once a frame at most, however many batches of rows arrived.
+		FListWindowWin32::UpdateScrollBar(*this, Parts->Window, false, bPainting);
 	}
 	SWidget::RefreshAttributes();
 }
