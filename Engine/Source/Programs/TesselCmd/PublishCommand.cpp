@@ -89,6 +89,22 @@ namespace
 				FPublishResult& Result)
 	{
 		STesselTool& Tessel = Tool.Get();
+		// An update must come back as the same item: another id read back (a stray "publishedfileid", an item
+		// file of another mod) is a failure, and the known id stays.
+		const FString KnownId = Mod->ItemSeamId;
+		auto KeepsItsId = [&]
+		{
+			if (KnownId.IsEmpty() || Mod->ItemSeamId == KnownId)
+			{
+				return true;
+			}
+			Result.Code = EExitCode::JobFailed;
+			Result.Message = FString::Printf(TEXT("the update of item %s read back id %s; the known id stays, and the upload "
+												  "needs a look on the Workshop"),
+											 *KnownId, *Mod->ItemSeamId);
+			Mod->ItemSeamId = KnownId;
+			return false;
+		};
 		// "Upload" tries the kit's uploader first.
 		bool bPublished = false;
 		{
@@ -100,6 +116,10 @@ namespace
 		{
 			Tool.SaveOnClose();
 			Result.Route = TEXT("uploader");
+			if (!KeepsItsId())
+			{
+				return;
+			}
 			Result.PublishedId = Mod->ItemSeamId;
 			Result.Url = Tessel.GetWorkshopItemUrl();
 			Result.Message = FString::Printf(TEXT("published through the uploader: id %s"), *Result.PublishedId);
@@ -155,7 +175,7 @@ namespace
 			Result.Message = FString::Printf(TEXT("%s: SteamCMD said success but left no numeric published id"),
 											 *STesselTool::GetWorkshopItemFilePath(Mod->ModDir));
 		}
-		else
+		else if (KeepsItsId())
 		{
 			Result.PublishedId = Mod->ItemSeamId;
 			Result.Url = Tessel.GetWorkshopItemUrl();

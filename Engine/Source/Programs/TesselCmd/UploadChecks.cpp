@@ -118,6 +118,89 @@ namespace
 		return Check;
 	}
 
+	// The cook takes the folder as "-ModDir=<name>" on a command line that it splits at blanks.
+	FUploadCheck CheckFolderName(const FModSetup& Mod)
+	{
+		if (!Mod.ModDir.Contains(TEXT(" ")))
+		{
+			return Passed(TEXT("folder"), Mod.ModDir);
+		}
+		return Failed(TEXT("folder"), FString::Printf(TEXT("\"%s\" has a blank, and the cook splits its folder name there, so it can't be cooked"), *Mod.ModDir),
+					  FString::Printf(TEXT("rename the folder %s to a name without blanks (the title may keep them)"),
+								  *(STesselTool::GetModsContentDir() / Mod.ModDir)));
+	}
+
+	// What would end the item file's quoted texts, or the uploader's arguments, early.
+	FString TextBreaker(const FString& Text, bool bTitle)
+	{
+		if (Text.Contains(TEXT("\"")))
+		{
+			return TEXT("a double quote");
+		}
+		if (Text.Contains(TEXT("{")) || Text.Contains(TEXT("}")))
+		{
+			return TEXT("a brace");
+		}
+		if (Text.Contains(TEXT("\n")) || Text.Contains(TEXT("\r")))
+		{
+			return TEXT("a line break");
+		}
+		if (bTitle && Text.EndsWith(TEXT("\\")))
+		{
+			return TEXT("a backslash at its end");
+		}
+		return FString();
+	}
+
+	FUploadCheck CheckItemFileTexts(const FModSetup& Mod)
+	{
+		const struct
+		{
+			const TCHAR* Name;
+			const FString& Text;
+		} Fields[] = {{TEXT("title"), Mod.Title}, {TEXT("description"), Mod.Description}, {TEXT("change-notes"), Mod.ChangeNotes}};
+		for (const auto& Field : Fields)
+		{
+			// The id is read back as the first "publishedfileid" in the item file, wherever it stands.
+			if (Field.Text.Contains(TEXT("publishedfileid"), ESearchCase::IgnoreCase))
+			{
+				return Failed(TEXT("item-file"),
+							  FString::Printf(TEXT("the %s holds \"publishedfileid\", which the read-back would take for the "
+												   "item's id when SteamCMD fails"),
+											  Field.Name),
+							  FString::Printf(TEXT("reword it: TesselCmd set \"%s\" %s=..."), *Mod.ModDir, Field.Name));
+			}
+			const FString Breaker = TextBreaker(Field.Text, Field.Name == FString(TEXT("title")));
+			if (!Breaker.IsEmpty())
+			{
+				return Failed(TEXT("item-file"),
+							  FString::Printf(TEXT("the %s holds %s, which would break the Workshop item file or merge the "
+												   "uploader's arguments"),
+											  Field.Name, *Breaker),
+							  FString::Printf(TEXT("take it out: TesselCmd set \"%s\" %s=..."), *Mod.ModDir, Field.Name));
+			}
+		}
+		return Passed(TEXT("item-file"), TEXT("the texts fit the Workshop item file"));
+	}
+
+	// The uploader is started with the kit's path on a command line it splits at blanks.
+	FUploadCheck CheckKitPath()
+	{
+		const FString Root = FPaths::RootDir();
+		if (!Root.Contains(TEXT(" ")))
+		{
+			return Passed(TEXT("kit-path"), Root);
+		}
+		FUploadCheck Check = Failed(TEXT("kit-path"),
+									FString::Printf(TEXT("%s has a blank, so the kit's uploader can't start and publishing goes "
+														 "through SteamCMD"),
+													*Root),
+									TEXT("move the kit to a folder whose path has no blanks"));
+		Check.bBlocksPublish = false;
+		Check.bBlocksCheck = false;
+		return Check;
+	}
+
 	FUploadCheck CheckKitFile(const TCHAR* Name, const FString& Path, const TCHAR* What)
 	{
 		if (FPlatformFileManager::Get().GetPlatformFile().FileExists(*Path))
@@ -159,6 +242,8 @@ TArray<FUploadCheck> RunUploadChecks(const FModSetup& Mod)
 	Checks.Add(CheckText(Mod, TEXT("title"), Mod.Title, MaxWorkshopTitleLength, true));
 	Checks.Add(CheckText(Mod, TEXT("description"), Mod.Description, MaxWorkshopTextLength, true));
 	Checks.Add(CheckText(Mod, TEXT("change-notes"), Mod.ChangeNotes, MaxWorkshopTextLength, false));
+	Checks.Add(CheckItemFileTexts(Mod));
+	Checks.Add(CheckFolderName(Mod));
 	Checks.Add(CheckPreview(Mod));
 	Checks.Add(CheckVisibility(Mod));
 	Checks.Add(CheckPackagedTree(Mod));
@@ -176,6 +261,7 @@ TArray<FUploadCheck> RunUploadChecks(const FModSetup& Mod)
 		Uploader.bBlocksCheck = false;
 	}
 	Checks.Add(Uploader);
+	Checks.Add(CheckKitPath());
 	return Checks;
 }
 

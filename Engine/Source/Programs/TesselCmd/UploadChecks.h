@@ -6,8 +6,8 @@
 // One thing an upload meets, checked before it is tried.
 struct FUploadCheck
 {
-	// A short stable name: "title", "description", "change-notes", "preview", "packaged", "visibility",
-	// "editor", "template", "steamcmd", "uploader".
+	// A short stable name: "title", "description", "change-notes", "item-file", "folder", "preview",
+	// "visibility", "packaged", "editor", "template", "steamcmd", "uploader", "kit-path".
 	FString Name;
 	bool bPassed = false;
 	// What was found.

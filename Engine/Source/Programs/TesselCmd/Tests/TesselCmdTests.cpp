@@ -16,6 +16,7 @@
 #include "packaging/ModArchiveForms.h"
 
 #include <chrono>
+#include <filesystem>
 #include <functional>
 #include <sstream>
 #include <thread>
@@ -474,6 +475,60 @@ TEST(TesselCmdTests, ADryRunWritesTheItemFileAndStartsNothing)
 		<< Run.Stdout;
 	EXPECT_EQ(Run.Stdout.find(Password), std::string::npos);
 	ExpectNoFileHolds(Ready.Kit.Root(), Password);
+}
+
+TEST(TesselCmdTests, CheckRefusesWhatWouldBreakTheCookTheItemFileOrTheIdReadBack)
+{
+	FReadyKit Ready;
+	Ready.MakeUploadable();
+	auto Finds = [&Ready](const std::string& Mod, const std::string& Expected)
+	{
+		const FCommandRun Run = Ready.Run({"check", Mod});
+		EXPECT_EQ(Run.ExitCode, 1) << Expected;
+		EXPECT_NE(Run.Stdout.find(Expected), std::string::npos) << Expected << "\n" << Run.Stdout;
+	};
+	ASSERT_EQ(Ready.Run({"set", "Islands", "title=Islands\\"}).ExitCode, 0);
+	Finds("Islands", "FAIL  item-file    the title holds a backslash at its end");
+	for (const auto& [Text, Breaker] : {std::pair<std::string, std::string>{"Say \"hi\"", "a double quote"},
+										{"{ x }", "a brace"}, {"one\ntwo", "a line break"}})
+	{
+		ASSERT_EQ(Ready.Run({"set", "Islands", "title=Islands", "description=" + Text}).ExitCode, 0);
+		Finds("Islands", "the description holds " + Breaker + ", which would break the Workshop item file");
+	}
+	ASSERT_EQ(Ready.Run({"set", "Islands", "description=plain", "change-notes=Now with \"PublishedFileId\" 7"}).ExitCode, 0);
+	Finds("Islands", "the change-notes holds \"publishedfileid\", which the read-back would take for the item's id");
+
+	// A folder name with a blank can't be cooked; the advice names the folder.
+	Ready.Kit.AddMod(TEXT("Sky Lanterns"), {TEXT("Festival.umap")});
+	Finds("Sky Lanterns", "FAIL  folder       \"Sky Lanterns\" has a blank, and the cook splits its folder name there");
+	Finds("Sky Lanterns", "rename the folder " + Utf8(Ready.Kit.ModsDir()) + "/Sky Lanterns to a name without blanks");
+
+	ASSERT_EQ(Ready.Run({"set", "Islands", "change-notes="}).ExitCode, 0);
+	const FCommandRun Ok = Ready.Run({"check", "Islands"});
+	EXPECT_EQ(Ok.ExitCode, 0) << Ok.Stdout;
+	EXPECT_NE(Ok.Stdout.find("ok    kit-path"), std::string::npos) << Ok.Stdout;
+#ifndef _WIN32
+	// The same kit reached through a path with a blank: the uploader can't start there, SteamCMD still can.
+	const std::filesystem::path Spaced = std::filesystem::path(Utf8(Ready.Kit.Root())) / "the kit";
+	std::filesystem::create_directory_symlink(Utf8(Ready.Kit.Root()), Spaced);
+	const FCommandRun Blank = RunTesselCmd({"--kit", Spaced.string(), "check", "Islands"});
+	EXPECT_EQ(Blank.ExitCode, 0) << Blank.Stdout;
+	EXPECT_NE(Blank.Stdout.find("warn  kit-path     " + Spaced.string() + " has a blank, so the kit's uploader can't start"),
+			  std::string::npos)
+		<< Blank.Stdout;
+#endif
+}
+
+TEST(TesselCmdTests, AnUpdateThatComesBackAsAnotherItemFailsAndKeepsTheId)
+{
+	FReadyKit Ready;
+	Ready.MakeUploadable();
+	ASSERT_EQ(Ready.Run({"publish", "Islands"}, {{"TESSEL_UPLOADER_EXIT", "150"}}).ExitCode, 0);
+	const FCommandRun Other = Ready.Run({"publish", "Islands"}, {{"TESSEL_UPLOADER_EXIT", "151"}});
+	EXPECT_EQ(Other.ExitCode, 1);
+	EXPECT_NE(Other.Stderr.find("the update of item 150 read back id 151; the known id stays"), std::string::npos) << Other.Stderr;
+	const TSharedPtr<FJsonObject> Listed = ParseJson(Ready.Run({"--json", "list"}).Stdout);
+	EXPECT_EQ(Listed->GetArrayField(TEXT("mods"))[0]->AsObject()->GetStringField(TEXT("ItemSeamId")), FString(TEXT("150")));
 }
 
 TEST(TesselCmdTests, PublishTakesTheWindowsRoutesAndKeepsThePasswordSecret)
