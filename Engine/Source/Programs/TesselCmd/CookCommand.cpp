@@ -197,7 +197,7 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 	const std::optional<ECookKind> Kind = Cook.Kind ? std::optional<ECookKind>(ParseKind(*Cook.Kind)) : std::nullopt;
 	FCommandLine::Set(ComposeEditorCommandLine(Cook));
 	LocateKit(Options.Kit);
-	RequireReadableDatabase();
+	const FDatabaseGuard Guard;
 
 	// The window would queue a job that can't start; here the missing program is named before anything is
 	// deleted or written.
@@ -238,6 +238,9 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 		Output.Progress(Result.bRan ? FString::Printf(TEXT("Quillon Dev Kit: %s"), *Result.Dialog)
 									: FString::Printf(TEXT("Left out: %s"), *Result.Dialog));
 	}
+
+	// The cook changes no record: when Mods.db changed meanwhile, the closing save would only undo that change.
+	Guard.Save([&Tool](bool bChanged) { Tool.Close(!bChanged); });
 
 	const bool bAllSucceeded = !Results.ContainsByPredicate([](const FCookResult& Result) { return !Result.bSuccess; });
 	if (Output.IsJson())

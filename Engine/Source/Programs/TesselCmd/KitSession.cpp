@@ -1,7 +1,11 @@
 #include "KitSession.h"
 
 #include "CommandOutput.h"
+#include "FileLock.h"
 #include "HAL/FileManager.h"
+#include "HAL/PlatformFile.h"
+#include "Misc/CString.h"
+#include "Misc/FileHelper.h"
 
 #include <filesystem>
 
@@ -93,4 +97,78 @@ TSharedPtr<FModSetup> SelectMod(FHeadlessTool& Tool, const FString& ModDir)
 	throw FCommandError{EExitCode::BadInput,
 						FString::Printf(TEXT("%s: no such mod in %s (mods: %s)"), *ModDir, *STesselTool::GetModsContentDir(),
 										Known.Num() > 0 ? *FString::Join(Known, TEXT(", ")) : TEXT("none"))};
+}
+
+namespace
+{
+	std::string ReadAllBytes(const FString& Path)
+	{
+		TArray<uint8> Bytes;
+		FFileHelper::LoadFileToArray(Bytes, *Path);
+		return std::string(reinterpret_cast<const char*>(Bytes.GetData()), static_cast<size_t>(Bytes.Num()));
+	}
+
+	// A save writes ".Mods.db.tmp<process>-<n>" and renames it; a run killed in between leaves it behind.
+	void RemoveStaleTemporaries(const FString& Path)
+	{
+		struct FVisitor : IPlatformFile::FDirectoryVisitor
+		{
+			FString Prefix;
+			TArray<FString> Stale;
+			bool Visit(const TCHAR* Entry, bool bIsDirectory) override
+			{
+				const FString Name = FPaths::GetCleanFilename(Entry);
+				FString Process;
+				if (!bIsDirectory && Name.StartsWith(Prefix, ESearchCase::CaseSensitive) &&
+					Name.Mid(Prefix.Len()).Split(TEXT("-"), &Process, nullptr) && Process.IsNumeric() &&
+					!IsProcessRunning(static_cast<uint32>(FCString::Atoi64(*Process))))
+				{
+					Stale.Add(Entry);
+				}
+				return true;
+			}
+		} Visitor;
+		Visitor.Prefix = TEXT(".") + FPaths::GetCleanFilename(Path) + TEXT(".tmp");
+		FPlatformFileManager::Get().GetPlatformFile().IterateDirectory(*FPaths::GetPath(Path), Visitor);
+		const TArray<FString>& Stale = Visitor.Stale;
+		for (const FString& Entry : Stale)
+		{
+			FPlatformFileManager::Get().GetPlatformFile().DeleteFile(*Entry);
+		}
+	}
+}
+
+namespace
+{
+	std::unique_ptr<FFileLock> LockDatabase(const FString& Path)
+	{
+		IFileManager::Get().MakeDirectory(*FPaths::GetPath(Path), true);
+		auto Lock = std::make_unique<FFileLock>(Path + TEXT(".lock"), 30.0);
+		// Where no lock file can be made, the save can't be made either, and says so itself.
+		if (!Lock->IsHeld() && Lock->IsOpen())
+		{
+			throw FCommandError{EExitCode::JobFailed,
+								FString::Printf(TEXT("%s: another TesselCmd run kept it locked for 30 seconds; nothing saved"), *Path)};
+		}
+		return Lock;
+	}
+}
+
+FDatabaseGuard::FDatabaseGuard(bool bHoldLock) : Path(STesselTool::GetModDatabasePath())
+{
+	if (bHoldLock)
+	{
+		HeldLock = LockDatabase(Path);
+	}
+	RequireReadableDatabase();
+	ReadBytes = ReadAllBytes(Path);
+}
+
+FDatabaseGuard::~FDatabaseGuard() = default;
+
+void FDatabaseGuard::Save(const std::function<void(bool bChanged)>& Save) const
+{
+	const std::unique_ptr<FFileLock> Lock = HeldLock ? nullptr : LockDatabase(Path);
+	RemoveStaleTemporaries(Path);
+	Save(ReadAllBytes(Path) != ReadBytes);
 }

@@ -3,6 +3,10 @@
 #include "CoreMinimal.h"
 #include "headless/HeadlessTool.h"
 
+#include <functional>
+#include <memory>
+#include <string>
+
 // The working folder, the base of every relative path a user gives.
 FString GetWorkingDirectory();
 // A path a user gave, made absolute against the working folder.
@@ -18,3 +22,23 @@ void RequireReadableDatabase();
 
 // The record of the mod folder named ModDir, selected in the tool; throws BadInput naming the mods there are.
 TSharedPtr<FModSetup> SelectMod(FHeadlessTool& Tool, const FString& ModDir);
+
+// Mods.db as a command that writes found it, so that its save never drops what another run, or the window, saved
+// meanwhile. Reading it checks it as RequireReadableDatabase does.
+class FDatabaseGuard
+{
+public:
+	// With bHoldLock the lock below is taken before the file is read and held until the guard ends, for a
+	// command whose own steps save along the way (the uploader's route saves the id it learns at once).
+	explicit FDatabaseGuard(bool bHoldLock = false);
+	~FDatabaseGuard();
+	// Calls Save under a lock that TesselCmd runs share (waiting a while for another run's save), telling it
+	// whether the file changed since it was read; temporaries that ended runs left beside it go first. Throws
+	// JobFailed when the lock can't be had.
+	void Save(const std::function<void(bool bChanged)>& Save) const;
+
+private:
+	FString Path;
+	std::string ReadBytes;
+	std::unique_ptr<class FFileLock> HeldLock;
+};

@@ -285,7 +285,8 @@ int RunPublish(const FGlobalOptions& Options, const FPublishOptions& Publish)
 		throw FCommandError{EExitCode::BadInput, TEXT("publish: name one mod or give --all")};
 	}
 	LocateKit(Options.Kit);
-	RequireReadableDatabase();
+	// Held for the whole run: the uploader's route saves the id it learns at once, over whatever is there.
+	const FDatabaseGuard Guard(true);
 	FHeadlessTool Tool;
 	const TArray<TSharedPtr<FModSetup>> Mods = Publish.bAll ? Tool.GetMods() : TArray<TSharedPtr<FModSetup>>{SelectMod(Tool, Publish.Mod)};
 
@@ -301,6 +302,7 @@ int RunPublish(const FGlobalOptions& Options, const FPublishOptions& Publish)
 		}
 		Code = std::max(Code, static_cast<int>(Results.Last().Code));
 	}
+	Guard.Save([&Tool](bool) { Tool.Close(); });
 	if (Output.IsJson())
 	{
 		TArray<TSharedPtr<FJsonValue>> Items;

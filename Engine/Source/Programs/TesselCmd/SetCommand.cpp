@@ -134,7 +134,7 @@ namespace
 int RunSet(const FGlobalOptions& Options, const FString& ModName, const TArray<FString>& Assignments)
 {
 	LocateKit(Options.Kit);
-	RequireReadableDatabase();
+	const FDatabaseGuard Guard;
 	FHeadlessTool Tool;
 	// The one save is the explicit one below; whatever fails before it, the file stays as it was.
 
@@ -170,13 +170,25 @@ int RunSet(const FGlobalOptions& Options, const FString& ModName, const TArray<F
 	}
 
 	*Mod = Edited;
-	Tool.Get().SaveModDatabase();
+	const FString Path = STesselTool::GetModDatabasePath();
+	Guard.Save(
+		[&](bool bChanged)
+		{
+			// Saving the records read earlier would undo what the other save wrote.
+			if (bChanged)
+			{
+				throw FCommandError{EExitCode::JobFailed,
+									FString::Printf(TEXT("%s: changed since this run read it (another run or the window saved it); "
+														 "nothing saved: run the command again"),
+													*Path)};
+			}
+			Tool.Get().SaveModDatabase();
+		});
 
 	// The tool's save reports nothing, so the file is read back to be sure the edit arrived.
 	TArray<TSharedPtr<FModSetup>> Saved;
 	FString SavedUser;
 	FString Error;
-	const FString Path = STesselTool::GetModDatabasePath();
 	STesselTool::ReadModDatabase(Path, Saved, SavedUser, Error);
 	const TSharedPtr<FModSetup>* Found =
 		Saved.FindByPredicate([&](const TSharedPtr<FModSetup>& Record) { return Record->ModDir == Edited.ModDir; });

@@ -20,8 +20,10 @@
 #include <functional>
 #include <sstream>
 #include <thread>
+#include <tuple>
 #ifndef _WIN32
 #include <poll.h>
+#include <unistd.h>
 #include <pty.h>
 #endif
 
@@ -529,6 +531,55 @@ TEST(TesselCmdTests, AnUpdateThatComesBackAsAnotherItemFailsAndKeepsTheId)
 	EXPECT_NE(Other.Stderr.find("the update of item 150 read back id 151; the known id stays"), std::string::npos) << Other.Stderr;
 	const TSharedPtr<FJsonObject> Listed = ParseJson(Ready.Run({"--json", "list"}).Stdout);
 	EXPECT_EQ(Listed->GetArrayField(TEXT("mods"))[0]->AsObject()->GetStringField(TEXT("ItemSeamId")), FString(TEXT("150")));
+}
+
+TEST(TesselCmdTests, TwoRunsAtOnceNeverBothSucceedWithAnEditLost)
+{
+	FReadyKit Ready;
+	ASSERT_EQ(Ready.Run({"set", "Islands", "title=start"}).ExitCode, 0);
+	// A temporary of a save whose run was killed goes at the next save; one of a run still going stays.
+#ifdef _WIN32
+	const std::string Living = std::to_string(GetCurrentProcessId());
+#else
+	const std::string Living = std::to_string(getpid());
+#endif
+	const FString Dead = Ready.Kit.WriteFile(TEXT("Orrery/Saved/.Mods.db.tmp4194302-0"), "half");
+	const FString Alive = Ready.Kit.WriteFile(FString::FromUtf8("Orrery/Saved/.Mods.db.tmp" + Living + "-0"), "half");
+
+#ifdef _WIN32
+	constexpr int Rounds = 15;
+#else
+	constexpr int Rounds = 50;
+#endif
+	int BothSucceeded = 0;
+	for (int Round = 0; Round < Rounds; ++Round)
+	{
+		const std::string Title = "title-" + std::to_string(Round);
+		const std::string Description = "description-" + std::to_string(Round);
+		FCommandRun First;
+		FCommandRun Second;
+		std::thread Other([&] { Second = Ready.Run({"set", "Islands", "description=" + Description}); });
+		First = Ready.Run({"set", "Islands", "title=" + Title});
+		Other.join();
+		const TSharedPtr<FJsonObject> Saved = ParseJson(Ready.Run({"--json", "list"}).Stdout)->GetArrayField(TEXT("mods"))[0]->AsObject();
+		// Whatever ran first, every run that says it saved has its edit in the file; one that lost says so.
+		for (const auto& [Run, Field, Value] : {std::tuple{&First, TEXT("Title"), Title}, std::tuple{&Second, TEXT("Description"), Description}})
+		{
+			if (Run->ExitCode == 0)
+			{
+				EXPECT_EQ(Saved->GetStringField(Field), FString::FromUtf8(Value)) << "round " << Round;
+			}
+			else
+			{
+				EXPECT_EQ(Run->ExitCode, 1) << Run->Stderr;
+				EXPECT_NE(Run->Stderr.find("changed since this run read it"), std::string::npos) << Run->Stderr;
+			}
+		}
+		BothSucceeded += First.ExitCode == 0 && Second.ExitCode == 0;
+	}
+	std::printf("both runs saved in %d of %d rounds\n", BothSucceeded, Rounds);
+	EXPECT_FALSE(FPaths::FileExists(Dead));
+	EXPECT_TRUE(FPaths::FileExists(Alive));
 }
 
 TEST(TesselCmdTests, PublishTakesTheWindowsRoutesAndKeepsThePasswordSecret)

@@ -13,13 +13,22 @@ FHeadlessTool::FHeadlessTool() : Services(MakeShared<FConsoleEditorServices>())
 
 FHeadlessTool::~FHeadlessTool()
 {
-	if (!bSaveOnClose)
+	Close();
+	IEditorServices::Set(nullptr);
+}
+
+void FHeadlessTool::Close(bool bSave)
+{
+	if (!Tool)
+	{
+		return;
+	}
+	if (!bSaveOnClose || !bSave)
 	{
 		// With no records the tool's closing save leaves the file as it is.
 		Tool->ModList.Empty();
 	}
 	Tool.Reset();
-	IEditorServices::Set(nullptr);
 }
 
 TSharedPtr<FModSetup> FHeadlessTool::Select(const FString& ModDir)

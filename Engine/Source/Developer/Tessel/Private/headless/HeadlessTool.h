@@ -30,6 +30,8 @@ public:
 	void ForgetDialogs() { Services->Dialogs.Empty(); }
 	// From now on the end of the run saves Mods.db as closing the tab would.
 	void SaveOnClose() { bSaveOnClose = true; }
+	// Ends the tool now, with its closing save when SaveOnClose was asked and bSave; the tool is gone after.
+	void Close(bool bSave = true);
 
 	const TSharedRef<FConsoleEditorServices> Services;
 
