@@ -64,7 +64,13 @@ bool HostOptions::RunWithoutWindow(int ArgC, char** ArgV, int& OutExit)
 	if (FParse::Param(CommandLine, TEXT("ListMods")))
 	{
 		std::fputs(TesselCommands::DescribeModCatalogue().ToUtf8().c_str(), stdout);
-		OutExit = 0;
+		// The folders are listed all the same; the records the file holds are not, and a script must hear it.
+		const FString Problem = TesselCommands::DescribeModDatabaseProblem();
+		if (!Problem.IsEmpty())
+		{
+			std::fprintf(stderr, "%s; its records are not listed\n", Problem.ToUtf8().c_str());
+		}
+		OutExit = Problem.IsEmpty() ? 0 : 1;
 		return true;
 	}
 

@@ -13,6 +13,21 @@ FString TesselCommands::DescribeModCatalogue()
 	return Text;
 }
 
+FString TesselCommands::DescribeModDatabaseProblem()
+{
+	const FString Path = STesselTool::GetModDatabasePath();
+	if (!FPaths::FileExists(Path))
+	{
+		return FString();
+	}
+	TArray<TSharedPtr<FModSetup>> Records;
+	FString SteamUsername;
+	FString Error;
+	return STesselTool::ReadModDatabase(Path, Records, SteamUsername, Error) == STesselTool::EModDatabaseRead::Read
+			   ? FString()
+			   : Path + TEXT(": ") + Error;
+}
+
 FString TesselCommands::CookMod(const FString& ModDir, const std::function<void(const FString&)>& OnLine)
 {
 	FHeadlessTool Tool;

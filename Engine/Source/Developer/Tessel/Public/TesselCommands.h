@@ -10,6 +10,9 @@ namespace TesselCommands
 {
 	// The kit's catalogue as the tool sees it: one line per mod, its folder name and its maps.
 	TESSEL_API FString DescribeModCatalogue();
+	// What keeps the kit's Mods.db from being read ("<path>: <what is wrong>"), or empty when it reads or is
+	// not there: its records are then missing from the catalogue.
+	TESSEL_API FString DescribeModDatabaseProblem();
 
 	// Cooks one mod as the "Cook Map" button would (or "Cook Game Mod" when it has no map), ticking the tool
 	// about 60 times a second until the queue has run empty. Each log line goes to OnLine as it arrives; the

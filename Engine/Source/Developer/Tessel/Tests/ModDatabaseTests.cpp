@@ -12,6 +12,7 @@
 #ifndef _WIN32
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #endif
@@ -262,6 +263,54 @@ TEST(ModDatabaseTests, ASaveThatRunsOutOfRoomLeavesTheOldFile)
 	ASSERT_EQ(waitpid(Child, &Status, 0), Child);
 	ASSERT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0);
 	EXPECT_EQ(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()), Before);
+#endif
+}
+
+TEST(ModDatabaseTests, AFileThatCannotBeReadIsNotReplacedWithoutACopy)
+{
+#ifdef _WIN32
+	GTEST_SKIP() << "a file its owner may write but not read is made with chmod, which Windows has not";
+#else
+	FTestKit Kit;
+	Kit.AddMod(TEXT("Fresh"));
+	const FString Path = STesselTool::GetModDatabasePath();
+	const std::string Theirs = "the user's records, which this user may write but not read";
+	Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), Theirs);
+	const pid_t Child = fork();
+	ASSERT_GE(Child, 0);
+	if (Child == 0)
+	{
+		// Root reads any file: the child becomes the file's owner without that power, as a mod author is.
+		if (geteuid() == 0)
+		{
+			const uid_t Nobody = 65534;
+			for (FString Folder = Path; Folder.Len() > Kit.Root().Len(); Folder = FPaths::GetPath(Folder))
+			{
+				if (chown(Folder.ToUtf8().c_str(), Nobody, Nobody) != 0)
+				{
+					_exit(3);
+				}
+			}
+			if (chmod(Kit.Root().ToUtf8().c_str(), 0777) != 0 || setgid(Nobody) != 0 || setuid(Nobody) != 0)
+			{
+				_exit(3);
+			}
+		}
+		if (chmod(Path.ToUtf8().c_str(), 0200) != 0)
+		{
+			_exit(3);
+		}
+		TSharedRef<STesselTool> Tool = SNew(STesselTool);
+		Tool->SaveModDatabase();
+		_exit(Tool->ModList.Num() == 1 ? 0 : 4);
+	}
+	int Status = 0;
+	ASSERT_EQ(waitpid(Child, &Status, 0), Child);
+	ASSERT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0) << "child status " << Status;
+	chmod(Path.ToUtf8().c_str(), 0600);
+	// Neither readable nor copyable: it stays as it was, and no copy claims to hold it.
+	EXPECT_EQ(FTempDirectory::ReadBytes(Path), Theirs);
+	EXPECT_FALSE(FPaths::FileExists(Path + TEXT(".unreadable")));
 #endif
 }
 

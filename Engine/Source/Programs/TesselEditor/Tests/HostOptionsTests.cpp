@@ -84,6 +84,15 @@ TEST(HostOptionsTests, ListModsPrintsEachFolderWithItsMaps)
 	EXPECT_TRUE(Holds(List.Stdout, "  Sky Lanterns  maps: Festival\n")) << List.Stdout;
 	// Listing changes nothing on disk.
 	EXPECT_FALSE(FPaths::DirectoryExists(Host.Output() / TEXT("Islands")));
+
+	// A Mods.db that doesn't read: the folders are listed, and stderr and the exit code say the records are not.
+	Host.Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), "{\"Mods\": [");
+	const FCommandRun Broken = Host.Run({Host.KitOption(), "-ListMods"});
+	EXPECT_EQ(Broken.ExitCode, 1);
+	EXPECT_TRUE(Holds(Broken.Stdout, "  Islands  maps: Alpha,Beta\n")) << Broken.Stdout;
+	EXPECT_TRUE(Holds(Broken.Stderr, "Orrery/Saved/Mods.db: ")) << Broken.Stderr;
+	EXPECT_TRUE(Holds(Broken.Stderr, "; its records are not listed")) << Broken.Stderr;
+	EXPECT_EQ(FTempDirectory::ReadBytes(Host.Kit.Root() / TEXT("Orrery/Saved/Mods.db")), "{\"Mods\": [");
 }
 
 TEST(HostOptionsTests, CookExitsWithZeroOnlyForASuccessfulJob)

@@ -34,7 +34,10 @@ void STesselTool::LoadModDatabase(const FString& Path)
 	// Emptied first, so that a file that can't be read leaves no records behind.
 	ModList.Empty();
 	FString Error;
-	bModDatabaseUnreadable = ReadModDatabase(Path, ModList, SteamUsername, Error) == EModDatabaseRead::Unreadable;
+	// A file that is there but can't be opened (no permission to read) is as much the user's as one that
+	// doesn't parse: the save replaces neither without a copy.
+	const EModDatabaseRead Read = ReadModDatabase(Path, ModList, SteamUsername, Error);
+	bModDatabaseUnreadable = Read == EModDatabaseRead::Unreadable || (Read == EModDatabaseRead::Unopenable && FPaths::FileExists(Path));
 }
 
 bool STesselTool::KeepUnreadableModDatabase(const FString& Path)
