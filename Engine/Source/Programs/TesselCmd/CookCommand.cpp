@@ -1,11 +1,13 @@
 #include "CommandOutput.h"
 #include "Commands.h"
 #include "HAL/FileManager.h"
+#include "HAL/PlatformFile.h"
 #include "KitSession.h"
 #include "Terminal.h"
 #include "cook/CookJob.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace
 {
@@ -87,18 +89,23 @@ namespace
 		return FString::Printf(TEXT("%.1f MB"), Bytes / 1048576.0);
 	}
 
-	// The packaging walk's progress on one line of the terminal, rewritten in place.
-	class FTerminalProgress
+	// Watches every packaging walk: it shows its progress on one line of the terminal, rewritten in place, and
+	// keeps what each walk was to package, since the tool's own walk stops silently at a file it can't write
+	// (a full disk) and deletes the cooked tree after.
+	class FPackagingWatch
 	{
 	public:
-		FTerminalProgress() : bTerminal(IsTerminal(stderr))
+		struct FTarget
 		{
-			if (bTerminal)
-			{
-				OnPackagingProgress = [this](const FPackagingProgress& Progress) { Show(Progress); };
-			}
+			FString TargetDir;
+			TArray<FString> StagedFiles;
+		};
+
+		FPackagingWatch() : bTerminal(IsTerminal(stderr))
+		{
+			OnPackagingProgress = [this](const FPackagingProgress& Progress) { Watch(Progress); };
 		}
-		~FTerminalProgress() { OnPackagingProgress = nullptr; }
+		~FPackagingWatch() { OnPackagingProgress = nullptr; }
 
 		// Ends the progress line before other text is printed.
 		void Interrupt()
@@ -110,7 +117,34 @@ namespace
 			}
 		}
 
+		// The walks since the last call.
+		TArray<FTarget> TakeTargets() { return std::exchange(Targets, {}); }
+
 	private:
+		void Watch(const FPackagingProgress& Progress)
+		{
+			if (Targets.Num() == 0 || Targets.Last().TargetDir != Progress.TargetDir || Progress.FilesDone == 0)
+			{
+				Targets.Add(FTarget());
+				FTarget& Target = Targets.Last();
+				Target.TargetDir = Progress.TargetDir;
+				FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(
+					*Progress.StagedDir,
+					[&](const TCHAR* Path, bool bIsDirectory)
+					{
+						if (!bIsDirectory)
+						{
+							Target.StagedFiles.Add(FString(Path).Mid(Progress.StagedDir.Len() + 1));
+						}
+						return true;
+					});
+			}
+			if (bTerminal)
+			{
+				Show(Progress);
+			}
+		}
+
 		void Show(const FPackagingProgress& Progress)
 		{
 			if (Progress.FilesTotal == 0)
@@ -132,7 +166,25 @@ namespace
 
 		const bool bTerminal;
 		bool bOpen = false;
+		TArray<FTarget> Targets;
 	};
+
+	// The cooked files the walk left out: neither the file nor its ".z" with its size file is in the target. The
+	// walk stops at a file it can't open, and passes over one it can't finish writing; neither is reported.
+	TArray<FString> Unwritten(const FPackagingWatch::FTarget& Target)
+	{
+		TArray<FString> Missing;
+		for (const FString& File : Target.StagedFiles)
+		{
+			const FString Packaged = Target.TargetDir / File;
+			if (!FPaths::FileExists(Packaged) &&
+				!(FPaths::FileExists(Packaged + TEXT(".z")) && FPaths::FileExists(Packaged + TEXT(".z.uncompressed_size"))))
+			{
+				Missing.Add(File);
+			}
+		}
+		return Missing;
+	}
 
 	struct FCookResult
 	{
@@ -142,6 +194,8 @@ namespace
 		bool bSuccess = false;
 		// False when the mod was left out before any job was queued.
 		bool bRan = false;
+		// What the packaging left unwritten, or empty.
+		FString Unwritten;
 		FString Output;
 	};
 
@@ -160,7 +214,7 @@ namespace
 	}
 
 	FCookResult CookOne(FHeadlessTool& Tool, const TSharedPtr<FModSetup>& Mod, std::optional<ECookKind> Kind, const FCookOptions& Cook,
-						const FCommandOutput& Output, FTerminalProgress& Progress)
+						const FCommandOutput& Output, FPackagingWatch& Progress)
 	{
 		FCookResult Result;
 		Result.Mod = Mod->ModDir;
@@ -184,6 +238,24 @@ namespace
 		Progress.Interrupt();
 		// The run's own verdict: the dialog names success when some log line said "Success".
 		Result.bSuccess = Result.Dialog == TEXT("Job Successful!!");
+		// ... and the packaging's: every cooked file of every target written.
+		for (const FPackagingWatch::FTarget& Target : Progress.TakeTargets())
+		{
+			const TArray<FString> Missing = Unwritten(Target);
+			if (Missing.Num() > 0)
+			{
+				Result.bSuccess = false;
+				Result.Unwritten += FString::Printf(TEXT("%s: %d of %d cooked files not written (is the disk full?): %s. "),
+													*Target.TargetDir, Missing.Num(), Target.StagedFiles.Num(),
+													*FString::Join(Missing, TEXT(", ")));
+			}
+		}
+		if (!Result.Unwritten.IsEmpty())
+		{
+			// Without mod.info the tree counts as not packaged: "check" and "publish" refuse it until a cook is whole.
+			IFileManager::Get().Delete(*(Result.Output / TEXT("mod.info")), false, true, true);
+			Result.Unwritten += TEXT("The tree is not packaged; make room and cook again.");
+		}
 		return Result;
 	}
 }
@@ -225,7 +297,7 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 	}
 
 	const FCommandOutput Output(Options.bJson);
-	FTerminalProgress Progress;
+	FPackagingWatch Progress;
 	TArray<FCookResult> Results;
 	for (const TSharedPtr<FModSetup>& Mod : Mods)
 	{
@@ -237,6 +309,10 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 		const FCookResult& Result = Results.Last();
 		Output.Progress(Result.bRan ? FString::Printf(TEXT("Quillon Dev Kit: %s"), *Result.Dialog)
 									: FString::Printf(TEXT("Left out: %s"), *Result.Dialog));
+		if (!Result.Unwritten.IsEmpty())
+		{
+			FCommandOutput::Note(FString::Printf(TEXT("%s: packaging stopped early: %s"), *Result.Mod, *Result.Unwritten));
+		}
 	}
 
 	// The cook changes no record: when Mods.db changed meanwhile, the closing save would only undo that change.
@@ -254,6 +330,7 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 			Item->SetBoolField(TEXT("success"), Result.bSuccess);
 			Item->SetStringField(TEXT("dialog"), Result.Dialog);
 			Item->SetStringField(TEXT("output"), Result.Output);
+			Item->SetStringField(TEXT("unwritten"), Result.Unwritten);
 			Items.Add(JsonObject(Item));
 		}
 		TSharedRef<FJsonObject> Document = MakeShared<FJsonObject>();

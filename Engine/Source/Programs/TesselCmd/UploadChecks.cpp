@@ -1,6 +1,7 @@
 #include "UploadChecks.h"
 
 #include "CommandOutput.h"
+#include "CompressedFileInspection.h"
 
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
@@ -85,19 +86,33 @@ namespace
 			return Failed(TEXT("packaged"), FString::Printf(TEXT("%s/mod.info: missing, the mod is not packaged"), *Output),
 						  CookAdvice);
 		}
-		int32 Packages = 0;
+		TArray<FString> Packages;
 		FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(
 			*Output,
 			[&Packages](const TCHAR* Path, bool bIsDirectory)
 			{
-				Packages += !bIsDirectory && FString(Path).EndsWith(TEXT(".z"), ESearchCase::IgnoreCase) ? 1 : 0;
+				if (!bIsDirectory && FString(Path).EndsWith(TEXT(".z"), ESearchCase::IgnoreCase))
+				{
+					Packages.Add(Path);
+				}
 				return true;
 			});
-		if (Packages == 0)
+		if (Packages.Num() == 0)
 		{
 			return Failed(TEXT("packaged"), FString::Printf(TEXT("%s: mod.info but no \".z\" package"), *Output), CookAdvice);
 		}
-		return Passed(TEXT("packaged"), FString::Printf(TEXT("%s: mod.info and %d packages"), *Output, Packages));
+		// Every package decodes whole to the size its size file names, so that a disk that filled up or a copy
+		// cut short is found before the upload.
+		for (const FString& Package : Packages)
+		{
+			const FCompressedFileReport Report = InspectCompressedFile(Package);
+			if (!Report.IsWhole() || !Report.MatchesSizeFile())
+			{
+				return Failed(TEXT("packaged"), FString::Printf(TEXT("%s: %s"), *Package, *Report.DescribeProblem()), CookAdvice);
+			}
+		}
+		const int32 Count = Packages.Num();
+		return Passed(TEXT("packaged"), FString::Printf(TEXT("%s: mod.info and %d whole packages"), *Output, Count));
 	}
 
 	FUploadCheck CheckVisibility(const FModSetup& Mod)

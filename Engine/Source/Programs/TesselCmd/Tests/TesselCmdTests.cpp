@@ -16,8 +16,10 @@
 #include "packaging/ModArchiveForms.h"
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <random>
 #include <sstream>
 #include <thread>
 #include <tuple>
@@ -580,6 +582,68 @@ TEST(TesselCmdTests, TwoRunsAtOnceNeverBothSucceedWithAnEditLost)
 	std::printf("both runs saved in %d of %d rounds\n", BothSucceeded, Rounds);
 	EXPECT_FALSE(FPaths::FileExists(Dead));
 	EXPECT_TRUE(FPaths::FileExists(Alive));
+}
+
+TEST(TesselCmdTests, APackagedTreeThatIsNotWholeFailsTheCookAndTheCheck)
+{
+	FReadyKit Ready;
+	// Pictures and sounds hardly compress: three of 300 KB each.
+	std::mt19937 Random(7);
+	for (const TCHAR* Name : {TEXT("Big1.uasset"), TEXT("Big2.uasset"), TEXT("Big3.uasset")})
+	{
+		std::string Bytes(300 * 1024, '\0');
+		for (char& Byte : Bytes)
+		{
+			Byte = static_cast<char>(Random());
+		}
+		Ready.Kit.WriteFile(TEXT("Orrery/Content/Mods/Islands/") + FString(Name), Bytes);
+	}
+	Ready.MakeUploadable();
+	const FString Output = Ready.Kit.Root() / TEXT("ModTools/Output/Islands/WindowsNoEditor");
+
+	// A package cut short, and one whose size file disagrees: each named, with the cook to do.
+	const FString Big = Output / TEXT("Big2.uasset.z");
+	const std::string Whole = FTempDirectory::ReadBytes(Big);
+	Ready.Kit.WriteFile(TEXT("ModTools/Output/Islands/WindowsNoEditor/Big2.uasset.z"), Whole.substr(0, Whole.size() / 2));
+	FCommandRun Check = Ready.Run({"check", "Islands"});
+	EXPECT_EQ(Check.ExitCode, 1);
+	EXPECT_NE(Check.Stdout.find("FAIL  packaged     " + Utf8(Big) + ": "), std::string::npos) << Check.Stdout;
+	Ready.Kit.WriteFile(TEXT("ModTools/Output/Islands/WindowsNoEditor/Big2.uasset.z"), Whole);
+	Ready.Kit.WriteFile(TEXT("ModTools/Output/Islands/WindowsNoEditor/Big2.uasset.z.uncompressed_size"), "7\r\n");
+	Check = Ready.Run({"check", "Islands"});
+	EXPECT_EQ(Check.ExitCode, 1);
+	EXPECT_NE(Check.Stdout.find("FAIL  packaged     " + Utf8(Big) + ": "), std::string::npos) << Check.Stdout;
+	ASSERT_EQ(Ready.Run({"cook", "Islands"}).ExitCode, 0);
+	ASSERT_EQ(Ready.Run({"check", "Islands"}).ExitCode, 0);
+
+#ifdef _WIN32
+	GTEST_SKIP() << "the full disk is a small tmpfs mounted over the output folder, which Windows has not";
+#else
+	// A disk with room for the cooked tree and not for all of its packages.
+	const std::string Mount = Utf8(Ready.Kit.Root() / TEXT("ModTools/Output"));
+	IFileManager::Get().DeleteDirectory(*FString::FromUtf8(Mount), false, true);
+	IFileManager::Get().MakeDirectory(*FString::FromUtf8(Mount), true);
+	if (std::system(("mount -t tmpfs -o size=1400k tmpfs '" + Mount + "' 2>/dev/null").c_str()) != 0)
+	{
+		GTEST_SKIP() << "no tmpfs can be mounted here (it takes root)";
+	}
+	struct FUnmount
+	{
+		std::string Path;
+		~FUnmount() { std::system(("umount -l '" + Path + "'").c_str()); }
+	} Unmount{Mount};
+	const FCommandRun Full = Ready.Run({"cook", "Islands"});
+	EXPECT_EQ(Full.ExitCode, 1) << Full.Stderr;
+	EXPECT_NE(Full.Stderr.find("Islands: packaging stopped early: " + Utf8(Output) + ": "), std::string::npos) << Full.Stderr;
+	EXPECT_NE(Full.Stderr.find("cooked files not written (is the disk full?): "), std::string::npos) << Full.Stderr;
+	EXPECT_NE(Full.Stderr.find(".uasset"), std::string::npos) << Full.Stderr;
+	Check = Ready.Run({"check", "Islands"});
+	EXPECT_EQ(Check.ExitCode, 1);
+	EXPECT_NE(Check.Stdout.find("FAIL  packaged"), std::string::npos) << Check.Stdout;
+	const FCommandRun Publish = Ready.Run({"publish", "Islands"}, {{"TESSEL_UPLOADER_EXIT", "150"}});
+	EXPECT_EQ(Publish.ExitCode, 1);
+	EXPECT_NE(Publish.Stderr.find("Islands: not ready to upload"), std::string::npos) << Publish.Stderr;
+#endif
 }
 
 TEST(TesselCmdTests, PublishTakesTheWindowsRoutesAndKeepsThePasswordSecret)

@@ -81,6 +81,8 @@ extern int64 ModId;
 // How far the packaging walk of one target is, for a front end that shows it (the command-line tool).
 struct FPackagingProgress
 {
+	// The cooked tree the walk packages, and the folder its packages go to.
+	FString StagedDir;
 	FString TargetDir;
 	int32 FilesDone = 0;
 	int32 FilesTotal = 0;

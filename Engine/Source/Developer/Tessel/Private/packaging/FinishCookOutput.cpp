@@ -77,6 +77,7 @@ void FCookJob::FinishCookOutput()
 	{
 		// The totals take one extra listing of the tree, paid only when someone watches.
 		FPackagingProgress Progress;
+		Progress.StagedDir = StagedModDir;
 		Progress.TargetDir = TargetDir;
 		FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(
 			*StagedModDir,
