@@ -3,9 +3,11 @@
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
 #include "KitSession.h"
+#include "Stopping.h"
 #include "Terminal.h"
 #include "cook/CookJob.h"
 
+#include <chrono>
 #include <cstdio>
 #include <utility>
 
@@ -229,12 +231,29 @@ namespace
 		Tool.Get().TestOutputDir = Cook.TestOutput.IsEmpty() ? FString() : Result.Output;
 		Tool.SaveOnClose();
 		Result.bRan = true;
-		Result.Dialog = Tool.Cook(Result.Kind,
-								  [&](const FString& Line)
-								  {
-									  Progress.Interrupt();
-									  Output.Progress(Line);
-								  });
+		// Without a terminal to watch, a line at least every 10 seconds: CI services end jobs that fall silent.
+		using FClock = std::chrono::steady_clock;
+		const FClock::time_point Started = FClock::now();
+		FClock::time_point LastSaid = Started;
+		const bool bHeartbeat = !IsTerminal(stderr);
+		Result.Dialog = Tool.Cook(
+			Result.Kind,
+			[&](const FString& Line)
+			{
+				Progress.Interrupt();
+				Output.Progress(Line);
+				LastSaid = FClock::now();
+			},
+			[&]
+			{
+				if (bHeartbeat && FClock::now() - LastSaid >= std::chrono::seconds(10))
+				{
+					LastSaid = FClock::now();
+					Output.Progress(FString::Printf(TEXT("TesselCmd: still cooking %s, %lld s so far"), *Mod->ModDir,
+													static_cast<long long>(std::chrono::duration_cast<std::chrono::seconds>(LastSaid - Started).count())));
+				}
+				return !StopRequested();
+			});
 		Progress.Interrupt();
 		// The run's own verdict: the dialog names success when some log line said "Success".
 		Result.bSuccess = Result.Dialog == TEXT("Job Successful!!");
@@ -304,6 +323,10 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 		if (Cook.bAll)
 		{
 			Output.Progress(FString::Printf(TEXT("=== %s"), *Mod->ModDir));
+		}
+		if (StopRequested())
+		{
+			break;
 		}
 		Results.Add(CookOne(Tool, Mod, Kind, Cook, Output, Progress));
 		const FCookResult& Result = Results.Last();

@@ -1,17 +1,17 @@
 #include "FileLock.h"
 
+#include "Windows/WindowsApi.h"
+
 #include <chrono>
 #include <thread>
-#include <windows.h>
 
 FFileLock::FFileLock(const FString& Path, double WaitSeconds)
 {
-	const std::wstring Wide(Path.begin(), Path.end());
 	const auto Until = std::chrono::steady_clock::now() + std::chrono::duration<double>(WaitSeconds);
 	for (;;)
 	{
 		// Opened for ourselves alone: a second run can't open it until the first lets go, or dies.
-		const HANDLE File = CreateFileW(Wide.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+		const HANDLE File = CreateFileW(WindowsApi::Wide(*Path), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
 		if (File != INVALID_HANDLE_VALUE)
 		{
 			Handle = reinterpret_cast<intptr_t>(File);

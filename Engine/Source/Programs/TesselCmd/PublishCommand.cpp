@@ -1,6 +1,7 @@
 #include "CommandOutput.h"
 #include "Commands.h"
 #include "KitSession.h"
+#include "Stopping.h"
 #include "Misc/FileHelper.h"
 #include "Terminal.h"
 #include "UploadChecks.h"
@@ -295,6 +296,10 @@ int RunPublish(const FGlobalOptions& Options, const FPublishOptions& Publish)
 	int Code = static_cast<int>(EExitCode::Success);
 	for (const TSharedPtr<FModSetup>& Mod : Mods)
 	{
+		if (StopRequested())
+		{
+			break;
+		}
 		Results.Add(PublishOne(Tool, Mod, Publish, Options.bJson));
 		if (!Output.IsJson())
 		{

@@ -7,6 +7,7 @@
 
 #include "CommandOutput.h"
 #include "Commands.h"
+#include "Stopping.h"
 #include "Terminal.h"
 
 #include <cstdio>
@@ -24,11 +25,13 @@ namespace
 
 int main(int ArgC, char** ArgV)
 {
+	WatchForStop();
 	// Before anything can start a child: the cook, the uploader and SteamCMD have no use for the password.
 	const FString SteamPassword = TakeFromEnvironment("STEAM_PASSWORD");
 
 	CLI::App App{"Lists, edits, checks, cooks, publishes and inspects the mods of a kit, without a window.\n"
-				 "Exit codes: 0 success, 1 the job failed, 2 a usage error or bad input.",
+				 "Exit codes: 0 success, 1 the job failed or timed out, 2 a usage error or bad input, 128 + N stopped by "
+				 "signal N (130 Ctrl-C, 143 SIGTERM).",
 				 "TesselCmd"};
 	App.require_subcommand(1, 1);
 	// The common options may also follow the command's name.
@@ -81,6 +84,12 @@ int main(int ArgC, char** ArgV)
 	Publish->add_flag("--all", PublishOptions.bAll, "Publish every mod of the catalogue, one after another");
 	Publish->add_flag("--dry-run", PublishOptions.bDryRun,
 					  "Write the item file and the preview copy, print them and the command lines, start nothing");
+	double TimeoutSeconds = 0.0;
+	for (CLI::App* Command : {Cook, Publish})
+	{
+		Command->add_option("--timeout", TimeoutSeconds, "Stop after this many seconds, ending every program the run started (exit 1)")
+			->check(CLI::PositiveNumber);
+	}
 
 	CLI::App* Inspect = App.add_subcommand("inspect", "Check and show a \".z\" file, a packaged folder, a \"%d.mod\" file, "
 													  "mod.info, modmeta.info or Mods.db");
@@ -92,7 +101,8 @@ int main(int ArgC, char** ArgV)
 	for (CLI::App* Command : App.get_subcommands({}))
 	{
 		Command->footer("Every command also takes --kit <folder> and --json.\n"
-						"Exit codes: 0 success, 1 the job failed, 2 a usage error or bad input.");
+						"Exit codes: 0 success, 1 the job failed or timed out, 2 a usage error or bad input, 128 + N stopped "
+						"by signal N (130 Ctrl-C, 143 SIGTERM).");
 	}
 
 	try
@@ -107,11 +117,22 @@ int main(int ArgC, char** ArgV)
 	}
 
 	const FGlobalOptions Options{ToFString(Kit), bJson};
+	SetStopDeadline(TimeoutSeconds);
+	// A run that was stopped says so last and exits as the stop asks, whatever the command made of it.
+	auto Finish = [](int Code)
+	{
+		if (!StopRequested())
+		{
+			return Code;
+		}
+		PrintLine(stderr, TEXT("TesselCmd: ") + DescribeStop());
+		return StopExitCode();
+	};
 	try
 	{
 		if (List->parsed())
 		{
-			return RunList(Options);
+			return Finish(RunList(Options));
 		}
 		if (Set->parsed())
 		{
@@ -120,11 +141,11 @@ int main(int ArgC, char** ArgV)
 			{
 				Pairs.Add(ToFString(Assignment));
 			}
-			return RunSet(Options, ToFString(SetMod), Pairs);
+			return Finish(RunSet(Options, ToFString(SetMod), Pairs));
 		}
 		if (Check->parsed())
 		{
-			return RunCheck(Options, ToFString(CheckMod));
+			return Finish(RunCheck(Options, ToFString(CheckMod)));
 		}
 		if (Cook->parsed())
 		{
@@ -142,19 +163,19 @@ int main(int ArgC, char** ArgV)
 				CookOptions.ModTitle = ToFString(ModTitle);
 			}
 			CookOptions.TestOutput = ToFString(TestOutput);
-			return RunCook(Options, CookOptions);
+			return Finish(RunCook(Options, CookOptions));
 		}
 		if (Publish->parsed())
 		{
 			PublishOptions.Mod = ToFString(PublishMod);
 			PublishOptions.SteamPassword = SteamPassword;
-			return RunPublish(Options, PublishOptions);
+			return Finish(RunPublish(Options, PublishOptions));
 		}
-		return RunInspect(Options, FInspectOptions{ToFString(InspectPath), ToFString(Extract)});
+		return Finish(RunInspect(Options, FInspectOptions{ToFString(InspectPath), ToFString(Extract)}));
 	}
 	catch (const FCommandError& Error)
 	{
 		PrintLine(stderr, TEXT("TesselCmd: ") + Error.Message);
-		return static_cast<int>(Error.Code);
+		return Finish(static_cast<int>(Error.Code));
 	}
 }

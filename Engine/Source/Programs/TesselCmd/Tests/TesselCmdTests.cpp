@@ -15,6 +15,7 @@
 #include "json/JsonSerializer.h"
 #include "packaging/ModArchiveForms.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -646,6 +647,89 @@ TEST(TesselCmdTests, APackagedTreeThatIsNotWholeFailsTheCookAndTheCheck)
 #endif
 }
 
+namespace
+{
+#ifndef _WIN32
+	// The processes still running (zombies aside) whose command line mentions Text, as "pid: command line".
+	std::vector<std::string> ProcessesMentioning(const std::string& Text)
+	{
+		std::vector<std::string> Found;
+		for (const auto& Entry : std::filesystem::directory_iterator("/proc"))
+		{
+			const std::string Pid = Entry.path().filename().string();
+			if (Pid.find_first_not_of("0123456789") != std::string::npos)
+			{
+				continue;
+			}
+			std::string CommandLine = FTempDirectory::ReadBytes(FString::FromUtf8(Entry.path().string() + "/cmdline"));
+			const std::string Stat = FTempDirectory::ReadBytes(FString::FromUtf8(Entry.path().string() + "/stat"));
+			const size_t State = Stat.rfind(") ");
+			if (CommandLine.find(Text) != std::string::npos && State != std::string::npos && Stat[State + 2] != 'Z')
+			{
+				std::replace(CommandLine.begin(), CommandLine.end(), '\0', ' ');
+				Found.push_back(Pid + ": " + CommandLine);
+			}
+		}
+		return Found;
+	}
+
+	// TesselCmd started in the background by a shell, sent Signal once Awaited shows in its output, and waited for.
+	FCommandRun SignalDuring(const FReadyKit& Ready, const std::vector<std::string>& Args, const std::string& Awaited, const char* Signal,
+							 std::map<std::string, std::string> Environment)
+	{
+		std::string Quoted;
+		for (const std::string& Arg : Args)
+		{
+			Quoted += " '" + Arg + "'";
+		}
+		Environment["OUT"] = Utf8(Ready.Kit.Root() / TEXT("run-output.txt"));
+		const std::string Script = "\"$0\" --kit \"$1\"" + Quoted + " >\"$OUT\" 2>&1 & pid=$!\n"
+								   "for i in $(seq 400); do grep -q '" + Awaited + "' \"$OUT\" && break; sleep 0.025; done\n"
+								   "kill -" + Signal + " $pid; wait $pid; code=$?; cat \"$OUT\"; exit $code\n";
+		return RunProgram("/bin/sh", FCommandSetup{{"-c", Script, TesselCmdPath(), Utf8(Ready.Kit.Root())}, std::move(Environment), std::string()});
+	}
+#endif
+}
+
+TEST(TesselCmdTests, AStoppedRunEndsEveryProgramItStarted)
+{
+	FReadyKit Ready;
+	Ready.MakeUploadable();
+	// SteamCMD hangs while the content uploads, with the password on its command line: the time limit ends it.
+	const std::map<std::string, std::string> Login{{"STEAM_USERNAME", "author"}, {"STEAM_PASSWORD", Password}, {"TESSEL_STEAMCMD_MODE", "hang"}};
+	const FCommandRun Hung = Ready.Run({"publish", "Islands", "--timeout", "2"}, Login);
+	EXPECT_EQ(Hung.ExitCode, 1) << Hung.Stderr;
+	EXPECT_NE(Hung.Stderr.find("TesselCmd: timed out after 2 seconds (--timeout): the run's programs were ended"), std::string::npos)
+		<< Hung.Stderr;
+	EXPECT_EQ(Ready.Run({"cook", "Islands", "--timeout", "0"}).ExitCode, 2);
+#ifndef _WIN32
+	const std::string Kit = Utf8(Ready.Kit.Root());
+	EXPECT_EQ(ProcessesMentioning(Kit), std::vector<std::string>{});
+	const FCommandRun Interrupted = SignalDuring(Ready, {"publish", "Islands"}, "Uploading content", "INT", Login);
+	EXPECT_EQ(Interrupted.ExitCode, 130) << Interrupted.Stdout;
+	EXPECT_NE(Interrupted.Stdout.find("TesselCmd: stopped by SIGINT"), std::string::npos) << Interrupted.Stdout;
+	EXPECT_EQ(ProcessesMentioning(Kit), std::vector<std::string>{});
+#endif
+
+	// A cook that hangs at its end with a grandchild holding its output: the same, for the cook's whole tree.
+	// Meanwhile, with no terminal, a line every 10 seconds tells a CI service that the job lives.
+	const FCommandRun TimedOut = Ready.Run({"cook", "Islands", "--timeout", "12.5"}, {{"TESSEL_COOK_MODE", "hang"}});
+	EXPECT_EQ(TimedOut.ExitCode, 1) << TimedOut.Stderr;
+	EXPECT_NE(TimedOut.Stderr.find("timed out after 12.5 seconds"), std::string::npos) << TimedOut.Stderr;
+	EXPECT_NE(TimedOut.Stdout.find("waiting for the shader compiler"), std::string::npos) << TimedOut.Stdout;
+	EXPECT_NE(TimedOut.Stdout.find("TesselCmd: still cooking Islands, 1"), std::string::npos) << TimedOut.Stdout;
+#ifndef _WIN32
+	EXPECT_EQ(ProcessesMentioning(Kit), std::vector<std::string>{});
+	const FCommandRun Terminated = SignalDuring(Ready, {"cook", "Islands"}, "shader compiler", "TERM", {{"TESSEL_COOK_MODE", "hang"}});
+	EXPECT_EQ(Terminated.ExitCode, 143) << Terminated.Stdout;
+	EXPECT_NE(Terminated.Stdout.find("TesselCmd: stopped by SIGTERM: the run's programs were ended"), std::string::npos) << Terminated.Stdout;
+	EXPECT_EQ(ProcessesMentioning(Kit), std::vector<std::string>{});
+#endif
+	// Whatever was stopped, Mods.db still reads, and a stopped cook left no tree to upload.
+	EXPECT_EQ(Ready.Run({"list"}).ExitCode, 0);
+	EXPECT_EQ(Ready.Run({"check", "Islands"}).ExitCode, 1);
+}
+
 TEST(TesselCmdTests, PublishTakesTheWindowsRoutesAndKeepsThePasswordSecret)
 {
 	FReadyKit Ready;
@@ -818,7 +902,8 @@ TEST(TesselCmdTests, HelpAndUsageErrors)
 {
 	const FCommandRun Help = RunTesselCmd({"cook", "--help"});
 	EXPECT_EQ(Help.ExitCode, 0);
-	for (const char* Expected : {"--modasdlc", "--mod-id", "--mod-title", "--test-output", "--kind", "Exit codes: 0 success, 1 the job failed, 2"})
+	for (const char* Expected : {"--modasdlc", "--mod-id", "--mod-title", "--test-output", "--kind", "--timeout", "Exit codes: 0 success, 1 the job failed or timed out, 2",
+							  "128 + N stopped by signal N"})
 	{
 		EXPECT_NE(Help.Stdout.find(Expected), std::string::npos) << Expected;
 	}

@@ -258,6 +258,7 @@ void FMonitoredProcess::MonitorThreadMain()
 		ProcessHandle.bEnded = true;
 		if (Result == ProcessId)
 		{
+			ProcessPosix::ForgetChild(ProcessId);
 			ProcessHandle.bHasReturnCode = true;
 			ProcessHandle.ReturnCode = ProcessPosix::ReturnCodeFromWaitStatus(Status);
 			ReturnCode.store(ProcessHandle.ReturnCode, std::memory_order_release);

@@ -42,6 +42,7 @@ bool CollectEnd(FProcHandle& ProcessHandle, bool bBlock)
 		const pid_t Result = waitpid(ProcessHandle.ProcessId, &Status, bBlock ? 0 : WNOHANG);
 		if (Result == ProcessHandle.ProcessId)
 		{
+			ProcessPosix::ForgetChild(Result);
 			RecordEnd(ProcessHandle, Status);
 			return true;
 		}
@@ -190,6 +191,7 @@ FProcHandle FPlatformProcess::CreateProc(const TCHAR* URL, const TCHAR* Parms, b
 		}
 		return FProcHandle();
 	}
+	ProcessPosix::NoteChild(ProcessId);
 	if (OutProcessID)
 	{
 		*OutProcessID = static_cast<uint32>(ProcessId);
@@ -239,6 +241,11 @@ void FPlatformProcess::TerminateProc(FProcHandle& ProcessHandle, bool KillTree)
 	}
 }
 
+void FPlatformProcess::TerminateAllProcs()
+{
+	ProcessPosix::KillEveryChildTree();
+}
+
 void FPlatformProcess::CloseProc(FProcHandle& ProcessHandle)
 {
 	if (ProcessHandle.IsValid() && !CollectEnd(ProcessHandle, false))
@@ -253,6 +260,7 @@ void FPlatformProcess::CloseProc(FProcHandle& ProcessHandle)
 				while (waitpid(ProcessId, &Status, 0) < 0 && errno == EINTR)
 				{
 				}
+				ProcessPosix::ForgetChild(ProcessId);
 			})
 			.detach();
 	}

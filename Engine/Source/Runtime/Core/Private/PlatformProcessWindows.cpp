@@ -5,10 +5,45 @@
 
 #include <algorithm>
 #include <io.h>
+#include <mutex>
 #include <vector>
 
 namespace WindowsProcess
 {
+	// A job of every child started, for TerminateAllProcs; each held by a handle of its own, and let go once
+	// no process is left in it.
+	std::mutex JobsLock;
+	std::vector<HANDLE>& Jobs()
+	{
+		static std::vector<HANDLE> Held;
+		return Held;
+	}
+
+	void NoteJob(HANDLE Job)
+	{
+		const std::lock_guard<std::mutex> Lock(JobsLock);
+		std::vector<HANDLE>& Held = Jobs();
+		Held.erase(std::remove_if(Held.begin(), Held.end(),
+								  [](HANDLE Each)
+								  {
+									  JOBOBJECT_BASIC_ACCOUNTING_INFORMATION Info{};
+									  const bool bEmpty = QueryInformationJobObject(Each, JobObjectBasicAccountingInformation, &Info,
+																					 sizeof(Info), nullptr) &&
+														  Info.ActiveProcesses == 0;
+									  if (bEmpty)
+									  {
+										  CloseHandle(Each);
+									  }
+									  return bEmpty;
+								  }),
+				   Held.end());
+		HANDLE Own = nullptr;
+		if (DuplicateHandle(GetCurrentProcess(), Job, GetCurrentProcess(), &Own, 0, FALSE, DUPLICATE_SAME_ACCESS))
+		{
+			Held.push_back(Own);
+		}
+	}
+
 	FProcHandle Start(const TCHAR* URL, const TCHAR* Parms, const TCHAR* WorkingDirectory, HANDLE Output)
 	{
 		FString Program(URL);
@@ -99,6 +134,7 @@ namespace WindowsProcess
 			}
 			return FProcHandle();
 		}
+		NoteJob(Job);
 		ResumeThread(Started.hThread);
 		CloseHandle(Started.hThread);
 		FProcHandle Handle(static_cast<int32>(Started.dwProcessId));
@@ -198,6 +234,15 @@ void FPlatformProcess::TerminateProc(FProcHandle& ProcessHandle, bool KillTree)
 		{
 			TerminateProcess(static_cast<HANDLE>(ProcessHandle.Process), WindowsProcess::KilledExitCode);
 		}
+	}
+}
+
+void FPlatformProcess::TerminateAllProcs()
+{
+	const std::lock_guard<std::mutex> Lock(WindowsProcess::JobsLock);
+	for (const HANDLE Job : WindowsProcess::Jobs())
+	{
+		TerminateJobObject(Job, WindowsProcess::KilledExitCode);
 	}
 }
 

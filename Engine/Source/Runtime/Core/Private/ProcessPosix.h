@@ -24,4 +24,10 @@ inline int32 ReturnCodeFromWaitStatus(int Status)
 // Ends Root and every process below it with SIGKILL, also those that left its process group or session;
 // Root must be a child not yet collected.
 void KillProcessTree(pid_t Root);
+
+// The children whose end is not yet collected, for FPlatformProcess::TerminateAllProcs: a child is noted
+// when it starts and forgotten when its end is collected.
+void NoteChild(pid_t Child);
+void ForgetChild(pid_t Child);
+void KillEveryChildTree();
 } // namespace ProcessPosix

@@ -10,6 +10,8 @@
 #include <string>
 #include <sys/types.h>
 #include <unistd.h>
+#include <mutex>
+#include <set>
 #include <vector>
 
 namespace
@@ -112,4 +114,35 @@ void ProcessPosix::KillProcessTree(pid_t Root)
 	}
 	kill(-Root, SIGKILL);
 	kill(Root, SIGKILL);
+}
+
+namespace
+{
+std::mutex ChildrenLock;
+std::set<pid_t>& Children()
+{
+	static std::set<pid_t> Living;
+	return Living;
+}
+}
+
+void ProcessPosix::NoteChild(pid_t Child)
+{
+	const std::lock_guard<std::mutex> Lock(ChildrenLock);
+	Children().insert(Child);
+}
+
+void ProcessPosix::ForgetChild(pid_t Child)
+{
+	const std::lock_guard<std::mutex> Lock(ChildrenLock);
+	Children().erase(Child);
+}
+
+void ProcessPosix::KillEveryChildTree()
+{
+	const std::lock_guard<std::mutex> Lock(ChildrenLock);
+	for (const pid_t Child : Children())
+	{
+		KillProcessTree(Child);
+	}
 }

@@ -43,7 +43,7 @@ TSharedPtr<FModSetup> FHeadlessTool::Select(const FString& ModDir)
 	return *Found;
 }
 
-FString FHeadlessTool::Cook(ECookKind Kind, const std::function<void(const FString&)>& OnLine)
+FString FHeadlessTool::Cook(ECookKind Kind, const std::function<void(const FString&)>& OnLine, const std::function<bool()>& OnFrame)
 {
 	ForgetDialogs();
 	switch (Kind)
@@ -70,8 +70,14 @@ FString FHeadlessTool::Cook(ECookKind Kind, const std::function<void(const FStri
 		}
 	};
 	ShowNewLines();
+	bool bCancelled = false;
 	while (ActiveJobs.Num() > 0)
 	{
+		if (OnFrame && !bCancelled && !OnFrame())
+		{
+			bCancelled = true;
+			Tool->OnCancelClicked();
+		}
 		Tool->Tick(FGeometry(), 0.0, 1.0f / 60.0f);
 		ShowNewLines();
 		// A frame's pause, as in the window; the child's output waits in its pipe meanwhile.

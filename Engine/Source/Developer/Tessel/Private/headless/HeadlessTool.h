@@ -23,8 +23,9 @@ public:
 	TSharedPtr<FModSetup> Select(const FString& ModDir);
 	// Clicks the cook button of Kind for the selected record and ticks the tool about 60 times a second until
 	// its job queue has run empty, handing each log line to OnLine as it arrives. Returns the text of the
-	// dialog that ended the run, or empty when none opened.
-	FString Cook(ECookKind Kind, const std::function<void(const FString&)>& OnLine);
+	// dialog that ended the run, or empty when none opened. OnFrame, when set, is asked every frame whether to
+	// go on; the first "no" clicks "Cancel", and the run goes on until the queue is empty.
+	FString Cook(ECookKind Kind, const std::function<void(const FString&)>& OnLine, const std::function<bool()>& OnFrame = nullptr);
 	// The text of the last dialog opened since the last call of ForgetDialogs, or empty.
 	FString LastDialogText() const;
 	void ForgetDialogs() { Services->Dialogs.Empty(); }

@@ -1,0 +1,38 @@
+#include "Stopping.h"
+
+#include "Windows/WindowsApi.h"
+
+#include <thread>
+
+namespace
+{
+	BOOL WINAPI OnConsoleEvent(DWORD Event)
+	{
+		// Ctrl-C and Ctrl-Break read as SIGINT, closing the console or ending the session as SIGHUP.
+		const int Number = Event == CTRL_C_EVENT || Event == CTRL_BREAK_EVENT ? 2 : 1;
+		if (StopRequested())
+		{
+			ExitProcess(128 + Number);
+		}
+		RequestStop(Number);
+		return TRUE;
+	}
+}
+
+void WatchForStop()
+{
+	SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
+	std::thread(
+		[]
+		{
+			for (;;)
+			{
+				Sleep(100);
+				if (!StopRequested() && IsPastDeadline())
+				{
+					RequestStop(0);
+				}
+			}
+		})
+		.detach();
+}
