@@ -28,6 +28,8 @@ struct FPublishOptions
 	FString Mod;
 	bool bAll = false;
 	bool bDryRun = false;
+	// SteamCMD logs in with the user name alone, on the credentials it cached at an earlier login.
+	bool bSteamCachedLogin = false;
 	// STEAM_PASSWORD as the run started; taken out of the environment then, so that no child inherits it.
 	FString SteamPassword;
 };

@@ -35,7 +35,7 @@ namespace
 
 	// The login comes from the environment or the terminal, never from our own arguments, where any user of
 	// the machine could read it. The user name may also be the one the tool saved last time.
-	void GatherCredentials(STesselTool& Tool, const FString& PasswordFromEnvironment)
+	void GatherCredentials(STesselTool& Tool, const FString& PasswordFromEnvironment, bool bCachedLogin)
 	{
 		FString Username = FromEnvironment("STEAM_USERNAME");
 		if (Username.IsEmpty())
@@ -46,8 +46,9 @@ namespace
 		{
 			PromptOnTerminal(TEXT("Steam user name: "), false, Username);
 		}
-		FString Password = PasswordFromEnvironment;
-		if (Password.IsEmpty() && !Username.IsEmpty())
+		// A cached login needs no password, and gets none: not even one from the environment.
+		FString Password = bCachedLogin ? FString() : PasswordFromEnvironment;
+		if (Password.IsEmpty() && !Username.IsEmpty() && !bCachedLogin)
 		{
 			PromptOnTerminal(FString::Printf(TEXT("Steam password for %s: "), *Username), true, Password);
 		}
@@ -62,7 +63,7 @@ namespace
 		return Lines.ContainsByPredicate([](const FString& Line) { return Line.TrimStartAndEnd().StartsWith(TEXT("Success")); });
 	}
 
-	void DryRun(FHeadlessTool& Tool, const FModSetup& Mod, FPublishResult& Result)
+	void DryRun(FHeadlessTool& Tool, const FModSetup& Mod, bool bCachedLogin, FPublishResult& Result)
 	{
 		Result.Route = TEXT("dry-run");
 		STesselTool& Tessel = Tool.Get();
@@ -82,7 +83,7 @@ namespace
 		}
 		// The password is never shown, whatever its source.
 		Result.SteamCmdCommandLine = STesselTool::GetSteamCmdPath() + TEXT(" ") +
-									 STesselTool::ComposeSteamCmdParameters(Username, TEXT("********"), ItemFile);
+									 STesselTool::ComposeSteamCmdParameters(Username, bCachedLogin ? TEXT("") : TEXT("********"), ItemFile);
 		Result.Message = FString::Printf(TEXT("dry run: wrote %s and the preview copy; started nothing"), *ItemFile);
 	}
 
@@ -129,7 +130,8 @@ namespace
 		Result.Route = TEXT("steamcmd");
 		// A login that turns out incomplete changes nothing: the user name stays as it was, unsaved.
 		const FString KnownUsername = Tessel.SteamUsername;
-		GatherCredentials(Tessel, Publish.SteamPassword);
+		GatherCredentials(Tessel, Publish.SteamPassword, Publish.bSteamCachedLogin);
+		Tessel.bSteamCachedLogin = Publish.bSteamCachedLogin;
 		if (!Tessel.SteamUsername.IsEmpty() && !Tessel.SteamPassword.IsEmpty())
 		{
 			FCommandOutput::Note(TEXT("warning: SteamCMD takes the password on its command line, where other users of this "
@@ -205,7 +207,7 @@ namespace
 		}
 		if (Publish.bDryRun)
 		{
-			DryRun(Tool, *Mod, Result);
+			DryRun(Tool, *Mod, Publish.bSteamCachedLogin, Result);
 		}
 		else
 		{

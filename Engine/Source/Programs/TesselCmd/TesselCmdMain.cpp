@@ -84,6 +84,9 @@ int main(int ArgC, char** ArgV)
 	Publish->add_flag("--all", PublishOptions.bAll, "Publish every mod of the catalogue, one after another");
 	Publish->add_flag("--dry-run", PublishOptions.bDryRun,
 					  "Write the item file and the preview copy, print them and the command lines, start nothing");
+	Publish->add_flag("--steam-cached-login", PublishOptions.bSteamCachedLogin,
+					  "Log SteamCMD in with the user name alone, on the credentials it cached when that user last logged in "
+					  "on this machine; no password is asked for or passed");
 	double TimeoutSeconds = 0.0;
 	for (CLI::App* Command : {Cook, Publish})
 	{

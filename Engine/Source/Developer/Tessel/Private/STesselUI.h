@@ -172,6 +172,9 @@ public:
 	TSharedPtr<SListView<TSharedPtr<FModSetup>>> ModListView;
 	FString SteamUsername;
 	FString SteamPassword;
+	// SteamCMD logs in with the user name alone, on credentials it cached at an earlier login on this machine;
+	// never set by the window, which always asks for the password.
+	bool bSteamCachedLogin = false;
 	FString TestOutputDir;
 	// The last load found a file it couldn't parse; the first save keeps it before replacing it.
 	bool bModDatabaseUnreadable = false;

@@ -10,7 +10,9 @@
 //
 // The account: any user name with any non-empty password logs in, and it has no Steam Guard. A third login
 // argument is taken as a Steam Guard code, as SteamCMD takes it, so a password that a blank split in two
-// logs in with its first half as the password, which is wrong: the login fails with "Invalid Password".
+// logs in with its first half as the password, which is wrong: the login fails with "Invalid Password". A
+// login with a password caches it (config/loginusers/<user> beside the program); "+login <user>" alone then
+// logs in, as SteamCMD does on a machine where the user has logged in before.
 //
 // On success the item is published and its id written into the item file as a "publishedfileid" pair: a new
 // id for an item without one (from 2900000001 up, counted in workshop/last_publishedfileid.txt beside the
@@ -21,7 +23,7 @@
 //
 // Misbehaviour for tests and demos, chosen by the environment variable TESSEL_STEAMCMD_MODE or by a file
 // "steamcmd.mode" beside the program (the variable wins):
-//   wrong-password  every login fails with "Invalid Password"
+//   wrong-password  every login fails with "Invalid Password", a cached one too
 //   steam-guard     a login without a code asks for one, reads standard input and fails at its end
 //   network         every login fails with "No Connection"
 //   crash           ends by SIGSEGV while the content uploads
@@ -163,7 +165,14 @@ namespace
 			Print(TEXT("FAILED (No Connection)"));
 			return false;
 		}
-		if (!bHasPassword)
+		// A login with a password leaves the account's credentials cached on this machine, as SteamCMD does;
+		// a later login with the user name alone uses them.
+		const FString Cached = ProgramDir() / TEXT("config/loginusers") / User.ToLower();
+		if (!bHasPassword && Mode != TEXT("wrong-password") && FPaths::FileExists(Cached))
+		{
+			Print(TEXT("Logging in using cached credentials."));
+		}
+		else if (!bHasPassword)
 		{
 			// SteamCMD would ask; nobody types into a child of the tool.
 			std::fputs("password: ", stdout);
@@ -193,6 +202,11 @@ namespace
 				Print(TEXT("FAILED (Account Logon Denied)"));
 				return false;
 			}
+		}
+		if (bHasPassword)
+		{
+			IFileManager::Get().MakeDirectory(*FPaths::GetPath(Cached), true);
+			FFileHelper::SaveStringToFile(TEXT("cached\n"), *Cached);
 		}
 		Print(TEXT("OK"));
 		Print(TEXT("Waiting for client config...OK"));

@@ -524,6 +524,32 @@ TEST(TesselCmdTests, CheckRefusesWhatWouldBreakTheCookTheItemFileOrTheIdReadBack
 #endif
 }
 
+TEST(TesselCmdTests, ACachedSteamLoginPassesNoPassword)
+{
+	FReadyKit Ready;
+	Ready.MakeUploadable();
+	const std::map<std::string, std::string> UserOnly{{"STEAM_USERNAME", "author"}};
+	// Never logged in on this machine: SteamCMD wants the password, which nobody can type into it.
+	const FCommandRun Uncached = Ready.Run({"publish", "Islands", "--steam-cached-login"}, UserOnly);
+	EXPECT_EQ(Uncached.ExitCode, 1) << Uncached.Stderr;
+	EXPECT_NE(Uncached.Stdout.find("FAILED (Invalid Password)"), std::string::npos) << Uncached.Stdout;
+
+	// Once logged in with the password (as a runner is set up, by hand), the user name is enough; a password
+	// in the environment is not passed on.
+	std::map<std::string, std::string> Login = UserOnly;
+	Login["STEAM_PASSWORD"] = Password;
+	ASSERT_EQ(Ready.Run({"publish", "Islands"}, Login).ExitCode, 0);
+	const FCommandRun Cached = Ready.Run({"--json", "publish", "Islands", "--steam-cached-login"}, Login);
+	ASSERT_EQ(Cached.ExitCode, 0) << Cached.Stderr;
+	EXPECT_NE(Cached.Stderr.find("Logging in using cached credentials."), std::string::npos) << Cached.Stderr;
+	EXPECT_EQ(Cached.Stderr.find("warning:"), std::string::npos) << Cached.Stderr;
+	EXPECT_EQ(Cached.Stderr.find(Password), std::string::npos);
+	EXPECT_EQ(ParseJson(Cached.Stdout)->GetArrayField(TEXT("results"))[0]->AsObject()->GetStringField(TEXT("publishedFileId")),
+			  FString(TEXT("2900000001")));
+	const FCommandRun Dry = Ready.Run({"publish", "Islands", "--dry-run", "--steam-cached-login"}, UserOnly);
+	EXPECT_NE(Dry.Stdout.find("+login author  +workshop_build_item"), std::string::npos) << Dry.Stdout;
+}
+
 TEST(TesselCmdTests, AnUpdateThatComesBackAsAnotherItemFailsAndKeepsTheId)
 {
 	FReadyKit Ready;

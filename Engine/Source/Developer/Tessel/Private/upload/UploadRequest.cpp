@@ -36,7 +36,7 @@ STesselTool::ESteamUploadResult STesselTool::UploadWithSteamCredentials()
 										 SNew(STextBlock).Text(LOCTEXT("NoUsername", "Steam username is required to upload a mod.")));
 		return ESteamUploadResult::NoUsername;
 	}
-	if (SteamPassword.IsEmpty())
+	if (SteamPassword.IsEmpty() && !bSteamCachedLogin)
 	{
 		SGenericDialogWidget::OpenDialog(LOCTEXT("UploadError", "Upload Error"),
 										 SNew(STextBlock).Text(LOCTEXT("NoPassword", "Steam password is required to upload a mod.")));
