@@ -339,7 +339,16 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 	}
 
 	// The cook changes no record: when Mods.db changed meanwhile, the closing save would only undo that change.
-	Guard.Save([&Tool](bool bChanged) { Tool.Close(!bChanged); });
+	try
+	{
+		Guard.Save([&Tool](bool bChanged) { Tool.Close(!bChanged); });
+	}
+	catch (const FCommandError&)
+	{
+		// No lock, no save: the tool's own closing save would go past it.
+		Tool.Close(false);
+		throw;
+	}
 
 	const bool bAllSucceeded = !Results.ContainsByPredicate([](const FCookResult& Result) { return !Result.bSuccess; });
 	if (Output.IsJson())

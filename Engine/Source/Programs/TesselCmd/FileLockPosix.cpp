@@ -10,7 +10,12 @@
 
 FFileLock::FFileLock(const FString& Path, double WaitSeconds)
 {
-	const int File = open(Path.ToUtf8().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+	int File = open(Path.ToUtf8().c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
+	if (File < 0)
+	{
+		// Another user's lock file, which we may not write: a lock needs no more than reading.
+		File = open(Path.ToUtf8().c_str(), O_RDONLY | O_CLOEXEC);
+	}
 	if (File < 0)
 	{
 		return;

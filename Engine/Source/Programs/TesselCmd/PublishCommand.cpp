@@ -18,6 +18,8 @@ namespace
 		EExitCode Code = EExitCode::Success;
 		FString Message;
 		FString PublishedId;
+		// The record's id once the upload was tried: what the closing save must hold.
+		FString IdAfterUpload;
 		FString Url;
 		TArray<FUploadCheck> FailedChecks;
 		FString ItemFileText;
@@ -127,6 +129,12 @@ namespace
 			Result.Message = FString::Printf(TEXT("published through the uploader: id %s"), *Result.PublishedId);
 			return;
 		}
+		if (StopRequested())
+		{
+			Result.Code = EExitCode::JobFailed;
+			Result.Message = TEXT("stopped before SteamCMD was started");
+			return;
+		}
 		Result.Route = TEXT("steamcmd");
 		// A login that turns out incomplete changes nothing: the user name stays as it was, unsaved.
 		const FString KnownUsername = Tessel.SteamUsername;
@@ -212,6 +220,7 @@ namespace
 		else
 		{
 			Upload(Tool, Mod, Publish, bJson, Result);
+			Result.IdAfterUpload = Mod->ItemSeamId;
 		}
 		return Result;
 	}
@@ -309,7 +318,34 @@ int RunPublish(const FGlobalOptions& Options, const FPublishOptions& Publish)
 		}
 		Code = std::max(Code, static_cast<int>(Results.Last().Code));
 	}
-	Guard.Save([&Tool](bool) { Tool.Close(); });
+	Guard.Save(
+		[&](bool bChanged)
+		{
+			// Saved meanwhile by the window (which takes no lock) or by the uploader's route itself: those records,
+			// with what this run learned put back into them.
+			if (bChanged)
+			{
+				STesselTool& Tessel = Tool.Get();
+				const FString Username = Tessel.SteamUsername;
+				Tessel.LoadModDatabase(STesselTool::GetModDatabasePath());
+				for (const FPublishResult& Result : Results)
+				{
+					for (const TSharedPtr<FModSetup>& Record : Tessel.ModList)
+					{
+						if ((Result.Route == TEXT("uploader") || Result.Route == TEXT("steamcmd")) &&
+							Record->ModDir.Equals(Result.Mod, ESearchCase::IgnoreCase))
+						{
+							Record->ItemSeamId = Result.IdAfterUpload;
+						}
+					}
+				}
+				if (!Username.IsEmpty())
+				{
+					Tessel.SteamUsername = Username;
+				}
+			}
+			Tool.Close();
+		});
 	if (Output.IsJson())
 	{
 		TArray<TSharedPtr<FJsonValue>> Items;

@@ -1,5 +1,6 @@
 #include "Stopping.h"
 
+#include "HAL/PlatformProcess.h"
 #include "Windows/WindowsApi.h"
 
 #include <thread>
@@ -12,7 +13,9 @@ namespace
 		const int Number = Event == CTRL_C_EVENT || Event == CTRL_BREAK_EVENT ? 2 : 1;
 		if (StopRequested())
 		{
-			ExitProcess(128 + Number);
+			// Not before every child's job is ended: a first handler may still be ending them.
+			FPlatformProcess::TerminateAllProcs();
+			TerminateProcess(GetCurrentProcess(), 128 + Number);
 		}
 		RequestStop(Number);
 		return TRUE;

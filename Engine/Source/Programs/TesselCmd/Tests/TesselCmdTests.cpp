@@ -723,9 +723,9 @@ TEST(TesselCmdTests, AStoppedRunEndsEveryProgramItStarted)
 	Ready.MakeUploadable();
 	// SteamCMD hangs while the content uploads, with the password on its command line: the time limit ends it.
 	const std::map<std::string, std::string> Login{{"STEAM_USERNAME", "author"}, {"STEAM_PASSWORD", Password}, {"TESSEL_STEAMCMD_MODE", "hang"}};
-	const FCommandRun Hung = Ready.Run({"publish", "Islands", "--timeout", "2"}, Login);
+	const FCommandRun Hung = Ready.Run({"publish", "Islands", "--timeout", "4"}, Login);
 	EXPECT_EQ(Hung.ExitCode, 1) << Hung.Stderr;
-	EXPECT_NE(Hung.Stderr.find("TesselCmd: timed out after 2 seconds (--timeout): the run's programs were ended"), std::string::npos)
+	EXPECT_NE(Hung.Stderr.find("TesselCmd: timed out after 4 seconds (--timeout): the run's programs were ended"), std::string::npos)
 		<< Hung.Stderr;
 	EXPECT_EQ(Ready.Run({"cook", "Islands", "--timeout", "0"}).ExitCode, 2);
 #ifndef _WIN32
@@ -739,9 +739,9 @@ TEST(TesselCmdTests, AStoppedRunEndsEveryProgramItStarted)
 
 	// A cook that hangs at its end with a grandchild holding its output: the same, for the cook's whole tree.
 	// Meanwhile, with no terminal, a line every 10 seconds tells a CI service that the job lives.
-	const FCommandRun TimedOut = Ready.Run({"cook", "Islands", "--timeout", "12.5"}, {{"TESSEL_COOK_MODE", "hang"}});
+	const FCommandRun TimedOut = Ready.Run({"cook", "Islands", "--timeout", "16"}, {{"TESSEL_COOK_MODE", "hang"}});
 	EXPECT_EQ(TimedOut.ExitCode, 1) << TimedOut.Stderr;
-	EXPECT_NE(TimedOut.Stderr.find("timed out after 12.5 seconds"), std::string::npos) << TimedOut.Stderr;
+	EXPECT_NE(TimedOut.Stderr.find("timed out after 16 seconds"), std::string::npos) << TimedOut.Stderr;
 	EXPECT_NE(TimedOut.Stdout.find("waiting for the shader compiler"), std::string::npos) << TimedOut.Stdout;
 	EXPECT_NE(TimedOut.Stdout.find("TesselCmd: still cooking Islands, 1"), std::string::npos) << TimedOut.Stdout;
 #ifndef _WIN32

@@ -171,6 +171,11 @@ FProcHandle FPlatformProcess::CreateProc(const TCHAR* URL, const TCHAR* Parms, b
 		StartChild(Path.c_str(), Argv.data(), WorkingDirectory.empty() ? nullptr : WorkingDirectory.c_str(),
 				   PipeWriteChild, Report[1]);
 	}
+	if (ProcessId > 0)
+	{
+		// Noted at once, so that TerminateAllProcs can't miss a child that is still starting.
+		ProcessPosix::NoteChild(ProcessId);
+	}
 	close(Report[1]);
 	int ChildError = 0;
 	ssize_t Got = 0;
@@ -189,9 +194,9 @@ FProcHandle FPlatformProcess::CreateProc(const TCHAR* URL, const TCHAR* Parms, b
 		while (waitpid(ProcessId, &Status, 0) < 0 && errno == EINTR)
 		{
 		}
+		ProcessPosix::ForgetChild(ProcessId);
 		return FProcHandle();
 	}
-	ProcessPosix::NoteChild(ProcessId);
 	if (OutProcessID)
 	{
 		*OutProcessID = static_cast<uint32>(ProcessId);

@@ -19,9 +19,16 @@ namespace WindowsProcess
 		return Held;
 	}
 
+	bool bEndingEveryJob = false;
+
 	void NoteJob(HANDLE Job)
 	{
 		const std::lock_guard<std::mutex> Lock(JobsLock);
+		// A child started while, or after, every child was ended goes the same way, before it runs.
+		if (bEndingEveryJob)
+		{
+			TerminateJobObject(Job, KilledExitCode);
+		}
 		std::vector<HANDLE>& Held = Jobs();
 		Held.erase(std::remove_if(Held.begin(), Held.end(),
 								  [](HANDLE Each)
@@ -240,6 +247,7 @@ void FPlatformProcess::TerminateProc(FProcHandle& ProcessHandle, bool KillTree)
 void FPlatformProcess::TerminateAllProcs()
 {
 	const std::lock_guard<std::mutex> Lock(WindowsProcess::JobsLock);
+	WindowsProcess::bEndingEveryJob = true;
 	for (const HANDLE Job : WindowsProcess::Jobs())
 	{
 		TerminateJobObject(Job, WindowsProcess::KilledExitCode);

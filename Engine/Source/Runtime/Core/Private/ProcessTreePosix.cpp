@@ -126,10 +126,20 @@ std::set<pid_t>& Children()
 }
 }
 
+namespace
+{
+bool bEndingEveryChild = false;
+}
+
 void ProcessPosix::NoteChild(pid_t Child)
 {
 	const std::lock_guard<std::mutex> Lock(ChildrenLock);
 	Children().insert(Child);
+	// A child started while, or after, every child was ended goes the same way.
+	if (bEndingEveryChild)
+	{
+		KillProcessTree(Child);
+	}
 }
 
 void ProcessPosix::ForgetChild(pid_t Child)
@@ -141,6 +151,7 @@ void ProcessPosix::ForgetChild(pid_t Child)
 void ProcessPosix::KillEveryChildTree()
 {
 	const std::lock_guard<std::mutex> Lock(ChildrenLock);
+	bEndingEveryChild = true;
 	for (const pid_t Child : Children())
 	{
 		KillProcessTree(Child);

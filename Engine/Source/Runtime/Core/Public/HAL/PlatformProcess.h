@@ -65,7 +65,7 @@ struct CORE_API FPlatformProcess
 
 	// Ends the whole tree of every child started here whose end has not been collected, as TerminateProc with
 	// KillTree would; for a program that is told to stop (a signal, a time limit) while it waits on children.
-	// Any thread may call it.
+	// Children started afterwards are ended as they start. Any thread may call it.
 	static void TerminateAllProcs();
 
 	// Releases the handle; a child that still runs goes on and its end is collected in the background.
