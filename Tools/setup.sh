@@ -3,7 +3,11 @@
 # for Windows and of running it under Wine instead.
 set -euo pipefail
 
-packages=(cmake ninja-build g++ libgtest-dev libcli11-dev zlib1g-dev qt6-base-dev qt6-qpa-plugins fonts-dejavu-core fonts-roboto-unhinted pigz clang libclang-rt-dev ccache mold xvfb openbox)
+packages=(cmake ninja-build g++ libgtest-dev libcli11-dev zlib1g-dev qt6-base-dev qt6-qpa-plugins fonts-dejavu-core fonts-roboto-unhinted pigz clang libclang-rt-dev ccache mold xvfb openbox git jq python3-yaml)
+# The CI example's schema check runs on Node.js; a machine that has its own npm keeps it.
+if ! command -v npm >/dev/null; then
+	packages+=(nodejs npm)
+fi
 if [ "${1:-}" = "--windows" ]; then
 	packages=(cmake ninja-build g++-mingw-w64-x86-64-posix libz-mingw-w64-dev googletest libcli11-dev wine64 ccache xvfb openbox xdotool file fonts-roboto-unhinted)
 fi

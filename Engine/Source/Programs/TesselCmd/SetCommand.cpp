@@ -23,6 +23,11 @@ namespace
 		{TEXT("tags"), &FModSetup::Tags},
 		{TEXT("changenotes"), &FModSetup::ChangeNotes},
 		{TEXT("changenote"), &FModSetup::ChangeNotes},
+		// The Workshop id and the GUID, for bringing back what a publish or a cook elsewhere gave the mod
+		// (another checkout, a CI job).
+		{TEXT("publishedid"), &FModSetup::ItemSeamId},
+		{TEXT("publishedfileid"), &FModSetup::ItemSeamId},
+		{TEXT("guid"), &FModSetup::GUID},
 	};
 
 	FString NormalizeFieldName(const FString& Name)
@@ -91,6 +96,31 @@ namespace
 		return Value;
 	}
 
+	bool IsDecimalDigit(TCHAR Unit) { return Unit >= u'0' && Unit <= u'9'; }
+	bool IsUpperHexDigit(TCHAR Unit) { return IsDecimalDigit(Unit) || (Unit >= u'A' && Unit <= u'F'); }
+
+	bool AllOf(const FString& Value, bool (*Test)(TCHAR))
+	{
+		for (const TCHAR Unit : Value)
+		{
+			if (!Test(Unit))
+			{
+				return false;
+			}
+		}
+		return true;
+	}
+
+	bool IsWorkshopId(const FString& Value)
+	{
+		if (Value.Len() > 20 || Value.StartsWith(TEXT("0")) || !AllOf(Value, IsDecimalDigit))
+		{
+			return false;
+		}
+		// Twenty digits may pass 2^64 - 1.
+		return Value.Len() < 20 || !(FString(TEXT("18446744073709551615")) < Value);
+	}
+
 	FString CleanValue(FString FModSetup::*Member, const FString& Value)
 	{
 		if (Member == &FModSetup::Visibility)
@@ -120,12 +150,38 @@ namespace
 		}
 		if (Member == &FModSetup::PreviewImage && !Value.IsEmpty())
 		{
+			// A relative path is found from the working folder, else from the kit's folder, so that a script
+			// can name a picture kept in the kit wherever the kit was checked out.
 			const FString Path = ToFullPath(Value);
-			if (!IFileManager::Get().FileExists(*Path))
+			if (IFileManager::Get().FileExists(*Path))
 			{
-				throw FCommandError{EExitCode::BadInput, FString::Printf(TEXT("%s: no such preview image"), *Path)};
+				return Path;
 			}
-			return Path;
+			const FString InKit = FPaths::ConvertRelativePathToFull(FPaths::RootDir(), Value);
+			if (FPaths::IsRelative(Value) && IFileManager::Get().FileExists(*InKit))
+			{
+				return InKit;
+			}
+			throw FCommandError{EExitCode::BadInput,
+								FPaths::IsRelative(Value)
+									? FString::Printf(TEXT("%s: no such preview image (nor %s)"), *Path, *InKit)
+									: FString::Printf(TEXT("%s: no such preview image"), *Path)};
+		}
+		if (Member == &FModSetup::ItemSeamId && !Value.IsEmpty() && !IsWorkshopId(Value))
+		{
+			throw FCommandError{EExitCode::BadInput,
+								FString::Printf(TEXT("published id \"%s\" is not a Workshop id (a number from 1 to 18446744073709551615)"), *Value)};
+		}
+		if (Member == &FModSetup::GUID && !Value.IsEmpty())
+		{
+			// As the cook writes it: 32 hexadecimal digits, upper case, no separators.
+			const FString Upper = Value.ToUpper();
+			if (Upper.Len() != 32 || !AllOf(Upper, IsUpperHexDigit))
+			{
+				throw FCommandError{EExitCode::BadInput,
+									FString::Printf(TEXT("GUID \"%s\" is not 32 hexadecimal digits"), *Value)};
+			}
+			return Upper;
 		}
 		return Value;
 	}
@@ -162,8 +218,8 @@ int RunSet(const FGlobalOptions& Options, const FString& ModName, const TArray<F
 		if (!Field)
 		{
 			throw FCommandError{EExitCode::BadInput,
-								FString::Printf(TEXT("unknown field \"%s\": set title, description, preview, visibility, tags or "
-													 "change-notes"),
+								FString::Printf(TEXT("unknown field \"%s\": set title, description, preview, visibility, tags, "
+													 "change-notes, published-id or guid"),
 												*Name)};
 		}
 		Edited.*(Field->Member) = CleanValue(Field->Member, ReadValue(Text));

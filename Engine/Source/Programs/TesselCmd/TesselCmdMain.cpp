@@ -50,7 +50,7 @@ int main(int ArgC, char** ArgV)
 	Set->add_option("mod", SetMod, "The mod's folder name")->required();
 	Set->add_option("assignments", Assignments,
 					"<field>=<value>: title, description, preview, visibility (Public, \"Friends Only\", Hidden), tags (comma list of "
-					"the ten), change-notes; <field>=@<file> reads the value from a file")
+					"the ten), change-notes, published-id (the Workshop id); <field>=@<file> reads the value from a file")
 		->required();
 
 	CLI::App* Check = App.add_subcommand("check", "Every check an upload meets, each with what to do about it");

@@ -11,15 +11,18 @@
 // The account: any user name with any non-empty password logs in, and it has no Steam Guard. A third login
 // argument is taken as a Steam Guard code, as SteamCMD takes it, so a password that a blank split in two
 // logs in with its first half as the password, which is wrong: the login fails with "Invalid Password". A
-// login with a password caches it (config/loginusers/<user> beside the program); "+login <user>" alone then
-// logs in, as SteamCMD does on a machine where the user has logged in before.
+// login with a password, given or typed at its prompt, caches it (config/loginusers/<user> beside the
+// program); "+login <user>" alone then logs in, as SteamCMD does on a machine where the user has logged in
+// before.
 //
 // On success the item is published and its id written into the item file as a "publishedfileid" pair: a new
-// id for an item without one (from 2900000001 up, counted in workshop/last_publishedfileid.txt beside the
-// program), the same id for an update. Updating an id that this stand-in never published, or that another
-// user published, fails with "Access Denied". Published items are kept as workshop/<appid>/<id>.vdf beside
-// the program, with their title, texts, visibility, owner and the sizes that arrived. Every line printed is
-// also appended to logs/workshop_log.txt beside the program. The password is never printed or written.
+// id for an item without one (from 2900000001 up, counted in workshop/last_publishedfileid.txt), the same id
+// for an update. Updating an id that this stand-in never published, or that another user published, fails
+// with "Access Denied". Published items are kept as workshop/<appid>/<id>.vdf, with their title, texts,
+// visibility, owner and the sizes that arrived. That "workshop" folder is beside the program, or the folder
+// that TESSEL_STEAMCMD_WORKSHOP names, so that several copies of a kit can share one Workshop. Every line
+// printed is also appended to logs/workshop_log.txt beside the program. The password is never printed or
+// written.
 //
 // Misbehaviour for tests and demos, chosen by the environment variable TESSEL_STEAMCMD_MODE or by a file
 // "steamcmd.mode" beside the program (the variable wins):
@@ -128,6 +131,14 @@ namespace
 		return Child && !Child->bIsBlock ? Child->Value : FString();
 	}
 
+	// The published items and the id counter: "workshop" beside the program, so each kit counts on its own,
+	// or the folder TESSEL_STEAMCMD_WORKSHOP names, for copies of one kit that share one Workshop (CI jobs).
+	FString WorkshopDir()
+	{
+		const FString Shared = StandIn::Environment("TESSEL_STEAMCMD_WORKSHOP");
+		return Shared.IsEmpty() ? ProgramDir() / TEXT("workshop") : Shared;
+	}
+
 	// The next id for a new item; the counter lives beside the program, so each kit counts on its own.
 	FString NewPublishedId(const FString& StoreDir)
 	{
@@ -159,6 +170,8 @@ namespace
 		const FString User = FString::FromUtf8(Args[0]);
 		const bool bHasPassword = Args.size() >= 2 && !Args[1].empty();
 		const bool bHasCode = Args.size() >= 3;
+		// Typed at the prompt or given, a password that logs in is cached.
+		bool bGavePassword = bHasPassword;
 		Print(FString::Printf(TEXT("Logging in user '%s' to Steam Public..."), *User));
 		if (Mode == TEXT("network"))
 		{
@@ -183,6 +196,7 @@ namespace
 				Print(TEXT("FAILED (Invalid Password)"));
 				return false;
 			}
+			bGavePassword = true;
 		}
 		if (Mode == TEXT("wrong-password") || (bHasCode && Mode != TEXT("steam-guard")))
 		{
@@ -203,7 +217,7 @@ namespace
 				return false;
 			}
 		}
-		if (bHasPassword)
+		if (bGavePassword)
 		{
 			IFileManager::Get().MakeDirectory(*FPaths::GetPath(Cached), true);
 			FFileHelper::SaveStringToFile(TEXT("cached\n"), *Cached);
@@ -301,7 +315,7 @@ namespace
 			return Refuse(TEXT("The description or the change note is longer than 8000 characters."), TEXT("Limit Exceeded"));
 		}
 
-		const FString StoreDir = ProgramDir() / TEXT("workshop");
+		const FString StoreDir = WorkshopDir();
 		const bool bNewItem = PublishedId.IsEmpty() || PublishedId == TEXT("0");
 		if (!bNewItem)
 		{

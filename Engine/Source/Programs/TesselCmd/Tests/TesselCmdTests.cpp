@@ -199,6 +199,19 @@ TEST(TesselCmdTests, SetSavesCleanedFieldsAndRefusesBadOnesWithoutWriting)
 	EXPECT_EQ(Tool->ModList[0]->Tags, FString(TEXT("Map,Mod")));
 	Tool->ModList.Empty();
 
+	// From a working folder outside the kit, a relative preview is the kit's; the id and GUID that a publish
+	// elsewhere learned come back as given, the GUID as the cook writes it.
+	const FString Elsewhere = Ready.Kit.Root() / TEXT("Orrery/Content");
+	const FCommandRun Back = RunTesselCmd(FCommandSetup{{"--kit", Utf8(Ready.Kit.Root()), "--json", "set", "Islands", "preview=Previews/Islands.png",
+														 "published-id=18446744073709551615", "guid=0123456789abcdef0123456789ABCDEF"},
+														{},
+														Utf8(Elsewhere)});
+	ASSERT_EQ(Back.ExitCode, 0) << Back.Stderr;
+	const TSharedPtr<FJsonObject> Returned = ParseJson(Back.Stdout)->GetObjectField(TEXT("mod"));
+	EXPECT_EQ(Returned->GetStringField(TEXT("PreviewImage")), Ready.Preview);
+	EXPECT_EQ(Returned->GetStringField(TEXT("ItemSeamId")), FString(TEXT("18446744073709551615")));
+	EXPECT_EQ(Returned->GetStringField(TEXT("GUID")), FString(TEXT("0123456789ABCDEF0123456789ABCDEF")));
+
 	const std::string Saved = DatabaseBytes(Ready.Kit);
 	struct FBadCase
 	{
@@ -210,6 +223,11 @@ TEST(TesselCmdTests, SetSavesCleanedFieldsAndRefusesBadOnesWithoutWriting)
 		{{"set", "Islands", "title=Kept out", "tags=Map,Boats"}, "tag \"Boats\" is not one of"},
 		{{"set", "Islands", "visibility=Secret"}, "visibility \"Secret\" is not one of \"Public\", \"Friends Only\", \"Hidden\""},
 		{{"set", "Islands", "preview=/no/such.png"}, "/no/such.png: no such preview image"},
+		{{"set", "Islands", "preview=Previews/None.png"}, "Previews/None.png: no such preview image (nor "},
+		{{"set", "Islands", "published-id=29e9"}, "published id \"29e9\" is not a Workshop id"},
+		{{"set", "Islands", "published-id=18446744073709551616"}, "is not a Workshop id"},
+		{{"set", "Islands", "published-id=042"}, "is not a Workshop id"},
+		{{"set", "Islands", "guid=0123456789ABCDEF0123456789ABCDEG"}, "is not 32 hexadecimal digits"},
 		{{"set", "Islands", "description=@/no/such.txt"}, "/no/such.txt: can't be read"},
 		{{"set", "Islands", "title"}, "expected <field>=<value>"},
 		{{"set", "Atlantis", "title=x"}, "Atlantis: no such mod in"},
