@@ -6,8 +6,8 @@
 int RunCheck(const FGlobalOptions& Options, const FString& ModName)
 {
 	LocateKit(Options.Kit);
-	RequireReadableDatabase();
 	FHeadlessTool Tool;
+	RequireReadableDatabase(Tool);
 	const TSharedPtr<FModSetup> Mod = SelectMod(Tool, ModName);
 	const TArray<FUploadCheck> Checks = RunUploadChecks(*Mod);
 	const bool bReady = !Checks.ContainsByPredicate([](const FUploadCheck& Check) { return !Check.bPassed && Check.bBlocksCheck; });

@@ -4,6 +4,9 @@
 #include "Dom/JsonObject.h"
 #include "Dom/JsonValue.h"
 
+#include <functional>
+#include <string>
+
 // The exit codes of every command.
 enum class EExitCode : int
 {
@@ -37,6 +40,9 @@ public:
 	static void Note(const FString& Text);
 	// Prints the document as the run's one result on stdout.
 	static void Print(const TSharedRef<FJsonObject>& Document);
+	// Prints the document that Write writes, as Print prints it, a block at a time as it is written: for a
+	// document too large to build whole.
+	static void PrintWritten(const std::function<void(class JsonWriter&)>& Write);
 	// The document as UTF-8 JSON text, indented with tabs, lines ended by a line feed.
 	static std::string ToJsonText(const TSharedRef<FJsonObject>& Document);
 

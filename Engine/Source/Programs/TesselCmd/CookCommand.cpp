@@ -299,6 +299,7 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 	}
 
 	FHeadlessTool Tool;
+	RequireReadableDatabase(Tool);
 	TArray<TSharedPtr<FModSetup>> Mods;
 	if (Cook.bAll)
 	{

@@ -7,7 +7,10 @@
 #include "Misc/CString.h"
 #include "Misc/FileHelper.h"
 
+#include <algorithm>
+#include <cstring>
 #include <filesystem>
+#include <vector>
 
 FString GetWorkingDirectory()
 {
@@ -59,20 +62,21 @@ void LocateKit(const FString& GivenKit)
 	FPaths::SetBaseDir(FPaths::EngineDir() / TEXT("Binaries/Win64"));
 }
 
-void RequireReadableDatabase()
+void RequireReadableDatabase(const FHeadlessTool& Tool)
 {
-	const FString Path = STesselTool::GetModDatabasePath();
-	if (!IFileManager::Get().FileExists(*Path))
+	if (!Tool.Get().bModDatabaseUnreadable)
 	{
 		return;
 	}
+	// Read once more only to say why: a large file is read once on the way that works.
+	const FString Path = STesselTool::GetModDatabasePath();
 	TArray<TSharedPtr<FModSetup>> Records;
 	FString SteamUsername;
 	FString Error;
 	switch (STesselTool::ReadModDatabase(Path, Records, SteamUsername, Error))
 	{
 	case STesselTool::EModDatabaseRead::Read:
-		return;
+		throw FCommandError{EExitCode::JobFailed, FString::Printf(TEXT("%s: changed while it was read; run the command again"), *Path)};
 	case STesselTool::EModDatabaseRead::Unopenable:
 		throw FCommandError{EExitCode::JobFailed, FString::Printf(TEXT("%s: %s"), *Path, *Error)};
 	case STesselTool::EModDatabaseRead::Unreadable:
@@ -101,11 +105,41 @@ TSharedPtr<FModSetup> SelectMod(FHeadlessTool& Tool, const FString& ModDir)
 
 namespace
 {
-	std::string ReadAllBytes(const FString& Path)
+	// The file's size and an FNV-1a hash of its bytes taken as 64-bit words, read a block at a time: enough to know whether
+	// another save replaced it, without holding a large file in memory. A missing file has size -1.
+	FFileFingerprint Fingerprint(const FString& Path)
 	{
-		TArray<uint8> Bytes;
-		FFileHelper::LoadFileToArray(Bytes, *Path);
-		return std::string(reinterpret_cast<const char*>(Bytes.GetData()), static_cast<size_t>(Bytes.Num()));
+		FFileFingerprint Result;
+		TUniquePtr<FArchive> Reader(IFileManager::Get().CreateFileReader(*Path, 0));
+		if (!Reader)
+		{
+			Result.Size = FPaths::FileExists(Path) ? -2 : -1;
+			return Result;
+		}
+		Result.Size = Reader->TotalSize();
+		std::vector<uint8> Block(1 << 20);
+		uint64 Hash = 14695981039346656037ull;
+		for (int64 Left = Result.Size; Left > 0;)
+		{
+			const int64 Count = std::min<int64>(Left, static_cast<int64>(Block.size()));
+			Reader->Serialize(Block.data(), Count);
+			// Eight bytes a step; the last few one by one.
+			int64 Index = 0;
+			for (; Index + 8 <= Count; Index += 8)
+			{
+				uint64 Word;
+				std::memcpy(&Word, Block.data() + Index, 8);
+				Hash = (Hash ^ Word) * 1099511628211ull;
+			}
+			for (; Index < Count; ++Index)
+			{
+				Hash = (Hash ^ Block[static_cast<size_t>(Index)]) * 1099511628211ull;
+			}
+			Left -= Count;
+		}
+		Reader->Close();
+		Result.Hash = Hash;
+		return Result;
 	}
 
 	// A save writes ".Mods.db.tmp<process>-<n>" and renames it; a run killed in between leaves it behind.
@@ -160,8 +194,7 @@ FDatabaseGuard::FDatabaseGuard(bool bHoldLock) : Path(STesselTool::GetModDatabas
 	{
 		HeldLock = LockDatabase(Path);
 	}
-	RequireReadableDatabase();
-	ReadBytes = ReadAllBytes(Path);
+	ReadFingerprint = Fingerprint(Path);
 }
 
 FDatabaseGuard::~FDatabaseGuard() = default;
@@ -170,5 +203,5 @@ void FDatabaseGuard::Save(const std::function<void(bool bChanged)>& Save) const
 {
 	const std::unique_ptr<FFileLock> Lock = HeldLock ? nullptr : LockDatabase(Path);
 	RemoveStaleTemporaries(Path);
-	Save(ReadAllBytes(Path) != ReadBytes);
+	Save(Fingerprint(Path) != ReadFingerprint);
 }

@@ -16,15 +16,23 @@ FString ToFullPath(const FString& UserPath);
 // that holds a project (a folder <Name> with <Name>.uproject in it). Throws BadInput when there is none.
 void LocateKit(const FString& GivenKit);
 
-// Throws BadInput when Mods.db is there but doesn't parse, and JobFailed when it can't be opened: a command
-// never lets the tool's save replace a file whose records it couldn't read.
-void RequireReadableDatabase();
+// Throws BadInput when the tool found Mods.db there but it doesn't parse, and JobFailed when it can't be
+// opened: a command never lets the tool's save replace a file whose records it couldn't read.
+void RequireReadableDatabase(const FHeadlessTool& Tool);
 
 // The record of the mod folder named ModDir, selected in the tool; throws BadInput naming the mods there are.
 TSharedPtr<FModSetup> SelectMod(FHeadlessTool& Tool, const FString& ModDir);
 
+// The bytes of a file as far as a save that replaced it would tell.
+struct FFileFingerprint
+{
+	int64 Size = -1;
+	uint64 Hash = 0;
+	bool operator!=(const FFileFingerprint& Other) const { return Size != Other.Size || Hash != Other.Hash; }
+};
+
 // Mods.db as a command that writes found it, so that its save never drops what another run, or the window, saved
-// meanwhile. Reading it checks it as RequireReadableDatabase does.
+// meanwhile.
 class FDatabaseGuard
 {
 public:
@@ -39,6 +47,6 @@ public:
 
 private:
 	FString Path;
-	std::string ReadBytes;
+	FFileFingerprint ReadFingerprint;
 	std::unique_ptr<class FFileLock> HeldLock;
 };

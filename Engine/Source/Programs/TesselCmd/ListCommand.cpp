@@ -2,26 +2,32 @@
 #include "Commands.h"
 #include "KitSession.h"
 #include "ModRecordText.h"
+#include "json/JsonSerializer.h"
 
 int RunList(const FGlobalOptions& Options)
 {
 	LocateKit(Options.Kit);
-	RequireReadableDatabase();
 	FHeadlessTool Tool;
+	RequireReadableDatabase(Tool);
 	const FCommandOutput Output(Options.bJson);
 
 	if (Output.IsJson())
 	{
-		TSharedRef<FJsonObject> Document = MakeShared<FJsonObject>();
-		Document->SetStringField(TEXT("kit"), FPaths::RootDir());
-		Document->SetStringField(TEXT("database"), STesselTool::GetModDatabasePath());
-		TArray<TSharedPtr<FJsonValue>> Mods;
-		for (const TSharedPtr<FModSetup>& Mod : Tool.GetMods())
-		{
-			Mods.Add(Mod->ToJsonValue());
-		}
-		Document->SetArrayField(TEXT("mods"), Mods);
-		FCommandOutput::Print(Document);
+		// The document {"kit", "database", "mods": [...]}, written a record at a time.
+		FCommandOutput::PrintWritten(
+			[&](JsonWriter& Writer)
+			{
+				Writer.WriteObjectStart();
+				Writer.WriteValue(TEXT("kit"), FPaths::RootDir());
+				Writer.WriteValue(TEXT("database"), STesselTool::GetModDatabasePath());
+				Writer.WriteArrayStart(TEXT("mods"));
+				for (const TSharedPtr<FModSetup>& Mod : Tool.GetMods())
+				{
+					JsonSerializer::SerializeValue(Mod->ToJsonValue(), FString(), Writer);
+				}
+				Writer.WriteArrayEnd();
+				Writer.WriteObjectEnd();
+			});
 	}
 	else
 	{

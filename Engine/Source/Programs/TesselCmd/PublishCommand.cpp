@@ -300,6 +300,7 @@ int RunPublish(const FGlobalOptions& Options, const FPublishOptions& Publish)
 	// Held for the whole run: the uploader's route saves the id it learns at once, over whatever is there.
 	const FDatabaseGuard Guard(true);
 	FHeadlessTool Tool;
+	RequireReadableDatabase(Tool);
 	const TArray<TSharedPtr<FModSetup>> Mods = Publish.bAll ? Tool.GetMods() : TArray<TSharedPtr<FModSetup>>{SelectMod(Tool, Publish.Mod)};
 
 	const FCommandOutput Output(Options.bJson);

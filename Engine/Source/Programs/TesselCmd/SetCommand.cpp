@@ -4,6 +4,7 @@
 #include "KitSession.h"
 #include "Misc/FileHelper.h"
 #include "ModRecordText.h"
+#include "json/JsonSerializer.h"
 
 namespace
 {
@@ -187,11 +188,42 @@ namespace
 	}
 }
 
+namespace
+{
+	// The record of ModDir as the tool would read it from the file, made alone: the other records of a large
+	// file are passed over, not kept. Null when the file doesn't read or has no such record.
+	TSharedPtr<FModSetup> ReadSavedRecord(const FString& Path, const FString& ModDir)
+	{
+		TUniquePtr<FArchive> Reader(IFileManager::Get().CreateFileReader(*Path, 0));
+		if (!Reader)
+		{
+			return nullptr;
+		}
+		TSharedPtr<FModSetup> Found;
+		JsonSerializer::FArrayMemberStream Stream;
+		Stream.Member = TEXT("Mods");
+		Stream.OnMemberStart = [&] { Found.Reset(); };
+		Stream.OnElement = [&](const TSharedPtr<FJsonValue>& Element)
+		{
+			const TSharedPtr<FJsonObject> Object = Element ? Element->AsObject() : nullptr;
+			if (!Found && Object && Object->GetStringField(TEXT("ModDir")) == ModDir)
+			{
+				Found = MakeShared<FModSetup>(Element);
+			}
+		};
+		TSharedPtr<FJsonObject> Root;
+		const bool bRead = JsonSerializer::Deserialize(MakeShared<JsonReader>(Reader.get()), Root, Stream);
+		Reader->Close();
+		return bRead ? Found : nullptr;
+	}
+}
+
 int RunSet(const FGlobalOptions& Options, const FString& ModName, const TArray<FString>& Assignments)
 {
 	LocateKit(Options.Kit);
 	const FDatabaseGuard Guard;
 	FHeadlessTool Tool;
+	RequireReadableDatabase(Tool);
 	// The one save is the explicit one below; whatever fails before it, the file stays as it was.
 
 	const TSharedPtr<FModSetup> Mod = SelectMod(Tool, ModName);
@@ -242,14 +274,9 @@ int RunSet(const FGlobalOptions& Options, const FString& ModName, const TArray<F
 		});
 
 	// The tool's save reports nothing, so the file is read back to be sure the edit arrived.
-	TArray<TSharedPtr<FModSetup>> Saved;
-	FString SavedUser;
-	FString Error;
-	STesselTool::ReadModDatabase(Path, Saved, SavedUser, Error);
-	const TSharedPtr<FModSetup>* Found =
-		Saved.FindByPredicate([&](const TSharedPtr<FModSetup>& Record) { return Record->ModDir == Edited.ModDir; });
+	const TSharedPtr<FModSetup> Found = ReadSavedRecord(Path, Edited.ModDir);
 	const FCommandOutput Output(Options.bJson);
-	if (!Found || FCommandOutput::ToJsonText((*Found)->ToJsonValue()->AsObject().ToSharedRef()) !=
+	if (!Found || FCommandOutput::ToJsonText(Found->ToJsonValue()->AsObject().ToSharedRef()) !=
 					  FCommandOutput::ToJsonText(Edited.ToJsonValue()->AsObject().ToSharedRef()))
 	{
 		throw FCommandError{EExitCode::JobFailed, FString::Printf(TEXT("%s: the edit could not be saved"), *Path)};

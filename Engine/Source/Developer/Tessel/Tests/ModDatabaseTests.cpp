@@ -143,6 +143,33 @@ TEST(ModDatabaseTests, OldAndPartialFilesLoad)
 	EXPECT_TRUE(Tool.ModList[2]->GUID.IsEmpty());
 }
 
+// Records are made as the file is read; what they are must still follow the whole document: the root's last
+// "Mods" member counts, and only the root's.
+TEST(ModDatabaseTests, OnlyTheRootsLastModsMemberGivesRecords)
+{
+	FTestKit Kit;
+	const std::pair<std::u16string, std::vector<const char16_t*>> Cases[] = {
+		{u"{\"Mods\":[{\"ModDir\":\"First\"}],\"Mods\":[{\"ModDir\":\"Second\"},{\"ModDir\":\"Third\"}]}", {u"Second", u"Third"}},
+		{u"{\"Mods\":[{\"ModDir\":\"Gone\"}],\"Mods\":\"not a list\"}", {}},
+		{u"{\"Extra\":{\"Mods\":[{\"ModDir\":\"Nested\"}]},\"Mods\":[{\"ModDir\":\"Root\",\"Mods\":[{\"ModDir\":\"Inner\"}]}]}",
+		 {u"Root"}},
+		{u"{\"mods\":[{\"ModDir\":\"Lower\"}],\"Mods\":[[{\"ModDir\":\"InAList\"}],{\"ModDir\":\"Kept\"}]}", {u"", u"Kept"}},
+	};
+	for (const auto& [Text, Expected] : Cases)
+	{
+		WriteDatabase(Kit, Text);
+		TArray<TSharedPtr<FModSetup>> Records;
+		FString User;
+		FString Error;
+		ASSERT_EQ(STesselTool::ReadModDatabase(STesselTool::GetModDatabasePath(), Records, User, Error), STesselTool::EModDatabaseRead::Read);
+		ASSERT_EQ(Records.Num(), static_cast<int32>(Expected.size())) << FString(Text);
+		for (size_t Index = 0; Index < Expected.size(); ++Index)
+		{
+			EXPECT_EQ(Records[static_cast<int32>(Index)]->ModDir, FString(Expected[Index])) << FString(Text);
+		}
+	}
+}
+
 TEST(ModDatabaseTests, UnreadableOrBrokenFilesGiveNoRecordsAndKeepTheUserName)
 {
 	FTestKit Kit;

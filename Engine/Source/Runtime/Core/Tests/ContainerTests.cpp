@@ -26,6 +26,38 @@ TEST(ContainerTests, MapKeepsInsertionOrderAcrossReplaceAndRemove)
 	EXPECT_EQ(Map.Find(TEXT("ZETA")), nullptr); // keys are exact
 }
 
+// A map searches pair by pair while it is small and by hash once it is large; it must hold the same across
+// growing past that size and shrinking back under it.
+TEST(ContainerTests, MapFindsEveryKeyAsItGrowsAndShrinks)
+{
+	TMap<FString, int32> Map;
+	auto Key = [](int32 Number) { return FString::Printf(TEXT("key%d"), Number); };
+	for (int32 Number = 0; Number < 40; ++Number)
+	{
+		Map.Add(Key(Number), Number);
+		for (int32 Earlier = 0; Earlier <= Number; ++Earlier)
+		{
+			ASSERT_EQ(Map.FindRef(Key(Earlier)), Earlier) << "after adding " << Number;
+		}
+		ASSERT_FALSE(Map.Contains(Key(Number + 1)));
+	}
+	// Removing from the front shifts every later pair; each must still be found at its new place.
+	for (int32 Number = 0; Number < 35; ++Number)
+	{
+		ASSERT_EQ(Map.Remove(Key(Number)), 1);
+		ASSERT_EQ(Map.Remove(Key(Number)), 0);
+		for (int32 Later = Number + 1; Later < 40; ++Later)
+		{
+			ASSERT_EQ(Map.FindRef(Key(Later)), Later) << "after removing " << Number;
+		}
+	}
+	Map.Add(Key(7), 70);
+	TArray<FString> Keys;
+	Map.GetKeys(Keys);
+	EXPECT_EQ(Keys, (TArray<FString>{Key(35), Key(36), Key(37), Key(38), Key(39), Key(7)}));
+	EXPECT_EQ(Map[Key(7)], 70);
+}
+
 TEST(ContainerTests, ArrayRemovesAndClosesUp)
 {
 	TArray<int32> Items{1, 2, 3, 2, 4};

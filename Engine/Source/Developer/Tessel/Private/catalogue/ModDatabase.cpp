@@ -13,8 +13,14 @@ STesselTool::EModDatabaseRead STesselTool::ReadModDatabase(const FString& Path, 
 		return EModDatabaseRead::Unopenable;
 	}
 	const TSharedRef<JsonReader> Json = MakeShared<JsonReader>(Reader.get());
+	// Each record is made as its text is read, so that the file never stands whole in memory as a document.
+	TArray<TSharedPtr<FModSetup>> Records;
+	JsonSerializer::FArrayMemberStream Stream;
+	Stream.Member = TEXT("Mods");
+	Stream.OnMemberStart = [&] { Records.Empty(); };
+	Stream.OnElement = [&](const TSharedPtr<FJsonValue>& Element) { Records.Add(MakeShared<FModSetup>(Element)); };
 	TSharedPtr<FJsonObject> Root;
-	const bool bParsed = JsonSerializer::Deserialize(Json, Root);
+	const bool bParsed = JsonSerializer::Deserialize(Json, Root, Stream);
 	Reader->Close();
 	if (!bParsed)
 	{
@@ -22,10 +28,7 @@ STesselTool::EModDatabaseRead STesselTool::ReadModDatabase(const FString& Path, 
 		return EModDatabaseRead::Unreadable;
 	}
 	OutSteamUsername = Root->GetStringField(TEXT("SteamUsername"));
-	for (const TSharedPtr<FJsonValue>& Element : Root->GetArrayField(TEXT("Mods")))
-	{
-		OutMods.Add(MakeShared<FModSetup>(Element));
-	}
+	OutMods.Append(std::move(Records));
 	return EModDatabaseRead::Read;
 }
 
@@ -59,21 +62,11 @@ bool STesselTool::KeepUnreadableModDatabase(const FString& Path)
 
 FReply STesselTool::SaveModDatabase()
 {
-	TSharedPtr<FJsonObject> Root = MakeShared<FJsonObject>();
-	Root->SetStringField(TEXT("SteamUsername"), SteamUsername);
-
-	TArray<TSharedPtr<FJsonValue>> Mods;
-	Mods.Reserve(ModList.Num());
-	for (const TSharedPtr<FModSetup>& Mod : ModList)
-	{
-		Mods.Add(Mod->ToJsonValue());
-	}
 	// With no records the file stays as it is, whatever it holds.
-	if (Mods.Num() == 0)
+	if (ModList.Num() == 0)
 	{
 		return FReply::Handled();
 	}
-	Root->SetArrayField(TEXT("Mods"), Mods);
 
 	// A file that didn't load is the user's work all the same: without a copy of it, it stays as it is.
 	if (bModDatabaseUnreadable)
@@ -90,7 +83,19 @@ FReply STesselTool::SaveModDatabase()
 	{
 		return FReply::Handled();
 	}
-	JsonSerializer::Serialize(Root.ToSharedRef(), MakeShared<JsonWriter>(Writer.get(), 0));
+	// The root object {"SteamUsername", "Mods": [...]}, written a record at a time: the same text as the whole
+	// document written at once, without ever holding it.
+	JsonWriter Json(Writer.get(), 0);
+	Json.WriteObjectStart();
+	Json.WriteValue(TEXT("SteamUsername"), SteamUsername);
+	Json.WriteArrayStart(TEXT("Mods"));
+	for (const TSharedPtr<FModSetup>& Mod : ModList)
+	{
+		JsonSerializer::SerializeValue(Mod->ToJsonValue(), FString(), Json);
+	}
+	Json.WriteArrayEnd();
+	Json.WriteObjectEnd();
+	Json.Close();
 	Writer->Close();
 	return FReply::Handled();
 }

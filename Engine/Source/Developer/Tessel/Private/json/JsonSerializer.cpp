@@ -10,6 +10,8 @@ namespace
 		FString Identifier;
 		TArray<TSharedPtr<FJsonValue>> Array;
 		TSharedPtr<FJsonObject> Object;
+		// The elements of this array go to the stream instead of into it.
+		bool bStreamed = false;
 	};
 
 	struct JsonElement
@@ -21,6 +23,11 @@ namespace
 }
 
 bool JsonSerializer::Deserialize(const TSharedRef<JsonReader>& Reader, TSharedPtr<FJsonObject>& OutObject)
+{
+	return Deserialize(Reader, OutObject, FArrayMemberStream());
+}
+
+bool JsonSerializer::Deserialize(const TSharedRef<JsonReader>& Reader, TSharedPtr<FJsonObject>& OutObject, const FArrayMemberStream& Stream)
 {
 	TArray<TSharedPtr<JsonScope>> ScopeStack;
 	TSharedPtr<JsonScope> CurrentScope;
@@ -34,6 +41,13 @@ bool JsonSerializer::Deserialize(const TSharedRef<JsonReader>& Reader, TSharedPt
 	{
 		FString Identifier = Reader->GetIdentifier();
 		TSharedPtr<FJsonValue> NewValue;
+		const bool bStreamedMember = !Stream.Member.IsEmpty() && CurrentScope && ScopeStack.Num() == 0 &&
+									 CurrentScope->Type == EJson::Object && Notation != EJsonNotation::ObjectEnd &&
+									 Notation != EJsonNotation::ArrayEnd && Notation != EJsonNotation::Error && Identifier == Stream.Member;
+		if (bStreamedMember && Stream.OnMemberStart)
+		{
+			Stream.OnMemberStart();
+		}
 		switch (Notation)
 		{
 		case EJsonNotation::ObjectStart:
@@ -45,6 +59,7 @@ bool JsonSerializer::Deserialize(const TSharedRef<JsonReader>& Reader, TSharedPt
 			CurrentScope = MakeShared<JsonScope>();
 			CurrentScope->Type = Notation == EJsonNotation::ObjectStart ? EJson::Object : EJson::Array;
 			CurrentScope->Identifier = Identifier;
+			CurrentScope->bStreamed = bStreamedMember && Notation == EJsonNotation::ArrayStart;
 			if (Notation == EJsonNotation::ObjectStart)
 			{
 				CurrentScope->Object = MakeShared<FJsonObject>();
@@ -94,6 +109,13 @@ bool JsonSerializer::Deserialize(const TSharedRef<JsonReader>& Reader, TSharedPt
 					CurrentScope->Object->SetField(Identifier, NewValue);
 				}
 			}
+			else if (CurrentScope->bStreamed)
+			{
+				if (Stream.OnElement)
+				{
+					Stream.OnElement(NewValue);
+				}
+			}
 			else
 			{
 				CurrentScope->Array.Add(NewValue);
@@ -115,10 +137,17 @@ bool JsonSerializer::Deserialize(const TSharedRef<JsonReader>& Reader, TSharedPt
 
 bool JsonSerializer::Serialize(const TSharedRef<FJsonObject>& Object, const TSharedRef<JsonWriter>& Writer)
 {
+	SerializeValue(MakeShared<FJsonValueObject>(Object.ToSharedPtr()), FString(), *Writer);
+	return Writer->Close();
+}
+
+void JsonSerializer::SerializeValue(const TSharedPtr<FJsonValue>& Value, const FString& Identifier, JsonWriter& Writer)
+{
 	TArray<TSharedPtr<JsonElement>> ElementStack;
 	{
 		TSharedPtr<JsonElement> Root = MakeShared<JsonElement>();
-		Root->Value = MakeShared<FJsonValueObject>(Object.ToSharedPtr());
+		Root->Identifier = Identifier;
+		Root->Value = Value;
 		ElementStack.Add(Root);
 	}
 
@@ -136,30 +165,30 @@ bool JsonSerializer::Serialize(const TSharedRef<FJsonObject>& Object, const TSha
 		switch (Element->Value->Type)
 		{
 		case EJson::Null:
-			bNamed ? Writer->WriteNull(Element->Identifier) : Writer->WriteNull();
+			bNamed ? Writer.WriteNull(Element->Identifier) : Writer.WriteNull();
 			break;
 		case EJson::String:
-			bNamed ? Writer->WriteValue(Element->Identifier, Element->Value->AsString())
-				   : Writer->WriteValue(Element->Value->AsString());
+			bNamed ? Writer.WriteValue(Element->Identifier, Element->Value->AsString())
+				   : Writer.WriteValue(Element->Value->AsString());
 			break;
 		case EJson::Number:
-			bNamed ? Writer->WriteValue(Element->Identifier, Element->Value->AsNumber())
-				   : Writer->WriteValue(Element->Value->AsNumber());
+			bNamed ? Writer.WriteValue(Element->Identifier, Element->Value->AsNumber())
+				   : Writer.WriteValue(Element->Value->AsNumber());
 			break;
 		case EJson::Boolean:
-			bNamed ? Writer->WriteValue(Element->Identifier, Element->Value->AsBool())
-				   : Writer->WriteValue(Element->Value->AsBool());
+			bNamed ? Writer.WriteValue(Element->Identifier, Element->Value->AsBool())
+				   : Writer.WriteValue(Element->Value->AsBool());
 			break;
 		case EJson::Array:
 			if (Element->bProcessed)
 			{
-				Writer->WriteArrayEnd();
+				Writer.WriteArrayEnd();
 			}
 			else
 			{
 				Element->bProcessed = true;
 				ElementStack.Add(Element);
-				bNamed ? Writer->WriteArrayStart(Element->Identifier) : Writer->WriteArrayStart();
+				bNamed ? Writer.WriteArrayStart(Element->Identifier) : Writer.WriteArrayStart();
 				const TArray<TSharedPtr<FJsonValue>>& Entries = Element->Value->AsArray();
 				for (int32 Index = Entries.Num() - 1; Index >= 0; --Index)
 				{
@@ -172,13 +201,13 @@ bool JsonSerializer::Serialize(const TSharedRef<FJsonObject>& Object, const TSha
 		case EJson::Object:
 			if (Element->bProcessed)
 			{
-				Writer->WriteObjectEnd();
+				Writer.WriteObjectEnd();
 			}
 			else
 			{
 				Element->bProcessed = true;
 				ElementStack.Add(Element);
-				bNamed ? Writer->WriteObjectStart(Element->Identifier) : Writer->WriteObjectStart();
+				bNamed ? Writer.WriteObjectStart(Element->Identifier) : Writer.WriteObjectStart();
 				TArray<FString> Keys;
 				TArray<TSharedPtr<FJsonValue>> Values;
 				// A value object without its object (made from malformed text) is written as an empty object.
@@ -205,5 +234,4 @@ bool JsonSerializer::Serialize(const TSharedRef<FJsonObject>& Object, const TSha
 			std::abort();
 		}
 	}
-	return Writer->Close();
 }

@@ -3,6 +3,7 @@
 #include "Serialization/Archive.h"
 
 #include <cstdio>
+#include <vector>
 
 void JsonWriter::WriteChar(TCHAR Char)
 {
@@ -39,7 +40,16 @@ void JsonWriter::WriteNumber(double Value)
 
 void JsonWriter::WriteStringValue(const FString& String)
 {
-	WriteChar(u'"');
+	// The whole quoted text goes to the stream at once: a call per unit was most of the time of writing a large
+	// database.
+	std::vector<uint8> Bytes;
+	Bytes.reserve(static_cast<size_t>(String.Len()) * 2 + 8);
+	auto Put = [&Bytes](TCHAR Unit)
+	{
+		Bytes.push_back(static_cast<uint8>(Unit & 0xFF));
+		Bytes.push_back(static_cast<uint8>(Unit >> 8));
+	};
+	Put(u'"');
 	for (TCHAR Char : String)
 	{
 		// The units written as a backslash and a letter; every other unit, control units too, stands as it is.
@@ -70,15 +80,16 @@ void JsonWriter::WriteStringValue(const FString& String)
 		}
 		if (Escaped != 0)
 		{
-			WriteChar(u'\\');
-			WriteChar(Escaped);
+			Put(u'\\');
+			Put(Escaped);
 		}
 		else
 		{
-			WriteChar(Char);
+			Put(Char);
 		}
 	}
-	WriteChar(u'"');
+	Put(u'"');
+	Stream->Serialize(Bytes.data(), static_cast<int64>(Bytes.size()));
 }
 
 bool JsonWriter::CanWriteValueWithoutIdentifier() const

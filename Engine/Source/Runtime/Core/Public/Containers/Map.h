@@ -31,8 +31,18 @@ public:
 			*Existing = Value;
 			return *Existing;
 		}
-		Index.emplace(Key, Pairs.Num());
 		Pairs.Add(PairType{Key, Value});
+		if (Pairs.Num() == LinearLimit + 1)
+		{
+			for (int32 Position = 0; Position < Pairs.Num(); ++Position)
+			{
+				Index.emplace(Pairs[Position].Key, Position);
+			}
+		}
+		else if (UsesIndex())
+		{
+			Index.emplace(Key, Pairs.Num() - 1);
+		}
 		return Pairs.Last().Value;
 	}
 	ValueType& Emplace(const KeyType& Key, ValueType Value) { return Add(Key, std::move(Value)); }
@@ -48,13 +58,13 @@ public:
 
 	ValueType* Find(const KeyType& Key)
 	{
-		auto It = Index.find(Key);
-		return It == Index.end() ? nullptr : &Pairs[It->second].Value;
+		const int32 Position = IndexOf(Key);
+		return Position < 0 ? nullptr : &Pairs[Position].Value;
 	}
 	const ValueType* Find(const KeyType& Key) const
 	{
-		auto It = Index.find(Key);
-		return It == Index.end() ? nullptr : &Pairs[It->second].Value;
+		const int32 Position = IndexOf(Key);
+		return Position < 0 ? nullptr : &Pairs[Position].Value;
 	}
 	// The value of Key, or a default value when it is absent.
 	ValueType FindRef(const KeyType& Key) const
@@ -62,7 +72,7 @@ public:
 		const ValueType* Found = Find(Key);
 		return Found ? *Found : ValueType();
 	}
-	bool Contains(const KeyType& Key) const { return Index.find(Key) != Index.end(); }
+	bool Contains(const KeyType& Key) const { return IndexOf(Key) >= 0; }
 
 	ValueType& operator[](const KeyType& Key)
 	{
@@ -79,20 +89,26 @@ public:
 
 	int32 Remove(const KeyType& Key)
 	{
-		auto It = Index.find(Key);
-		if (It == Index.end())
+		const int32 Removed = IndexOf(Key);
+		if (Removed < 0)
 		{
 			return 0;
 		}
-		const int32 Removed = It->second;
-		Pairs.RemoveAt(Removed);
-		Index.erase(It);
-		for (auto& Entry : Index)
+		if (UsesIndex())
 		{
-			if (Entry.second > Removed)
+			Index.erase(Key);
+			for (auto& Entry : Index)
 			{
-				--Entry.second;
+				if (Entry.second > Removed)
+				{
+					--Entry.second;
+				}
 			}
+		}
+		Pairs.RemoveAt(Removed);
+		if (!UsesIndex())
+		{
+			Index.clear();
 		}
 		return 1;
 	}
@@ -117,6 +133,28 @@ public:
 	auto end() const { return Pairs.end(); }
 
 private:
+	// A small map is searched pair by pair, which beats hashing; the index is built once it grows past this.
+	// A document's objects are mostly small and many: one hash table each was most of the cost of reading
+	// a large one.
+	static constexpr int32 LinearLimit = 16;
+	bool UsesIndex() const { return Pairs.Num() > LinearLimit; }
+	int32 IndexOf(const KeyType& Key) const
+	{
+		if (!UsesIndex())
+		{
+			for (int32 Position = 0; Position < Pairs.Num(); ++Position)
+			{
+				if (Pairs[Position].Key == Key)
+				{
+					return Position;
+				}
+			}
+			return -1;
+		}
+		auto It = Index.find(Key);
+		return It == Index.end() ? -1 : It->second;
+	}
+
 	struct FKeyHash
 	{
 		size_t operator()(const KeyType& Key) const { return static_cast<size_t>(GetTypeHash(Key)); }
