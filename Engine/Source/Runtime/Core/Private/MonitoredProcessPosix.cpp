@@ -250,15 +250,10 @@ void FMonitoredProcess::MonitorThreadMain()
 			kill(-ProcessId, SIGKILL);
 		}
 		int Status = 0;
-		pid_t Result = 0;
-		do
-		{
-			Result = waitpid(ProcessId, &Status, 0);
-		} while (Result < 0 && errno == EINTR);
+		const pid_t Result = ProcessPosix::CollectChild(ProcessId, Status, true);
 		ProcessHandle.bEnded = true;
 		if (Result == ProcessId)
 		{
-			ProcessPosix::ForgetChild(ProcessId);
 			ProcessHandle.bHasReturnCode = true;
 			ProcessHandle.ReturnCode = ProcessPosix::ReturnCodeFromWaitStatus(Status);
 			ReturnCode.store(ProcessHandle.ReturnCode, std::memory_order_release);

@@ -39,10 +39,9 @@ bool CollectEnd(FProcHandle& ProcessHandle, bool bBlock)
 	while (true)
 	{
 		int Status = 0;
-		const pid_t Result = waitpid(ProcessHandle.ProcessId, &Status, bBlock ? 0 : WNOHANG);
+		const pid_t Result = ProcessPosix::CollectChild(ProcessHandle.ProcessId, Status, bBlock);
 		if (Result == ProcessHandle.ProcessId)
 		{
-			ProcessPosix::ForgetChild(Result);
 			RecordEnd(ProcessHandle, Status);
 			return true;
 		}
@@ -191,10 +190,7 @@ FProcHandle FPlatformProcess::CreateProc(const TCHAR* URL, const TCHAR* Parms, b
 	if (Got > 0)
 	{
 		int Status = 0;
-		while (waitpid(ProcessId, &Status, 0) < 0 && errno == EINTR)
-		{
-		}
-		ProcessPosix::ForgetChild(ProcessId);
+		ProcessPosix::CollectChild(ProcessId, Status, true);
 		return FProcHandle();
 	}
 	if (OutProcessID)
@@ -262,10 +258,7 @@ void FPlatformProcess::CloseProc(FProcHandle& ProcessHandle)
 			[ProcessId]
 			{
 				int Status = 0;
-				while (waitpid(ProcessId, &Status, 0) < 0 && errno == EINTR)
-				{
-				}
-				ProcessPosix::ForgetChild(ProcessId);
+				ProcessPosix::CollectChild(ProcessId, Status, true);
 			})
 			.detach();
 	}

@@ -26,8 +26,12 @@ inline int32 ReturnCodeFromWaitStatus(int Status)
 void KillProcessTree(pid_t Root);
 
 // The children whose end is not yet collected, for FPlatformProcess::TerminateAllProcs: a child is noted
-// when it starts and forgotten when its end is collected.
+// when it starts and forgotten as its end is collected.
 void NoteChild(pid_t Child);
-void ForgetChild(pid_t Child);
 void KillEveryChildTree();
+// waitpid for a noted child (with bBlock, until it ends): Child once its end is collected into OutStatus,
+// 0 while it runs, -1 with errno set when there is nothing to collect. It waits for the end without taking
+// it, then collects and forgets the child at once under the registry's lock, so that ending every child
+// never signals the pid of one collected meanwhile, which the system may have given to another process.
+pid_t CollectChild(pid_t Child, int& OutStatus, bool bBlock);
 } // namespace ProcessPosix

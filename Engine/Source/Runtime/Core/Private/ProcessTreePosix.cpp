@@ -3,6 +3,7 @@
 #include "ProcessPosix.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
@@ -142,10 +143,33 @@ void ProcessPosix::NoteChild(pid_t Child)
 	}
 }
 
-void ProcessPosix::ForgetChild(pid_t Child)
+pid_t ProcessPosix::CollectChild(pid_t Child, int& OutStatus, bool bBlock)
 {
+	siginfo_t Info = {};
+	int Waited = 0;
+	do
+	{
+		Waited = waitid(P_PID, static_cast<id_t>(Child), &Info, WEXITED | WNOWAIT | (bBlock ? 0 : WNOHANG));
+	} while (Waited < 0 && errno == EINTR);
+	if (Waited < 0)
+	{
+		return -1;
+	}
+	if (Info.si_pid == 0)
+	{
+		return 0;
+	}
 	const std::lock_guard<std::mutex> Lock(ChildrenLock);
-	Children().erase(Child);
+	pid_t Collected = 0;
+	do
+	{
+		Collected = waitpid(Child, &OutStatus, WNOHANG);
+	} while (Collected < 0 && errno == EINTR);
+	if (Collected == Child)
+	{
+		Children().erase(Child);
+	}
+	return Collected;
 }
 
 void ProcessPosix::KillEveryChildTree()
