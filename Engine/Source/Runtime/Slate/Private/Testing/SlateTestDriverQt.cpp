@@ -490,7 +490,25 @@ FSlateTestWindow::~FSlateTestWindow()
 
 void FSlateTestWindow::Resize(int32 Width, int32 Height)
 {
-	State->Window->resize(Width, Height);
+	// On a real display the window manager answers a moment later, and an answer to an earlier request (the
+	// placement of a window just shown) can put the old size back: the size counts once it has held for a
+	// few turns of the event loop.
+	const QSize Wanted(Width, Height);
+	State->Window->resize(Wanted);
+	int HeldTurns = 0;
+	for (int Turn = 0; Turn < 100 && HeldTurns < 3; ++Turn)
+	{
+		QTest::qWait(20);
+		if (State->Window->size() == Wanted)
+		{
+			++HeldTurns;
+		}
+		else
+		{
+			HeldTurns = 0;
+			State->Window->resize(Wanted);
+		}
+	}
 }
 
 void FSlateTestWindow::Activate()
