@@ -236,20 +236,30 @@ TEST(DetailsPanelTests, GuardsFollowTheRecordTheFileSystemAndARealCook)
 	EXPECT_FALSE(Fixture.Enabled(TEXT("ResetPub")));
 	EXPECT_FALSE(Fixture.Enabled(TEXT("UploadMod")));
 
-	// "Upload" waits for all three fields and for the packaged description file, asked afresh at each frame.
+	// "Upload" waits for all three fields and for the packaged description file, asked afresh at each frame:
+	// with any one of the four missing it stays disabled.
 	Tool.SelectedMod->Title = TEXT("Island Pack");
 	Tool.SelectedMod->Description = TEXT("Two islands");
-	TickFrames();
-	EXPECT_FALSE(Fixture.Enabled(TEXT("UploadMod")));
 	Tool.SelectedMod->PreviewImage = Fixture.Kit.WriteFile(TEXT("preview.png"), "not even a picture");
-	TickFrames();
-	EXPECT_FALSE(Fixture.Enabled(TEXT("UploadMod")));
 	const FString ModInfo = Fixture.Kit.WriteFile(TEXT("ModTools/Output/Islands/mod.info"), "x");
 	TickFrames();
 	EXPECT_TRUE(Fixture.Enabled(TEXT("UploadMod")));
+	for (FString FModSetup::*Field : {&FModSetup::Title, &FModSetup::Description, &FModSetup::PreviewImage})
+	{
+		const FString Kept = Tool.SelectedMod.Get()->*Field;
+		(Tool.SelectedMod.Get()->*Field).Empty();
+		TickFrames();
+		EXPECT_FALSE(Fixture.Enabled(TEXT("UploadMod"))) << Kept.ToUtf8();
+		Tool.SelectedMod.Get()->*Field = Kept;
+	}
 	unlink(ModInfo.ToUtf8().c_str());
 	TickFrames();
 	EXPECT_FALSE(Fixture.Enabled(TEXT("UploadMod")));
+
+	// A published mod may forget its id, but not while a job runs.
+	Tool.SelectedMod->ItemSeamId = TEXT("2900000001");
+	TickFrames();
+	EXPECT_TRUE(Fixture.Enabled(TEXT("ResetPub")));
 
 	// A real cook, pressed with the mouse: the log fills, the throbber turns, and only the three guarded
 	// buttons wait. The cook goes on until the test lets it end.
@@ -276,6 +286,7 @@ TEST(DetailsPanelTests, GuardsFollowTheRecordTheFileSystemAndARealCook)
 	// The cook packaged the mod, so "Upload" opens.
 	EXPECT_TRUE(Fixture.Enabled(TEXT("UploadMod")));
 	EXPECT_TRUE(Fixture.Enabled(TEXT("CookMapMod")));
+	EXPECT_TRUE(Fixture.Enabled(TEXT("ResetPub")));
 
 	// A mod without maps: "Cook Map" refuses, "Cook Game Mod" does not.
 	Tool.ModListView->ClickRow(RowOf(TEXT("NoMaps")));
@@ -558,6 +569,8 @@ TEST(DetailsPanelTests, TheIslandsFormShowsEveryTextWhole)
 	Open.Tool->SelectedMod->Title = TEXT("Island Pack");
 	Open.Tool->SelectedMod->Description = TEXT("Two islands joined by a rope bridge, and a crate of props.");
 	Open.Tool->SelectedMod->ItemSeamId = TEXT("2900000123");
+	Open.Tool->SelectedMod->PreviewImage = Copy.Get() / TEXT("Previews/Islands.png");
+	Open.Tool->RefreshPreviewBrush();
 	Open.Window->Resize(1200, 760);
 	TickFrames(4);
 	int32 Checked = 0;
@@ -582,4 +595,19 @@ TEST(DetailsPanelTests, TheIslandsFormShowsEveryTextWhole)
 	EXPECT_EQ(Shot.Width, static_cast<int>(1200 * Scale));
 	const FString Path = FString(TestPaths::BuildDir) + FString::Printf(TEXT("/tessel-islands-form@%gx.png"), Scale);
 	EXPECT_TRUE(Shot.SaveToPng(Path));
+
+	// What the picture must show: the preview drawn in its 128-pixel square (a painted picture has many colours,
+	// an empty square one or two), and the banner's logo beside the kit's name.
+	int32 Previews = 0;
+	for (const TSharedRef<SWidget>& Image : FindWidgetsByType(Open.Tool.ToSharedRef(), TEXT("SImage")))
+	{
+		if (GetGeometry(*Image).Width == 128 && GetGeometry(*Image).Height == 128)
+		{
+			++Previews;
+			EXPECT_GT(CountColours(TakeScreenshot(*Image)), 50);
+		}
+	}
+	EXPECT_EQ(Previews, 1);
+	ASSERT_TRUE(Open.Find(TEXT("Title")));
+	EXPECT_GT(CountColours(TakeScreenshot(*Open.Find(TEXT("Title")))), 4) << "the title box shows no lettering";
 }

@@ -368,6 +368,31 @@ TEST(JobRunnerTests, WithoutASuccessLineTheDialogSaysSo)
 	EXPECT_TRUE(Fixture.LogHas(TEXT("Failure - 1 error(s)")));
 }
 
+// The verdict looks for "Success" anywhere in any line, in any letter case, and for nothing less.
+TEST(JobRunnerTests, TheVerdictFindsSuccessInAnyLetterCaseAnywhereInTheLog)
+{
+	FRunFixture Fixture;
+	const std::pair<std::vector<const TCHAR*>, const TCHAR*> Logs[] = {
+		{{TEXT("Cooking"), TEXT("BUILD SUCCESSFUL in 3s")}, TEXT("Job Successful!!")},
+		{{TEXT("result: success")}, TEXT("Job Successful!!")},
+		{{TEXT("unsuccessful, see above")}, TEXT("Job Successful!!")},
+		{{TEXT("Succes - 1 error(s)"), TEXT("S u c c e s s")}, TEXT("Job Finsihed (possible errors)!!")},
+		{{}, TEXT("Job Finsihed (possible errors)!!")},
+	};
+	for (const auto& [Lines, Verdict] : Logs)
+	{
+		Fixture.Tool->LogMessages.Empty();
+		for (const TCHAR* Line : Lines)
+		{
+			Fixture.Tool->LogMessages.Add(MakeShared<FString>(Line));
+		}
+		Fixture.Services->Dialogs.Empty();
+		Fixture.Tool->ShowResultDialog();
+		ASSERT_EQ(Fixture.Services->Dialogs.Num(), 1);
+		EXPECT_EQ(Fixture.DialogText(), FString(Verdict)) << (Lines.empty() ? "(no lines)" : FString(Lines[0]).ToUtf8());
+	}
+}
+
 TEST(JobRunnerTests, ACrashingChildEndsItsJob)
 {
 	FRunFixture Fixture;

@@ -28,6 +28,9 @@ TEST(ToolWidgetTests, FirstOpenWithoutModsShowsTheNoModsViewWithBothLogButtonsDi
 	FOpenTool Open;
 	EXPECT_EQ(Open.Tool->ModList.Num(), 0);
 	ASSERT_TRUE(Open.Find(TEXT("NoMods")));
+	EXPECT_EQ(GetShownText(*Open.Find(TEXT("NoMods"))),
+			  FString(TEXT("No Mods Available to Upload.\n Create a new map within a new subfolder of the 'Mods' folder, and then "
+						   "click refresh to Cook & Upload to Steam.")));
 	EXPECT_FALSE(Open.Find(TEXT("Title")));
 	EXPECT_EQ(Open.RowsOf(Open.Tool->ModListView), 0);
 	ASSERT_TRUE(Open.Find(TEXT("ClearLog")));
@@ -315,13 +318,18 @@ TEST(ToolWidgetTests, ScreenshotOfTheToolOverTheDemoKit)
 	FPaths::SetKitRoot(Copy.Get());
 	FOpenTool Open;
 	ASSERT_EQ(Open.Tool->ModList.Num(), 3);
+	Open.Window->Resize(1100, 720);
+	TickFrames(3);
+	const FSlateScreenshot EmptyLog = TakeScreenshot(*Open.Tool->LogListView);
 	Open.Tool->LogMessages.Add(MakeShared<FString>(TEXT("**************************Cooking Islands**************************")));
 	Open.Tool->LogListView->RequestListRefresh();
-	Open.Window->Resize(1100, 720);
 	TickFrames(3);
 	const FSlateScreenshot Shot = Open.Window->TakeScreenshot();
 	ASSERT_FALSE(Shot.IsEmpty());
 	EXPECT_EQ(Shot.Width, static_cast<int>(1100 * Open.Window->GetScale()));
 	EXPECT_GT(CountColours(Shot), 8);
 	EXPECT_TRUE(Shot.SaveToPng(FString(TestPaths::BuildDir) + FString::Printf(TEXT("/tessel-tool@%gx.png"), Open.Window->GetScale())));
+	// The log's line is drawn, and the three mods' names: lettering brings shades that a bare list lacks.
+	EXPECT_NE(TakeScreenshot(*Open.Tool->LogListView).Pixels, EmptyLog.Pixels) << "the log line is not drawn";
+	EXPECT_GT(CountColours(TakeScreenshot(*Open.Tool->ModListView)), 4) << "the mods list shows no names";
 }

@@ -529,7 +529,24 @@ TEST(UploadTests, TheItemFileFilledFromTheTemplate)
 		Mod.Visibility = Visibility;
 		EXPECT_EQ(Tool->FillWorkshopTemplate(TEXT("%title%|%Visibility%|%additionalvdfargs%"), Mod), FString(Expected)) << FString(Visibility);
 	}
+	// Every token in any letter case.
+	Mod.Description = TEXT("D");
+	Mod.ChangeNotes = TEXT("N");
+	EXPECT_EQ(Tool->FillWorkshopTemplate(TEXT("%contentfolder%|%Description%|%changenote%|%TiTlE%"), Mod),
+			  FString(TEXT("\\\\Quillon Kit\\\\ModTools\\\\Output\\\\MyMod|D|N|T")));
 	FPaths::SetKitRoot(Kit.Root());
+
+	// A text beyond 8 bits makes the whole item file UTF-16 with its byte order mark, so that no character
+	// turns into "?" on its way to the Workshop.
+	Tool->SelectedMod = MakeShared<FModSetup>(TEXT("Islands"));
+	Tool->SelectedMod->Title = FString(u"\u65E5\u672C\u306E\u5CF6 \U0001F30A");
+	ASSERT_TRUE(Tool->MakeWorkshopItemFile());
+	const std::string Bytes = FTempDirectory::ReadBytes(STesselTool::GetWorkshopItemFilePath(TEXT("Islands")));
+	ASSERT_GE(Bytes.size(), 2u);
+	EXPECT_EQ(Bytes.substr(0, 2), std::string("\xFF\xFE"));
+	const std::u16string Text = FromUtf16Bytes(Bytes.substr(2));
+	EXPECT_NE(Text.find(u"\"title\"\t\t\"\u65E5\u672C\u306E\u5CF6 \U0001F30A\""), std::u16string::npos);
+	EXPECT_EQ(Text.find(u'?'), std::u16string::npos);
 }
 
 TEST(UploadTests, ThePublishedIdReadBackFromAnItemFile)
