@@ -3,7 +3,7 @@
 # for Windows and of running it under Wine instead.
 set -euo pipefail
 
-packages=(cmake ninja-build g++ libgtest-dev libcli11-dev zlib1g-dev qt6-base-dev qt6-qpa-plugins fonts-dejavu-core fonts-roboto-unhinted pigz clang libclang-rt-dev ccache mold xvfb openbox git jq python3-yaml)
+packages=(cmake ninja-build g++ libgtest-dev libcli11-dev zlib1g-dev qt6-base-dev qt6-qpa-plugins fonts-dejavu-core fonts-roboto-unhinted pigz clang libclang-rt-dev ccache mold xvfb openbox git jq python3-yaml clang-format)
 # The CI example's schema check runs on Node.js; a machine that has its own npm keeps it.
 if ! command -v npm >/dev/null; then
 	packages+=(nodejs npm)

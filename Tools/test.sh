@@ -42,6 +42,7 @@ cache_counts() {
 read -r hits_before misses_before <<<"$(cache_counts)" || true
 
 stage_plain() {
+	bash Tools/check-format.sh
 	bash Tools/build.sh Build
 	(cd Build && ctest -j 2 --output-on-failure)
 	# The window's tests once more on a real X display with a window manager, at scale 1 and 2.

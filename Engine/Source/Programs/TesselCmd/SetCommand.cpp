@@ -97,8 +97,14 @@ namespace
 		return Value;
 	}
 
-	bool IsDecimalDigit(TCHAR Unit) { return Unit >= u'0' && Unit <= u'9'; }
-	bool IsUpperHexDigit(TCHAR Unit) { return IsDecimalDigit(Unit) || (Unit >= u'A' && Unit <= u'F'); }
+	bool IsDecimalDigit(TCHAR Unit)
+	{
+		return Unit >= u'0' && Unit <= u'9';
+	}
+	bool IsUpperHexDigit(TCHAR Unit)
+	{
+		return IsDecimalDigit(Unit) || (Unit >= u'A' && Unit <= u'F');
+	}
 
 	bool AllOf(const FString& Value, bool (*Test)(TCHAR))
 	{
@@ -163,15 +169,15 @@ namespace
 			{
 				return InKit;
 			}
-			throw FCommandError{EExitCode::BadInput,
-								FPaths::IsRelative(Value)
-									? FString::Printf(TEXT("%s: no such preview image (nor %s)"), *Path, *InKit)
-									: FString::Printf(TEXT("%s: no such preview image"), *Path)};
+			throw FCommandError{EExitCode::BadInput, FPaths::IsRelative(Value)
+														 ? FString::Printf(TEXT("%s: no such preview image (nor %s)"), *Path, *InKit)
+														 : FString::Printf(TEXT("%s: no such preview image"), *Path)};
 		}
 		if (Member == &FModSetup::ItemSeamId && !Value.IsEmpty() && !IsWorkshopId(Value))
 		{
-			throw FCommandError{EExitCode::BadInput,
-								FString::Printf(TEXT("published id \"%s\" is not a Workshop id (a number from 1 to 18446744073709551615)"), *Value)};
+			throw FCommandError{
+				EExitCode::BadInput,
+				FString::Printf(TEXT("published id \"%s\" is not a Workshop id (a number from 1 to 18446744073709551615)"), *Value)};
 		}
 		if (Member == &FModSetup::GUID && !Value.IsEmpty())
 		{
@@ -179,8 +185,7 @@ namespace
 			const FString Upper = Value.ToUpper();
 			if (Upper.Len() != 32 || !AllOf(Upper, IsUpperHexDigit))
 			{
-				throw FCommandError{EExitCode::BadInput,
-									FString::Printf(TEXT("GUID \"%s\" is not 32 hexadecimal digits"), *Value)};
+				throw FCommandError{EExitCode::BadInput, FString::Printf(TEXT("GUID \"%s\" is not 32 hexadecimal digits"), *Value)};
 			}
 			return Upper;
 		}

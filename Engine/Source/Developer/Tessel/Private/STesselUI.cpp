@@ -31,6 +31,7 @@ STesselTool::~STesselTool()
 	FPlatformFileManager::Get().GetPlatformFile().DeleteFile(*SteamAppId);
 }
 
+// clang-format off
 void STesselTool::BuildLayout()
 {
 	const FSlateBrush* GroupBorder = FEditorStyle::GetBrush(TEXT("ToolPanel.GroupBorder"));
@@ -160,7 +161,9 @@ void STesselTool::BuildLayout()
 		]
 	];
 }
+// clang-format on
 
+// clang-format off
 TSharedRef<ITableRow> STesselTool::OnGenerateModRow(TSharedPtr<FModSetup> Item, const TSharedRef<STableViewBase>& OwnerTable)
 {
 	return SNew(STableRow<TSharedPtr<FModSetup>>, OwnerTable)
@@ -174,7 +177,9 @@ TSharedRef<ITableRow> STesselTool::OnGenerateModRow(TSharedPtr<FModSetup> Item, 
 		]
 	];
 }
+// clang-format on
 
+// clang-format off
 TSharedRef<ITableRow> STesselTool::OnGenerateLogRow(TSharedPtr<FString> Item, const TSharedRef<STableViewBase>& OwnerTable)
 {
 	return SNew(STableRow<TSharedPtr<FString>>, OwnerTable)
@@ -188,6 +193,7 @@ TSharedRef<ITableRow> STesselTool::OnGenerateLogRow(TSharedPtr<FString> Item, co
 		]
 	];
 }
+// clang-format on
 
 void STesselTool::OnModSelectionChanged(TSharedPtr<FModSetup> Item, ESelectInfo::Type SelectInfo)
 {

@@ -151,8 +151,7 @@ TEST(ModDatabaseTests, OnlyTheRootsLastModsMemberGivesRecords)
 	const std::pair<std::u16string, std::vector<const char16_t*>> Cases[] = {
 		{u"{\"Mods\":[{\"ModDir\":\"First\"}],\"Mods\":[{\"ModDir\":\"Second\"},{\"ModDir\":\"Third\"}]}", {u"Second", u"Third"}},
 		{u"{\"Mods\":[{\"ModDir\":\"Gone\"}],\"Mods\":\"not a list\"}", {}},
-		{u"{\"Extra\":{\"Mods\":[{\"ModDir\":\"Nested\"}]},\"Mods\":[{\"ModDir\":\"Root\",\"Mods\":[{\"ModDir\":\"Inner\"}]}]}",
-		 {u"Root"}},
+		{u"{\"Extra\":{\"Mods\":[{\"ModDir\":\"Nested\"}]},\"Mods\":[{\"ModDir\":\"Root\",\"Mods\":[{\"ModDir\":\"Inner\"}]}]}", {u"Root"}},
 		{u"{\"mods\":[{\"ModDir\":\"Lower\"}],\"Mods\":[[{\"ModDir\":\"InAList\"}],{\"ModDir\":\"Kept\"}]}", {u"", u"Kept"}},
 	};
 	for (const auto& [Text, Expected] : Cases)
@@ -161,7 +160,8 @@ TEST(ModDatabaseTests, OnlyTheRootsLastModsMemberGivesRecords)
 		TArray<TSharedPtr<FModSetup>> Records;
 		FString User;
 		FString Error;
-		ASSERT_EQ(STesselTool::ReadModDatabase(STesselTool::GetModDatabasePath(), Records, User, Error), STesselTool::EModDatabaseRead::Read);
+		ASSERT_EQ(STesselTool::ReadModDatabase(STesselTool::GetModDatabasePath(), Records, User, Error),
+				  STesselTool::EModDatabaseRead::Read);
 		ASSERT_EQ(Records.Num(), static_cast<int32>(Expected.size())) << FString(Text);
 		for (size_t Index = 0; Index < Expected.size(); ++Index)
 		{

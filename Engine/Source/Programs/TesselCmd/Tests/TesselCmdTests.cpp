@@ -202,10 +202,11 @@ TEST(TesselCmdTests, SetSavesCleanedFieldsAndRefusesBadOnesWithoutWriting)
 	// From a working folder outside the kit, a relative preview is the kit's; the id and GUID that a publish
 	// elsewhere learned come back as given, the GUID as the cook writes it.
 	const FString Elsewhere = Ready.Kit.Root() / TEXT("Orrery/Content");
-	const FCommandRun Back = RunTesselCmd(FCommandSetup{{"--kit", Utf8(Ready.Kit.Root()), "--json", "set", "Islands", "preview=Previews/Islands.png",
-														 "published-id=18446744073709551615", "guid=0123456789abcdef0123456789ABCDEF"},
-														{},
-														Utf8(Elsewhere)});
+	const FCommandRun Back =
+		RunTesselCmd(FCommandSetup{{"--kit", Utf8(Ready.Kit.Root()), "--json", "set", "Islands", "preview=Previews/Islands.png",
+									"published-id=18446744073709551615", "guid=0123456789abcdef0123456789ABCDEF"},
+								   {},
+								   Utf8(Elsewhere)});
 	ASSERT_EQ(Back.ExitCode, 0) << Back.Stderr;
 	const TSharedPtr<FJsonObject> Returned = ParseJson(Back.Stdout)->GetObjectField(TEXT("mod"));
 	EXPECT_EQ(Returned->GetStringField(TEXT("PreviewImage")), Ready.Preview);

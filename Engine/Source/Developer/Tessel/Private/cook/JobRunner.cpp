@@ -74,6 +74,7 @@ void STesselTool::Tick(const FGeometry& AllottedGeometry, const double InCurrent
 	}
 }
 
+// clang-format off
 void STesselTool::ShowResultDialog()
 {
 	const bool bSuccess = LogMessages.ContainsByPredicate(
@@ -88,6 +89,7 @@ void STesselTool::ShowResultDialog()
 		];
 	SGenericDialogWidget::OpenDialog(LOCTEXT("Succesfull", "Quillon Dev Kit"), Content);
 }
+// clang-format on
 
 FReply STesselTool::OnCancelClicked()
 {

@@ -22,6 +22,9 @@
 
 #define LOCTEXT_NAMESPACE "STesselTool"
 
+// The widget trees keep the shape of the form they build.
+// clang-format off
+
 namespace
 {
 	// Every cell of both grids: nothing at the sides, 5 above and below.
@@ -315,5 +318,7 @@ TSharedRef<SWidget> STesselTool::BuildDetailsPanel()
 			MakeGroup(LOCTEXT("UploadingLabel", "Uploading"), Uploading)
 		];
 }
+
+// clang-format on
 
 #undef LOCTEXT_NAMESPACE

@@ -168,16 +168,13 @@ void JsonSerializer::SerializeValue(const TSharedPtr<FJsonValue>& Value, const F
 			bNamed ? Writer.WriteNull(Element->Identifier) : Writer.WriteNull();
 			break;
 		case EJson::String:
-			bNamed ? Writer.WriteValue(Element->Identifier, Element->Value->AsString())
-				   : Writer.WriteValue(Element->Value->AsString());
+			bNamed ? Writer.WriteValue(Element->Identifier, Element->Value->AsString()) : Writer.WriteValue(Element->Value->AsString());
 			break;
 		case EJson::Number:
-			bNamed ? Writer.WriteValue(Element->Identifier, Element->Value->AsNumber())
-				   : Writer.WriteValue(Element->Value->AsNumber());
+			bNamed ? Writer.WriteValue(Element->Identifier, Element->Value->AsNumber()) : Writer.WriteValue(Element->Value->AsNumber());
 			break;
 		case EJson::Boolean:
-			bNamed ? Writer.WriteValue(Element->Identifier, Element->Value->AsBool())
-				   : Writer.WriteValue(Element->Value->AsBool());
+			bNamed ? Writer.WriteValue(Element->Identifier, Element->Value->AsBool()) : Writer.WriteValue(Element->Value->AsBool());
 			break;
 		case EJson::Array:
 			if (Element->bProcessed)

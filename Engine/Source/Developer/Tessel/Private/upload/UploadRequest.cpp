@@ -50,6 +50,7 @@ STesselTool::ESteamUploadResult STesselTool::UploadWithSteamCredentials()
 	return ESteamUploadResult::SteamCmdRan;
 }
 
+// clang-format off
 void STesselTool::ShowSteamAuthDialog()
 {
 	// The window exists before its content, so that the buttons' handlers always find it in SteamAuthWindow.
@@ -121,6 +122,7 @@ void STesselTool::ShowSteamAuthDialog()
 
 	GEditor->EditorAddModalWindow(SteamAuthWindow.ToSharedRef());
 }
+// clang-format on
 
 FText STesselTool::GetSteamUsernameText() const
 {
