@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Runs the README's quick-lane lines that look at the plain build (a ctest -R, a test program with
-# --gtest_filter) as written, from the top of the checkout, and checks that the test command refuses a stage
-# it doesn't know before it installs or builds anything. The other lines of that block are the test command's
-# own steps. Then runs the TesselCmd block as written on a fresh copy of the demo kit.
+# --gtest_filter) as written, from the top of the checkout, and those of Docs/DEVELOPING.md's quick loop with
+# its format check, and checks that the test command refuses a stage it doesn't know before it installs or
+# builds anything. The other lines of those blocks are the test command's own steps. Then runs the TesselCmd
+# block as written on a fresh copy of the demo kit.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 block="$(sed -n '/^### The quick lane/,/^`Tools\/build.sh/p' README.md | sed -n '/^```sh$/,/^```$/p')"
@@ -19,6 +20,23 @@ while IFS= read -r line; do
 done <<<"$block"
 if [ "$ran" -ne 2 ]; then
 	echo "check-readme: expected the two quick-lane lines that look at Build, found $ran"
+	exit 1
+fi
+# The developer's guide's quick loop: its lines that look at Build, and the format check, as written.
+block="$(sed -n '/^## The quick loop/,/^## Layers/p' Docs/DEVELOPING.md | sed -n '/^```sh$/,/^```$/p')"
+ran=0
+while IFS= read -r line; do
+	command="${line%%#*}"
+	case "$command" in
+	"(cd Build && ctest"* | Build/* | "bash Tools/check-format.sh"*)
+		echo "+ $command"
+		bash -c "$command" >/dev/null
+		ran=$((ran + 1))
+		;;
+	esac
+done <<<"$block"
+if [ "$ran" -ne 3 ]; then
+	echo "check-readme: expected three lines of the guide's quick loop to run, found $ran"
 	exit 1
 fi
 if bash Tools/test.sh --stage nope >/dev/null 2>&1; then
@@ -56,4 +74,4 @@ if [ "$ran" -ne 8 ]; then
 	echo "check-readme: expected the eight TesselCmd lines of the README, found $ran"
 	exit 1
 fi
-echo "check-readme: the quick lane's lines and the TesselCmd lines ran as written"
+echo "check-readme: the quick lane's lines, the guide's quick loop and the TesselCmd lines ran as written"
