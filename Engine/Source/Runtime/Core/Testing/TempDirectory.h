@@ -23,14 +23,13 @@ public:
 		for (unsigned Attempt = 0;; ++Attempt)
 		{
 			const std::filesystem::path Candidate =
-				Base / ("tessel-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count() % 1000000007) +
-						"-" + std::to_string(Counter++));
+				Base / ("tessel-" + std::to_string(std::chrono::steady_clock::now().time_since_epoch().count() % 1000000007) + "-" +
+						std::to_string(Counter++));
 			std::error_code Error;
 			if (std::filesystem::create_directory(Candidate, Error))
 			{
 				// Ours alone, as mkdtemp makes it.
-				std::filesystem::permissions(Candidate, std::filesystem::perms::owner_all,
-											 std::filesystem::perm_options::replace, Error);
+				std::filesystem::permissions(Candidate, std::filesystem::perms::owner_all, std::filesystem::perm_options::replace, Error);
 				Path = FString(Candidate.generic_u16string());
 				break;
 			}

@@ -41,8 +41,8 @@ struct FCommandSetup
 // What a test must never take from the machine it runs on.
 inline const std::vector<const char*>& ClearedVariables()
 {
-	static const std::vector<const char*> Names{"STEAM_USERNAME", "STEAM_PASSWORD", "TESSEL_STEAMCMD_MODE", "TESSEL_UPLOADER_EXIT",
-												"TESSEL_UPLOADER_ARGS_OUT", "TESSEL_COOK_MODE"};
+	static const std::vector<const char*> Names{"STEAM_USERNAME",		"STEAM_PASSWORD",			"TESSEL_STEAMCMD_MODE",
+												"TESSEL_UPLOADER_EXIT", "TESSEL_UPLOADER_ARGS_OUT", "TESSEL_COOK_MODE"};
 	return Names;
 }
 
@@ -98,8 +98,7 @@ inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& S
 			Entries.push_back(FString::FromUtf8(Name + "=" + Value).GetStd());
 		}
 		// Windows wants the block sorted by name, without regard to case.
-		const auto Name = [](const std::u16string& Entry)
-		{ return FString(Entry.substr(0, Entry.find(u'=', 1))).ToUpper().GetStd(); };
+		const auto Name = [](const std::u16string& Entry) { return FString(Entry.substr(0, Entry.find(u'=', 1))).ToUpper().GetStd(); };
 		std::stable_sort(Entries.begin(), Entries.end(),
 						 [&Name](const std::u16string& A, const std::u16string& B) { return Name(A) < Name(B); });
 		std::u16string Environment;
@@ -125,8 +124,9 @@ inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& S
 		InitializeProcThreadAttributeList(nullptr, 1, 0, &ListSize);
 		std::vector<char> ListMemory(ListSize);
 		const auto List = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(ListMemory.data());
-		const bool bListMade = InitializeProcThreadAttributeList(List, 1, 0, &ListSize) &&
-							   UpdateProcThreadAttribute(List, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, Passed, sizeof(Passed), nullptr, nullptr);
+		const bool bListMade =
+			InitializeProcThreadAttributeList(List, 1, 0, &ListSize) &&
+			UpdateProcThreadAttribute(List, 0, PROC_THREAD_ATTRIBUTE_HANDLE_LIST, Passed, sizeof(Passed), nullptr, nullptr);
 		STARTUPINFOEXW Startup{};
 		Startup.StartupInfo.cb = sizeof(Startup);
 		Startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
@@ -135,10 +135,9 @@ inline FCommandRun RunProgram(const std::string& Program, const FCommandSetup& S
 		Startup.StartupInfo.hStdError = Err;
 		Startup.lpAttributeList = List;
 		PROCESS_INFORMATION Started{};
-		if (bListMade &&
-			CreateProcessW(WindowsApi::Wide(*Path), reinterpret_cast<wchar_t*>(CommandLine.data()), nullptr, nullptr, TRUE,
-						   CREATE_UNICODE_ENVIRONMENT | CREATE_NO_WINDOW | EXTENDED_STARTUPINFO_PRESENT, Environment.data(),
-						   Folder.empty() ? nullptr : WindowsApi::Wide(Folder.c_str()), &Startup.StartupInfo, &Started))
+		if (bListMade && CreateProcessW(WindowsApi::Wide(*Path), reinterpret_cast<wchar_t*>(CommandLine.data()), nullptr, nullptr, TRUE,
+										CREATE_UNICODE_ENVIRONMENT | CREATE_NO_WINDOW | EXTENDED_STARTUPINFO_PRESENT, Environment.data(),
+										Folder.empty() ? nullptr : WindowsApi::Wide(Folder.c_str()), &Startup.StartupInfo, &Started))
 		{
 			WaitForSingleObject(Started.hProcess, INFINITE);
 			DWORD Code = 0;
