@@ -57,6 +57,7 @@ public:
 	FCookJob(FModSetup InModRecord, const FString& Executable, const FString& Parameters, FString InStagedModDir,
 			 FString InTargetDir, FString InStagingDir, uint32 InCookKind, bool bInLastTarget, bool bInTestOutput);
 
+	// A test run writes the file the game loads the mod by; a normal run packages the target.
 	void FinishCookOutput() override;
 
 	const FString StagedModDir;
@@ -66,6 +67,12 @@ public:
 	const bool bLastTarget;
 	const bool bTestOutput;
 	const FModSetup ModRecord;
+
+private:
+	// "<ModId>.mod" in the target folder, from the cook's mod.info and modmeta.info; the cook's files stay.
+	void WriteTestRunModFile();
+	// The compressed tree in the target folder, the staging folder gone, the description files beside it.
+	void PackageTarget();
 };
 
 // The process-wide queue of cook jobs, in queue order. Its length is the tool's one busy signal.

@@ -11,8 +11,8 @@ namespace
 	}
 }
 
-FCookLayout::FCookLayout(const FString& ModDir, const FString& TestOutputDir, bool bInModAsDlc)
-	: bTestOutput(!TestOutputDir.IsEmpty()), bModAsDlc(bInModAsDlc)
+FCookLayout::FCookLayout(const FString& ModDir, const FString& TestOutputDir, bool bInSeveralTargets, bool bInModNumberFolders)
+	: bTestOutput(!TestOutputDir.IsEmpty()), bSeveralTargets(bInSeveralTargets), bModNumberFolders(bInModNumberFolders)
 {
 	Base = bTestOutput ? TestOutputDir.Replace(TEXT("\\"), TEXT("/")) : STesselTool::GetModOutputDir() / ModDir;
 	ModFolder = bTestOutput ? ModIdText() : ModDir;
@@ -20,8 +20,8 @@ FCookLayout::FCookLayout(const FString& ModDir, const FString& TestOutputDir, bo
 
 FString FCookLayout::TargetDir(const FString& TargetPlatform) const
 {
-	// A test run without -modasdlc writes straight into the test folder, where the game looks for mods.
-	if (bTestOutput && !bModAsDlc)
+	// A test run of one target writes straight into the test folder, where the game looks for mods.
+	if (bTestOutput && !bSeveralTargets)
 	{
 		return Base;
 	}
@@ -31,7 +31,7 @@ FString FCookLayout::TargetDir(const FString& TargetPlatform) const
 FString FCookLayout::StagingDir(const FString& TargetPlatform) const
 {
 	const FString Target = TargetDir(TargetPlatform);
-	if (bModAsDlc)
+	if (bModNumberFolders)
 	{
 		return Target / ModIdText();
 	}

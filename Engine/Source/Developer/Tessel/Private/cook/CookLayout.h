@@ -9,9 +9,9 @@
 //                  normal run                           test run
 //   Base           <output folder>/<ModDir>             the test output folder, each "\" turned into "/"
 //   ModFolder      ModDir                               ModId as "%d" prints it
-//   TargetDir      Base/<target>                        Base; Base/<target> with -modasdlc
+//   TargetDir      Base/<target>                        Base with one target; Base/<target> with several
 //   StagingDir     TargetDir + "_STAGING"               TargetDir
-//                  (either run: TargetDir/<ModId as "%d"> with -modasdlc)
+//                  (either run: TargetDir/<ModId as "%d"> with mod-number folders)
 //   StagedModDir   StagingDir/ModFolder; StagingDir itself for a total conversion
 //
 // A normal run packages StagedModDir into TargetDir, deletes StagingDir, and leaves the description files the
@@ -19,7 +19,7 @@
 class FCookLayout
 {
 public:
-	FCookLayout(const FString& ModDir, const FString& TestOutputDir, bool bInModAsDlc);
+	FCookLayout(const FString& ModDir, const FString& TestOutputDir, bool bInSeveralTargets, bool bInModNumberFolders);
 
 	const FString& GetBase() const { return Base; }
 	const FString& GetModFolder() const { return ModFolder; }
@@ -36,5 +36,6 @@ private:
 	FString Base;
 	FString ModFolder;
 	bool bTestOutput = false;
-	bool bModAsDlc = false;
+	bool bSeveralTargets = false;
+	bool bModNumberFolders = false;
 };

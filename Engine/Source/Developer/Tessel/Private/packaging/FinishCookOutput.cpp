@@ -13,65 +13,74 @@ void FCookJob::FinishCookOutput()
 {
 	if (bTestOutput)
 	{
-		// A test run leaves the cook's files as they are and adds the file the game loads the mod by.
-		TArray<FString> Maps{ModRecord.Maps};
-		TMap<FString, FString> Metadata;
-		int32 ModType = CookKind == static_cast<uint32>(ECookKind::TotalConversion) ? ModFileFormat::TotalConversionModType
-																					  : ModFileFormat::OtherModType;
+		WriteTestRunModFile();
+	}
+	else
+	{
+		PackageTarget();
+	}
+}
 
-		TUniquePtr<FArchive> Info(IFileManager::Get().CreateFileReader(*(StagedModDir / TEXT("mod.info")), 0));
-		if (Info)
+void FCookJob::WriteTestRunModFile()
+{
+	TArray<FString> Maps{ModRecord.Maps};
+	TMap<FString, FString> Metadata;
+	int32 ModType = CookKind == static_cast<uint32>(ECookKind::TotalConversion) ? ModFileFormat::TotalConversionModType
+																				  : ModFileFormat::OtherModType;
+
+	TUniquePtr<FArchive> Info(IFileManager::Get().CreateFileReader(*(StagedModDir / TEXT("mod.info")), 0));
+	if (Info)
+	{
+		FString Leading;
+		ModArchiveForms::SerializeString(*Info, Leading);
+		TArray<FString> InfoMaps;
+		ModArchiveForms::SerializeStringArray(*Info, InfoMaps);
+		Maps = InfoMaps;
+		Info->Close();
+		Info.reset();
+
+		TUniquePtr<FArchive> Meta(IFileManager::Get().CreateFileReader(*(StagedModDir / TEXT("modmeta.info")), 0));
+		if (Meta)
 		{
-			FString Leading;
-			ModArchiveForms::SerializeString(*Info, Leading);
-			TArray<FString> InfoMaps;
-			ModArchiveForms::SerializeStringArray(*Info, InfoMaps);
-			Maps = InfoMaps;
-			Info->Close();
-			Info.reset();
-
-			TUniquePtr<FArchive> Meta(IFileManager::Get().CreateFileReader(*(StagedModDir / TEXT("modmeta.info")), 0));
-			if (Meta)
+			ModArchiveForms::SerializeStringMap(*Meta, Metadata);
+			Meta->Close();
+		}
+		for (const auto& Pair : Metadata)
+		{
+			if (Pair.Key.Equals(TEXT("ModType"), ESearchCase::IgnoreCase))
 			{
-				ModArchiveForms::SerializeStringMap(*Meta, Metadata);
-				Meta->Close();
-			}
-			for (const auto& Pair : Metadata)
-			{
-				if (Pair.Key.Equals(TEXT("ModType"), ESearchCase::IgnoreCase))
-				{
-					ModType = FCString::Atoi(*Pair.Value);
-					break;
-				}
+				ModType = FCString::Atoi(*Pair.Value);
+				break;
 			}
 		}
-
-		const FString ModFile = TargetDir / FString::Printf(TEXT("%d.mod"), ModId);
-		TUniquePtr<FArchive> Writer(IFileManager::Get().CreateFileWriter(*ModFile, 0));
-		if (!Writer)
-		{
-			return;
-		}
-		int64 Number = ModId;
-		FString Title = ModRecord.Title.TrimQuotes();
-		// The game reads a second string after the title; nothing of ours fills it.
-		FString Second;
-		uint32 Magic = ModFileFormat::Magic;
-		int32 Version = ModFileFormat::Version;
-		uint8 TypeByte = static_cast<uint8>(ModType & 0xFF);
-		*Writer << Number;
-		ModArchiveForms::SerializeString(*Writer, Title);
-		ModArchiveForms::SerializeString(*Writer, Second);
-		ModArchiveForms::SerializeStringArray(*Writer, Maps);
-		*Writer << Magic;
-		*Writer << Version;
-		*Writer << TypeByte;
-		ModArchiveForms::SerializeStringMap(*Writer, Metadata);
-		Writer->Close();
-		return;
 	}
 
-	// A normal run: the compressed tree, the staging folder gone, and the description files beside the targets.
+	const FString ModFile = TargetDir / FString::Printf(TEXT("%d.mod"), ModId);
+	TUniquePtr<FArchive> Writer(IFileManager::Get().CreateFileWriter(*ModFile, 0));
+	if (!Writer)
+	{
+		return;
+	}
+	int64 Number = ModId;
+	FString Title = ModRecord.Title.TrimQuotes();
+	// The game reads a second string after the title; nothing of ours fills it.
+	FString Second;
+	uint32 Magic = ModFileFormat::Magic;
+	int32 Version = ModFileFormat::Version;
+	uint8 TypeByte = static_cast<uint8>(ModType & 0xFF);
+	*Writer << Number;
+	ModArchiveForms::SerializeString(*Writer, Title);
+	ModArchiveForms::SerializeString(*Writer, Second);
+	ModArchiveForms::SerializeStringArray(*Writer, Maps);
+	*Writer << Magic;
+	*Writer << Version;
+	*Writer << TypeByte;
+	ModArchiveForms::SerializeStringMap(*Writer, Metadata);
+	Writer->Close();
+}
+
+void FCookJob::PackageTarget()
+{
 	FCompressCookedFilesVisitor Visitor(StagedModDir, TargetDir);
 	if (OnPackagingProgress)
 	{
