@@ -68,8 +68,7 @@ FString ComposeKindArguments(ECookKind Kind, const FString& ModFolder, const FSt
 	return FString();
 }
 
-FString ComposeCookParameters(const FString& MapArguments, const FString& Platform, const FString& KindArguments,
-							  const FString& OutputDir)
+FString ComposeCookParameters(const FString& MapArguments, const FString& Platform, const FString& KindArguments, const FString& OutputDir)
 {
 	return FString::Printf(TEXT("\"Orrery/Orrery.uproject\" -run=Cook %s -CookCultures=en -TargetPlatform=%s %s -Output=\"%s\""),
 						   *MapArguments, *Platform, *KindArguments, *OutputDir);

@@ -38,8 +38,7 @@ FString ComposeMapArguments(const FString& Maps, ECookKind Kind);
 FString ComposeKindArguments(ECookKind Kind, const FString& ModFolder, const FString& Guid, const FCookModes& Modes);
 
 // The commandlet's whole parameter string for one target.
-FString ComposeCookParameters(const FString& MapArguments, const FString& Platform, const FString& KindArguments,
-							  const FString& OutputDir);
+FString ComposeCookParameters(const FString& MapArguments, const FString& Platform, const FString& KindArguments, const FString& OutputDir);
 
 // A total conversion's extra packages: the list AdditionalDependencies.txt in its mod folder, copied into Base
 // with every package it names. Nothing when there is no list.

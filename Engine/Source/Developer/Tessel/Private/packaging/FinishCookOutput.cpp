@@ -25,8 +25,8 @@ void FCookJob::WriteTestRunModFile()
 {
 	TArray<FString> Maps{ModRecord.Maps};
 	TMap<FString, FString> Metadata;
-	int32 ModType = CookKind == static_cast<uint32>(ECookKind::TotalConversion) ? ModFileFormat::TotalConversionModType
-																				  : ModFileFormat::OtherModType;
+	int32 ModType =
+		CookKind == static_cast<uint32>(ECookKind::TotalConversion) ? ModFileFormat::TotalConversionModType : ModFileFormat::OtherModType;
 
 	TUniquePtr<FArchive> Info(IFileManager::Get().CreateFileReader(*(StagedModDir / TEXT("mod.info")), 0));
 	if (Info)
