@@ -4,33 +4,11 @@
 #include "KitSession.h"
 #include "Misc/FileHelper.h"
 #include "ModRecordText.h"
+#include "catalogue/ModFields.h"
 #include "json/JsonSerializer.h"
 
 namespace
 {
-	// The publication fields a user may set, by the names the command takes. Letter case, "-" and "_" are
-	// ignored, so "change-notes", "ChangeNotes" and "change_notes" name the same field.
-	struct FSettableField
-	{
-		const TCHAR* Name;
-		FString FModSetup::*Member;
-	};
-	const FSettableField SettableFields[] = {
-		{TEXT("title"), &FModSetup::Title},
-		{TEXT("description"), &FModSetup::Description},
-		{TEXT("preview"), &FModSetup::PreviewImage},
-		{TEXT("previewimage"), &FModSetup::PreviewImage},
-		{TEXT("visibility"), &FModSetup::Visibility},
-		{TEXT("tags"), &FModSetup::Tags},
-		{TEXT("changenotes"), &FModSetup::ChangeNotes},
-		{TEXT("changenote"), &FModSetup::ChangeNotes},
-		// The Workshop id and the GUID, for bringing back what a publish or a cook elsewhere gave the mod
-		// (another checkout, a CI job).
-		{TEXT("publishedid"), &FModSetup::ItemSeamId},
-		{TEXT("publishedfileid"), &FModSetup::ItemSeamId},
-		{TEXT("guid"), &FModSetup::GUID},
-	};
-
 	FString NormalizeFieldName(const FString& Name)
 	{
 		FString Result;
@@ -243,21 +221,31 @@ int RunSet(const FGlobalOptions& Options, const FString& ModName, const TArray<F
 		{
 			throw FCommandError{EExitCode::BadInput, FString::Printf(TEXT("\"%s\": expected <field>=<value>"), *Assignment)};
 		}
+		// The fields a user may set, by the names the field table gives them; letter case, "-" and "_" are
+		// ignored, so "change-notes", "ChangeNotes" and "change_notes" name the same field.
 		const FString Key = NormalizeFieldName(Name);
-		const FSettableField* Field = nullptr;
-		for (const FSettableField& Candidate : SettableFields)
+		const FModField* Field = nullptr;
+		TArray<FString> Settable;
+		for (const FModField& Candidate : ModFields)
 		{
-			if (Key == Candidate.Name)
+			for (const TCHAR* SetName : Candidate.SetNames)
 			{
-				Field = &Candidate;
+				if (SetName && NormalizeFieldName(SetName) == Key)
+				{
+					Field = &Candidate;
+				}
+			}
+			if (Candidate.SetNames[0])
+			{
+				Settable.Add(Candidate.SetNames[0]);
 			}
 		}
 		if (!Field)
 		{
 			throw FCommandError{EExitCode::BadInput,
-								FString::Printf(TEXT("unknown field \"%s\": set title, description, preview, visibility, tags, "
-													 "change-notes, published-id or guid"),
-												*Name)};
+								FString::Printf(TEXT("unknown field \"%s\": set %s or %s"), *Name,
+												*FString::Join(TArray<FString>(Settable.GetData(), Settable.Num() - 1), TEXT(", ")),
+												*Settable.Last())};
 		}
 		Edited.*(Field->Member) = CleanValue(Field->Member, ReadValue(Text));
 	}

@@ -7,6 +7,7 @@
 
 #include "CommandOutput.h"
 #include "Commands.h"
+#include "catalogue/ModFields.h"
 #include "Stopping.h"
 #include "Terminal.h"
 
@@ -48,9 +49,19 @@ int main(int ArgC, char** ArgV)
 	std::string SetMod;
 	std::vector<std::string> Assignments;
 	Set->add_option("mod", SetMod, "The mod's folder name")->required();
+	// The fields as the record's field table names them.
+	std::string FieldNames;
+	for (const FModField& Field : ModFields)
+	{
+		if (Field.SetNames[0])
+		{
+			FieldNames += (FieldNames.empty() ? "" : ", ") + FString(Field.SetNames[0]).ToUtf8();
+		}
+	}
 	Set->add_option("assignments", Assignments,
-					"<field>=<value>: title, description, preview, visibility (Public, \"Friends Only\", Hidden), tags (comma list of "
-					"the ten), change-notes, published-id (the Workshop id); <field>=@<file> reads the value from a file")
+					"<field>=<value>, a field of " + FieldNames +
+						"; visibility is Public, \"Friends Only\" or Hidden, tags a comma list of the ten; <field>=@<file> reads "
+						"the value from a file")
 		->required();
 
 	CLI::App* Check = App.add_subcommand("check", "Every check an upload meets, each with what to do about it");

@@ -1,5 +1,7 @@
 #include "UploadChecks.h"
 
+#include "catalogue/ModFields.h"
+
 #include "CommandOutput.h"
 #include "CompressedFileInspection.h"
 
@@ -254,9 +256,13 @@ FString DetectImageFormat(const FString& Path)
 TArray<FUploadCheck> RunUploadChecks(const FModSetup& Mod)
 {
 	TArray<FUploadCheck> Checks;
-	Checks.Add(CheckText(Mod, TEXT("title"), Mod.Title, MaxWorkshopTitleLength, true));
-	Checks.Add(CheckText(Mod, TEXT("description"), Mod.Description, MaxWorkshopTextLength, true));
-	Checks.Add(CheckText(Mod, TEXT("change-notes"), Mod.ChangeNotes, MaxWorkshopTextLength, false));
+	for (const FModField& Field : ModFields)
+	{
+		if (Field.MaxLength > 0)
+		{
+			Checks.Add(CheckText(Mod, Field.SetNames[0], Mod.*Field.Member, Field.MaxLength, Field.bRequiredToUpload));
+		}
+	}
 	Checks.Add(CheckItemFileTexts(Mod));
 	Checks.Add(CheckFolderName(Mod));
 	Checks.Add(CheckPreview(Mod));

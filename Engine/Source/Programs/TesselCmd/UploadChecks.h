@@ -21,9 +21,7 @@ struct FUploadCheck
 	bool bBlocksCheck = true;
 };
 
-// The Workshop's public limits.
-constexpr int32 MaxWorkshopTitleLength = 128;
-constexpr int32 MaxWorkshopTextLength = 8000;
+// The Workshop's limit for a preview; those of the texts are in the record's field table.
 constexpr int64 MaxWorkshopPreviewBytes = 1024 * 1024;
 
 // Every check for the record, in the order a user would fix them: the fields "Upload" needs, the Workshop's

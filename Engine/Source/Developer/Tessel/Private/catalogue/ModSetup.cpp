@@ -1,6 +1,7 @@
 #include "catalogue/ModSetup.h"
 
 #include "Dom/JsonObject.h"
+#include "catalogue/ModFields.h"
 
 FModSetup::FModSetup(const TSharedPtr<FJsonValue>& JsonValue)
 {
@@ -9,31 +10,25 @@ FModSetup::FModSetup(const TSharedPtr<FJsonValue>& JsonValue)
 	{
 		return;
 	}
-	ModDir = Object->GetStringField(TEXT("ModDir"));
-	Maps = Object->GetStringField(TEXT("Maps"));
-	Title = Object->GetStringField(TEXT("Title"));
-	Description = Object->GetStringField(TEXT("Description"));
-	PreviewImage = Object->GetStringField(TEXT("PreviewImage"));
-	Visibility = Object->GetStringField(TEXT("Visibility"));
-	ChangeNotes = Object->GetStringField(TEXT("ChangeNotes"));
-	// Older databases lack these three; the fields then keep their empty start.
-	Object->TryGetStringField(TEXT("ItemSeamId"), ItemSeamId);
-	Object->TryGetStringField(TEXT("GUID"), GUID);
-	Object->TryGetStringField(TEXT("Tags"), Tags);
+	for (const FModField& Field : ModFields)
+	{
+		if (Field.bOptionalInFile)
+		{
+			Object->TryGetStringField(Field.Key, this->*Field.Member);
+		}
+		else
+		{
+			this->*Field.Member = Object->GetStringField(Field.Key);
+		}
+	}
 }
 
 TSharedPtr<FJsonValue> FModSetup::ToJsonValue() const
 {
 	TSharedPtr<FJsonObject> Object = MakeShared<FJsonObject>();
-	Object->SetStringField(TEXT("ModDir"), ModDir);
-	Object->SetStringField(TEXT("Maps"), Maps);
-	Object->SetStringField(TEXT("Title"), Title);
-	Object->SetStringField(TEXT("Description"), Description);
-	Object->SetStringField(TEXT("PreviewImage"), PreviewImage);
-	Object->SetStringField(TEXT("Visibility"), Visibility);
-	Object->SetStringField(TEXT("ChangeNotes"), ChangeNotes);
-	Object->SetStringField(TEXT("ItemSeamId"), ItemSeamId);
-	Object->SetStringField(TEXT("GUID"), GUID);
-	Object->SetStringField(TEXT("Tags"), Tags);
+	for (const FModField& Field : ModFields)
+	{
+		Object->SetStringField(Field.Key, this->*Field.Member);
+	}
 	return MakeShared<FJsonValueObject>(Object);
 }

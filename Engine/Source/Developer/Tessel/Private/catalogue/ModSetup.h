@@ -4,8 +4,8 @@
 
 class FJsonValue;
 
-// Everything the tool keeps about one mod between runs. The field names are also the keys of Mods.db; lists
-// (Maps, Tags) are comma-joined text.
+// Everything the tool keeps about one mod between runs. Lists (Maps, Tags) are comma-joined text. Each field's
+// key in Mods.db, its names for TesselCmd and its limits are in catalogue/ModFields.h.
 struct FModSetup
 {
 	FString ModDir;

@@ -102,9 +102,11 @@ TSharedRef<SWidget> STesselTool::BuildDetailsPanel()
 
 	// Cooking ----------------------------------------------------------------------------------------------------
 	TSharedRef<SGridPanel> Cooking = MakeGroupGrid();
+	// Rows are counted as they are added, so that a row put in between moves the later ones by itself.
+	int32 Row = 0;
 
-	AddLabel(Cooking, 0, LOCTEXT("ModDir", "Mod Directory"));
-	Cooking->AddSlot(1, 0).Padding(CellPadding)
+	AddLabel(Cooking, Row, LOCTEXT("ModDir", "Mod Directory"));
+	Cooking->AddSlot(1, Row).Padding(CellPadding)
 	[
 		SNew(SHorizontalBox)
 		+ SHorizontalBox::Slot()
@@ -124,22 +126,25 @@ TSharedRef<SWidget> STesselTool::BuildDetailsPanel()
 		]
 	];
 
-	AddLabel(Cooking, 1, LOCTEXT("ModMaps", "Maps"));
-	Cooking->AddSlot(1, 1).Padding(CellPadding)
+	++Row;
+	AddLabel(Cooking, Row, LOCTEXT("ModMaps", "Maps"));
+	Cooking->AddSlot(1, Row).Padding(CellPadding)
 	[
 		SNew(SEditableTextBox)
 		.Text(this, &STesselTool::GetMapsText)
 		.OnTextChanged(this, &STesselTool::OnMapsChanged)
 	];
 
-	AddLabel(Cooking, 2, LOCTEXT("ModTestCookDir", "Test Mod Output Directory (EX:C:\\Steam\\steamapps\\common\\MERROW\\Orrery\\Content\\Mods)"));
-	Cooking->AddSlot(1, 2).Padding(CellPadding)
+	++Row;
+	AddLabel(Cooking, Row, LOCTEXT("ModTestCookDir", "Test Mod Output Directory (EX:C:\\Steam\\steamapps\\common\\MERROW\\Orrery\\Content\\Mods)"));
+	Cooking->AddSlot(1, Row).Padding(CellPadding)
 	[
 		SNew(SEditableTextBox).OnTextChanged(this, &STesselTool::OnTestOutputDirChanged)
 	];
 
-	Cooking->AddSlot(0, 3).Padding(CellPadding)[SNew(SSpacer)];
-	Cooking->AddSlot(1, 3).Padding(CellPadding)
+	++Row;
+	Cooking->AddSlot(0, Row).Padding(CellPadding)[SNew(SSpacer)];
+	Cooking->AddSlot(1, Row).Padding(CellPadding)
 	[
 		SNew(SHorizontalBox)
 		+ SHorizontalBox::Slot()
@@ -161,9 +166,10 @@ TSharedRef<SWidget> STesselTool::BuildDetailsPanel()
 
 	// Uploading --------------------------------------------------------------------------------------------------
 	TSharedRef<SGridPanel> Uploading = MakeGroupGrid();
+	Row = 0;
 
-	AddLabel(Uploading, 0, LOCTEXT("PreviewImage", "Preview Image"));
-	Uploading->AddSlot(1, 0).Padding(CellPadding)
+	AddLabel(Uploading, Row, LOCTEXT("PreviewImage", "Preview Image"));
+	Uploading->AddSlot(1, Row).Padding(CellPadding)
 	[
 		SNew(SVerticalBox)
 		+ SVerticalBox::Slot()
@@ -196,16 +202,18 @@ TSharedRef<SWidget> STesselTool::BuildDetailsPanel()
 		]
 	];
 
-	AddLabel(Uploading, 1, LOCTEXT("ModTitle", "Title"));
-	Uploading->AddSlot(1, 1).Padding(CellPadding)
+	++Row;
+	AddLabel(Uploading, Row, LOCTEXT("ModTitle", "Title"));
+	Uploading->AddSlot(1, Row).Padding(CellPadding)
 	[
 		SNew(SEditableTextBox)
 		.Text(this, &STesselTool::GetTitleText)
 		.OnTextChanged(this, &STesselTool::OnTitleChanged)
 	];
 
-	AddLabel(Uploading, 2, LOCTEXT("ModDescription", "Description"));
-	Uploading->AddSlot(1, 2).Padding(CellPadding)
+	++Row;
+	AddLabel(Uploading, Row, LOCTEXT("ModDescription", "Description"));
+	Uploading->AddSlot(1, Row).Padding(CellPadding)
 	[
 		SNew(SMultiLineEditableTextBox)
 		.AutoWrapText(true)
@@ -213,8 +221,9 @@ TSharedRef<SWidget> STesselTool::BuildDetailsPanel()
 		.OnTextChanged(this, &STesselTool::OnDescriptionChanged)
 	];
 
-	AddLabel(Uploading, 3, LOCTEXT("ModVisibilty", "Visibility"));
-	Uploading->AddSlot(1, 3).Padding(CellPadding)
+	++Row;
+	AddLabel(Uploading, Row, LOCTEXT("ModVisibilty", "Visibility"));
+	Uploading->AddSlot(1, Row).Padding(CellPadding)
 	[
 		SNew(SComboBox<TSharedPtr<FString>>)
 		.OptionsSource(&VisibilityOptions)
@@ -226,12 +235,12 @@ TSharedRef<SWidget> STesselTool::BuildDetailsPanel()
 	];
 
 	// One row for each tag: its label on the left of the cell and its check box in the cell's middle.
-	AddLabel(Uploading, 4, LOCTEXT("ModTags", "Tags:"));
+	++Row;
+	AddLabel(Uploading, Row, LOCTEXT("ModTags", "Tags:"));
 	const TArray<FString>& TagLabels = GetTagLabels();
-	for (int32 Index = 0; Index < TagLabels.Num(); ++Index)
+	for (int32 Index = 0; Index < TagLabels.Num(); ++Index, ++Row)
 	{
 		const FString Tag = TagLabels[Index];
-		const int32 Row = 4 + Index;
 		if (Index > 0)
 		{
 			Uploading->AddSlot(0, Row).Padding(CellPadding)[SNew(SSpacer)];
@@ -245,8 +254,8 @@ TSharedRef<SWidget> STesselTool::BuildDetailsPanel()
 		];
 	}
 
-	AddLabel(Uploading, 14, LOCTEXT("ModChangeNotes", "Change Notes"));
-	Uploading->AddSlot(1, 14).Padding(CellPadding)
+	AddLabel(Uploading, Row, LOCTEXT("ModChangeNotes", "Change Notes"));
+	Uploading->AddSlot(1, Row).Padding(CellPadding)
 	[
 		SNew(SMultiLineEditableTextBox)
 		.AutoWrapText(true)
@@ -254,8 +263,9 @@ TSharedRef<SWidget> STesselTool::BuildDetailsPanel()
 		.OnTextChanged(this, &STesselTool::OnChangeNotesChanged)
 	];
 
-	Uploading->AddSlot(0, 15).Padding(CellPadding)[SNew(SSpacer)];
-	Uploading->AddSlot(1, 15).Padding(CellPadding)
+	++Row;
+	Uploading->AddSlot(0, Row).Padding(CellPadding)[SNew(SSpacer)];
+	Uploading->AddSlot(1, Row).Padding(CellPadding)
 	[
 		SNew(SHorizontalBox)
 		+ SHorizontalBox::Slot()
