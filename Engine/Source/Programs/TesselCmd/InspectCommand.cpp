@@ -192,22 +192,7 @@ namespace
 		void Read(const TCHAR* Field, FieldType& Value)
 		{
 			const int64 At = Reader->Tell();
-			if constexpr (std::is_same_v<FieldType, FString>)
-			{
-				ModArchiveForms::SerializeString(*Reader, Value);
-			}
-			else if constexpr (std::is_same_v<FieldType, TArray<FString>>)
-			{
-				ModArchiveForms::SerializeStringArray(*Reader, Value);
-			}
-			else if constexpr (std::is_same_v<FieldType, TMap<FString, FString>>)
-			{
-				ModArchiveForms::SerializeStringMap(*Reader, Value);
-			}
-			else
-			{
-				*Reader << Value;
-			}
+			FModFileRecord::SerializeField(*Reader, Value);
 			if (Reader->IsError())
 			{
 				Broken(Path, FString::Printf(TEXT("truncated or broken in the %s, which begins at byte %lld of %lld"), Field, At,
@@ -242,22 +227,9 @@ namespace
 	int InspectModFile(const FCommandOutput& Output, const FString& Path)
 	{
 		FFieldReader Reader(Path);
-		int64 Number = 0;
-		FString Title;
-		FString Second;
-		TArray<FString> Maps;
-		uint32 Magic = 0;
-		int32 Version = 0;
-		uint8 Type = 0;
-		TMap<FString, FString> Metadata;
-		Reader.Read(TEXT("mod number"), Number);
-		Reader.Read(TEXT("title"), Title);
-		Reader.Read(TEXT("second string"), Second);
-		Reader.Read(TEXT("map list"), Maps);
-		Reader.Read(TEXT("magic"), Magic);
-		Reader.Read(TEXT("format version"), Version);
-		Reader.Read(TEXT("mod type"), Type);
-		Reader.Read(TEXT("metadata"), Metadata);
+		FModFileRecord Record;
+		Record.VisitFields([&Reader](const TCHAR* Name, auto& Field) { Reader.Read(Name, Field); });
+		const auto& [Number, Title, Second, Maps, Magic, Version, Type, Metadata] = Record;
 		TArray<FString> Problems;
 		if (Magic != ModFileFormat::Magic)
 		{

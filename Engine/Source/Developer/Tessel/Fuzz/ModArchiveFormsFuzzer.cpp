@@ -15,6 +15,7 @@
 #include "SizelessArchive.h"
 #include "packaging/ModArchiveForms.h"
 
+#include <type_traits>
 #include <cstdio>
 #include <cstdlib>
 
@@ -71,31 +72,31 @@ namespace
 		bool operator==(const FModMeta& Other) const { return SameMap(Metadata, Other.Metadata); }
 	};
 
-	struct FModFile
+	struct FModFile : FModFileRecord
 	{
 		static constexpr const char* Name = "%d.mod";
-		int64 Number = 0;
-		FString Title;
-		FString Second;
-		TArray<FString> Maps;
-		uint32 Magic = 0;
-		int32 Version = 0;
-		uint8 Type = 0;
-		TMap<FString, FString> Metadata;
 
 		void Serialize(FArchive& Ar)
 		{
-			Ar << Number;
-			ModArchiveForms::SerializeString(Ar, Title);
-			if (Ar.IsLoading() && Ar.IsError() && !Title.IsEmpty())
-			{
-				Fail(Name, "a string that failed to read is not empty");
-			}
-			ModArchiveForms::SerializeString(Ar, Second);
-			ModArchiveForms::SerializeStringArray(Ar, Maps);
-			const bool bFailedBefore = Ar.IsError();
-			Ar << Magic << Version << Type;
-			if (Ar.IsLoading() && bFailedBefore)
+			bool bFailedBeforeFixedFields = false;
+			VisitFields(
+				[&](const TCHAR* Field, auto& Value)
+				{
+					const bool bFixedField = FString(Field) == TEXT("magic");
+					if (bFixedField)
+					{
+						bFailedBeforeFixedFields = Ar.IsError();
+					}
+					SerializeField(Ar, Value);
+					if constexpr (std::is_same_v<std::decay_t<decltype(Value)>, FString>)
+					{
+						if (FString(Field) == TEXT("title") && Ar.IsLoading() && Ar.IsError() && !Value.IsEmpty())
+						{
+							Fail(Name, "a string that failed to read is not empty");
+						}
+					}
+				});
+			if (Ar.IsLoading() && bFailedBeforeFixedFields)
 			{
 				// A number read after a failure is whatever the archive has at its position, which differs
 				// between archives that found the failure at different places; nothing vouches for it.
@@ -103,13 +104,11 @@ namespace
 				Version = 0;
 				Type = 0;
 			}
-			ModArchiveForms::SerializeStringMap(Ar, Metadata);
 		}
 		bool operator==(const FModFile& Other) const
 		{
-			return Number == Other.Number && Title == Other.Title && Second == Other.Second && Maps == Other.Maps &&
-				   Magic == Other.Magic && Version == Other.Version && Type == Other.Type &&
-				   SameMap(Metadata, Other.Metadata);
+			return Number == Other.Number && Title == Other.Title && Second == Other.Second && Maps == Other.Maps && Magic == Other.Magic &&
+				   Version == Other.Version && Type == Other.Type && SameMap(Metadata, Other.Metadata);
 		}
 	};
 

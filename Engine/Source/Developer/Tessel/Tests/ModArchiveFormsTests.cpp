@@ -48,26 +48,27 @@ TEST(ModArchiveFormsTests, ModFileExampleIsByteExact)
 	// type, metadata.
 	TArray<uint8> Out;
 	FMemoryArchive Writer(Out, false);
-	int64 ModId = 123456789;
-	FString Title(TEXT("abc"));
-	FString Second;
-	TArray<FString> Maps;
-	uint32 Magic = 0xFF22FF33;
-	int32 Version = 2;
-	uint8 ModType = 0;
-	TMap<FString, FString> Meta;
-	Writer << ModId;
-	SerializeString(Writer, Title);
-	SerializeString(Writer, Second);
-	SerializeStringArray(Writer, Maps);
-	Writer << Magic << Version << ModType;
-	SerializeStringMap(Writer, Meta);
+	FModFileRecord Record;
+	Record.Number = 123456789;
+	Record.Title = TEXT("abc");
+	Record.Serialize(Writer);
 
 	const std::vector<uint8> Expected = {0x15, 0xCD, 0x5B, 0x07, 0x00, 0x00, 0x00, 0x00, 0x04, 0x00, 0x00, 0x00, 0x61,
 										 0x62, 0x63, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x33, 0xFF,
 										 0x22, 0xFF, 0x02, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00};
 	ASSERT_EQ(Expected.size(), 37u);
 	EXPECT_EQ(Bytes(Out), Expected);
+
+	FMemoryArchive Reader(Out, true);
+	FModFileRecord Read;
+	Read.Magic = 0;
+	Read.Version = 0;
+	Read.Serialize(Reader);
+	EXPECT_FALSE(Reader.IsError());
+	EXPECT_EQ(Read.Number, 123456789);
+	EXPECT_EQ(Read.Title, FString(TEXT("abc")));
+	EXPECT_EQ(Read.Magic, ModFileFormat::Magic);
+	EXPECT_EQ(Read.Version, 2);
 }
 
 TEST(ModArchiveFormsTests, StringFormFollowsItsContent)

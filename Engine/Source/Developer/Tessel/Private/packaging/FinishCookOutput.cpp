@@ -61,21 +61,13 @@ void FCookJob::WriteTestRunModFile()
 	{
 		return;
 	}
-	int64 Number = ModId;
-	FString Title = ModRecord.Title.TrimQuotes();
-	// The game reads a second string after the title; nothing of ours fills it.
-	FString Second;
-	uint32 Magic = ModFileFormat::Magic;
-	int32 Version = ModFileFormat::Version;
-	uint8 TypeByte = static_cast<uint8>(ModType & 0xFF);
-	*Writer << Number;
-	ModArchiveForms::SerializeString(*Writer, Title);
-	ModArchiveForms::SerializeString(*Writer, Second);
-	ModArchiveForms::SerializeStringArray(*Writer, Maps);
-	*Writer << Magic;
-	*Writer << Version;
-	*Writer << TypeByte;
-	ModArchiveForms::SerializeStringMap(*Writer, Metadata);
+	FModFileRecord Record;
+	Record.Number = ModId;
+	Record.Title = ModRecord.Title.TrimQuotes();
+	Record.Maps = Maps;
+	Record.Type = static_cast<uint8>(ModType & 0xFF);
+	Record.Metadata = Metadata;
+	Record.Serialize(*Writer);
 	Writer->Close();
 }
 

@@ -3,6 +3,8 @@
 #include "CoreMinimal.h"
 #include "Serialization/Archive.h"
 
+#include <type_traits>
+
 // The byte forms of strings, string lists and string maps in the mod description files ("mod.info",
 // "modmeta.info", "%d.mod"). Each call reads on a loading archive and writes on a saving one. A reader that
 // meets a length it can't honour sets the archive's error flag and leaves the value empty.
@@ -27,3 +29,58 @@ namespace ModFileFormat
 	constexpr int32 TotalConversionModType = 3;
 	constexpr int32 OtherModType = 0;
 }
+
+// The "%d.mod" file a test run writes for the game, its fields in their order on disk, named once for every
+// reader and writer: the cook's completion step, TesselCmd inspect, the fuzzer and the tests.
+struct FModFileRecord
+{
+	int64 Number = 0;
+	FString Title;
+	// The game reads a second string after the title; nothing of ours fills it.
+	FString Second;
+	TArray<FString> Maps;
+	uint32 Magic = ModFileFormat::Magic;
+	int32 Version = ModFileFormat::Version;
+	uint8 Type = 0;
+	TMap<FString, FString> Metadata;
+
+	// Visit(name, field) for each field in the file's order, for a reader that names where bytes run out.
+	template <typename VisitorType> void VisitFields(VisitorType&& Visit)
+	{
+		Visit(TEXT("mod number"), Number);
+		Visit(TEXT("title"), Title);
+		Visit(TEXT("second string"), Second);
+		Visit(TEXT("map list"), Maps);
+		Visit(TEXT("magic"), Magic);
+		Visit(TEXT("format version"), Version);
+		Visit(TEXT("mod type"), Type);
+		Visit(TEXT("metadata"), Metadata);
+	}
+
+	// Reads on a loading archive and writes on a saving one, each field in its byte form.
+	void Serialize(FArchive& Ar)
+	{
+		VisitFields([&Ar](const TCHAR*, auto& Field) { SerializeField(Ar, Field); });
+	}
+
+	// One field in its byte form: a string, list or map as ModArchiveForms has them, a number little-endian.
+	template <typename FieldType> static void SerializeField(FArchive& Ar, FieldType& Value)
+	{
+		if constexpr (std::is_same_v<FieldType, FString>)
+		{
+			ModArchiveForms::SerializeString(Ar, Value);
+		}
+		else if constexpr (std::is_same_v<FieldType, TArray<FString>>)
+		{
+			ModArchiveForms::SerializeStringArray(Ar, Value);
+		}
+		else if constexpr (std::is_same_v<FieldType, TMap<FString, FString>>)
+		{
+			ModArchiveForms::SerializeStringMap(Ar, Value);
+		}
+		else
+		{
+			Ar << Value;
+		}
+	}
+};
