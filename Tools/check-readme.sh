@@ -6,39 +6,27 @@
 # block as written on a fresh copy of the demo kit.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-block="$(sed -n '/^### The quick lane/,/^`Tools\/build.sh/p' README.md | sed -n '/^```sh$/,/^```$/p')"
-ran=0
-while IFS= read -r line; do
-	command="${line%%#*}"
-	case "$command" in
-	"(cd Build && ctest"* | Build/*)
-		echo "+ $command"
-		bash -c "$command" >/dev/null
-		ran=$((ran + 1))
-		;;
-	esac
-done <<<"$block"
-if [ "$ran" -ne 2 ]; then
-	echo "check-readme: expected the two quick-lane lines that look at Build, found $ran"
-	exit 1
-fi
-# The developer's guide's quick loop: its lines that look at Build, and the format check, as written.
-block="$(sed -n '/^## The quick loop/,/^## Layers/p' Docs/DEVELOPING.md | sed -n '/^```sh$/,/^```$/p')"
-ran=0
-while IFS= read -r line; do
-	command="${line%%#*}"
-	case "$command" in
-	"(cd Build && ctest"* | Build/* | "bash Tools/check-format.sh"*)
-		echo "+ $command"
-		bash -c "$command" >/dev/null
-		ran=$((ran + 1))
-		;;
-	esac
-done <<<"$block"
-if [ "$ran" -ne 3 ]; then
-	echo "check-readme: expected three lines of the guide's quick loop to run, found $ran"
-	exit 1
-fi
+# run_block <what> <expected count> <block>: runs each line of the block that looks at Build (or checks the
+# format), as written; fails unless exactly the expected number ran.
+run_block() {
+	local what="$1" expected="$2" block="$3" ran=0 line command
+	while IFS= read -r line; do
+		command="${line%%#*}"
+		case "$command" in
+		"(cd Build && ctest"* | Build/* | "bash Tools/check-format.sh"*)
+			echo "+ $command"
+			bash -c "$command" >/dev/null
+			ran=$((ran + 1))
+			;;
+		esac
+	done <<<"$block"
+	if [ "$ran" -ne "$expected" ]; then
+		echo "check-readme: expected $expected lines of $what to run, found $ran"
+		exit 1
+	fi
+}
+run_block "the README's quick lane" 3 "$(sed -n '/^### The quick lane/,/^`Tools\/build.sh/p' README.md | sed -n '/^```sh$/,/^```$/p')"
+run_block "the guide's quick loop" 3 "$(sed -n '/^## The quick loop/,/^## Layers/p' Docs/DEVELOPING.md | sed -n '/^```sh$/,/^```$/p')"
 if bash Tools/test.sh --stage nope >/dev/null 2>&1; then
 	echo "check-readme: the test command took an unknown stage"
 	exit 1
