@@ -51,8 +51,9 @@ namespace WindowsProcess
 		}
 	}
 
-	FProcHandle Start(const TCHAR* URL, const TCHAR* Parms, const TCHAR* WorkingDirectory, HANDLE Output)
+	FProcHandle StartOnce(const TCHAR* URL, const TCHAR* Parms, const TCHAR* WorkingDirectory, HANDLE Output, DWORD& OutError)
 	{
+		OutError = 0;
 		FString Program(URL);
 		Program.ReplaceInline(TEXT("/"), TEXT("\\"));
 		// The parameters go on as they were composed; the child's runtime splits them by the same rules that
@@ -126,11 +127,13 @@ namespace WindowsProcess
 		}
 		if (!bStarted)
 		{
+			OutError = GetLastError();
 			return FProcHandle();
 		}
 		const HANDLE Job = CreateJobObjectW(nullptr, nullptr);
 		if (!Job || !AssignProcessToJobObject(Job, Started.hProcess))
 		{
+			OutError = GetLastError();
 			// Without its job a cancel could miss part of the tree: the child does not get to run.
 			TerminateProcess(Started.hProcess, KilledExitCode);
 			CloseHandle(Started.hThread);
@@ -148,6 +151,26 @@ namespace WindowsProcess
 		Handle.Process = Started.hProcess;
 		Handle.Job = Job;
 		return Handle;
+	}
+
+	// A start refused for a reason other than the program itself (missing, not a program, not allowed) is tried
+	// again a few times: the system can refuse one for a moment under load, as Wine did while its debugger
+	// started for another child that had crashed.
+	FProcHandle Start(const TCHAR* URL, const TCHAR* Parms, const TCHAR* WorkingDirectory, HANDLE Output)
+	{
+		for (int32 Attempt = 0;; ++Attempt)
+		{
+			DWORD Error = 0;
+			FProcHandle Handle = StartOnce(URL, Parms, WorkingDirectory, Output, Error);
+			const bool bTheProgramItself = Error == ERROR_FILE_NOT_FOUND || Error == ERROR_PATH_NOT_FOUND || Error == ERROR_ACCESS_DENIED ||
+										   Error == ERROR_BAD_EXE_FORMAT || Error == ERROR_EXE_MACHINE_TYPE_MISMATCH ||
+										   Error == ERROR_INVALID_NAME || Error == ERROR_DIRECTORY;
+			if (Handle.IsValid() || bTheProgramItself || Attempt == 3)
+			{
+				return Handle;
+			}
+			Sleep(50u << Attempt);
+		}
 	}
 
 	void RecordEnd(FProcHandle& ProcessHandle)
