@@ -1,12 +1,12 @@
 // TesselCmd on a large catalogue: a kit of many mod folders, each with its record in a Mods.db of tens of
 // megabytes, and "set" and "list --json" run on it as children. Prints each run's wall time and the child's
 // peak memory (its largest resident set). Usage: TesselCmdBenchmark [mods] [Mods.db megabytes] [rounds]
-// TESSEL_BENCHMARK_KEEP=1 keeps the kit afterwards.
 
 #include "CoreMinimal.h"
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
 #include "STesselUI.h"
+#include "TempDirectory.h"
 #include "TestPaths.h"
 
 #include <algorithm>
@@ -64,15 +64,11 @@ int main(int ArgC, char** ArgV)
 	const double Megabytes = ArgC > 2 ? std::atof(ArgV[2]) : 50.0;
 	const int32 Rounds = ArgC > 3 ? std::atoi(ArgV[3]) : 3;
 
-	char Pattern[] = "/tmp/tessel-cmd-bench-XXXXXX";
-	const FString Kit = FString::FromUtf8(mkdtemp(Pattern));
+	const FTempDirectory Kit;
+	Kit.WriteFile(TEXT("Orrery/Orrery.uproject"), "");
 	IPlatformFile& Platform = FPlatformFileManager::Get().GetPlatformFile();
 	Platform.CreateDirectoryTree(*(Kit / TEXT("Orrery/Saved")));
-	{
-		TUniquePtr<FArchive> Project(IFileManager::Get().CreateFileWriter(*(Kit / TEXT("Orrery/Orrery.uproject"))));
-		Project->Close();
-	}
-	FPaths::SetKitRoot(Kit);
+	FPaths::SetKitRoot(Kit.Get());
 
 	// Mods.db is UTF-16: each record's description is long enough for the file to reach the size asked for.
 	const int32 RecordChars = static_cast<int32>(Megabytes * 1048576.0 / 2.0 / std::max(Mods, 1));
@@ -104,7 +100,7 @@ int main(int ArgC, char** ArgV)
 	const FString Database = STesselTool::GetModDatabasePath();
 	std::printf("kit: %d mod folders, Mods.db %.1f MB\n", Mods, IFileManager::Get().FileSize(*Database) / 1048576.0);
 
-	const std::string KitArg = Kit.ToUtf8();
+	const std::string KitArg = Kit.Get().ToUtf8();
 	const std::string Last = FString::Printf(TEXT("Mod%06d"), Mods - 1).ToUtf8();
 	struct FCase
 	{
@@ -141,14 +137,5 @@ int main(int ArgC, char** ArgV)
 		}
 	}
 
-	// TESSEL_BENCHMARK_KEEP keeps the kit, to run a profiler on it.
-	if (std::getenv("TESSEL_BENCHMARK_KEEP"))
-	{
-		std::printf("kept %s\n", KitArg.c_str());
-	}
-	else
-	{
-		Platform.DeleteDirectoryRecursively(*Kit);
-	}
 	return Failed == 0 ? 0 : 1;
 }
