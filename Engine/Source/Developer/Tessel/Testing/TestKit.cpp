@@ -4,6 +4,10 @@
 #include "HAL/PlatformFile.h"
 #include "TestPrograms.h"
 
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+
 #ifdef _WIN32
 #include "Windows/WindowsApi.h"
 #else
@@ -98,4 +102,12 @@ void FTestKit::InstallWorkshopTemplate() const
 {
 	FPlatformFileManager::Get().GetPlatformFile().CopyFile(*(Dir / TEXT("ModTools/SteamVDF.template")),
 														   *TestPrograms::Path(TEXT("SteamVDF.template"), TestPaths::WorkshopTemplate));
+}
+
+std::string ReadGolden(const char* Name)
+{
+	const FString Path = TestPrograms::Path(*(FString(TEXT("Golden/")) + Name), (std::string(TestPaths::GoldenDir) + "/" + Name).c_str());
+	std::ifstream File(Path.ToUtf8(), std::ios::binary);
+	EXPECT_TRUE(File.good()) << "no golden file " << Path.ToUtf8();
+	return std::string(std::istreambuf_iterator<char>(File), std::istreambuf_iterator<char>());
 }

@@ -31,3 +31,7 @@ public:
 private:
 	FTempDirectory Dir;
 };
+
+// The bytes of the expected file Name under Tests/Golden, exactly as stored; a missing file fails the test that
+// asked and gives empty bytes.
+std::string ReadGolden(const char* Name);

@@ -22,6 +22,8 @@ namespace TestPaths
 	extern const char* const SourceDir;
 	extern const char* const DemoKitDir;
 	extern const char* const WorkshopTemplate;
+	// The expected bytes of the byte-exact tests, one file each.
+	extern const char* const GoldenDir;
 
 	// The build folder, where tests leave their pictures.
 	extern const char* const BuildDir;
