@@ -6,9 +6,9 @@
 int RunCheck(const FGlobalOptions& Options, const FString& ModName)
 {
 	LocateKit(Options.Kit);
-	FHeadlessTool Tool;
-	RequireReadableDatabase(Tool);
-	const TSharedPtr<FModSetup> Mod = SelectMod(Tool, ModName);
+	const FTesselSession Session;
+	RequireReadableDatabase(Session);
+	const TSharedPtr<FModSetup> Mod = SelectMod(Session, ModName);
 	const TArray<FUploadCheck> Checks = RunUploadChecks(*Mod);
 	const bool bReady = !Checks.ContainsByPredicate([](const FUploadCheck& Check) { return !Check.bPassed && Check.bBlocksCheck; });
 

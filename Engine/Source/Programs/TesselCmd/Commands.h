@@ -11,7 +11,7 @@ struct FGlobalOptions
 	bool bJson = false;
 };
 
-struct FCookOptions
+struct FCookCommandOptions
 {
 	FString Mod;
 	bool bAll = false;
@@ -44,6 +44,6 @@ struct FInspectOptions
 int RunList(const FGlobalOptions& Options);
 int RunSet(const FGlobalOptions& Options, const FString& Mod, const TArray<FString>& Assignments);
 int RunCheck(const FGlobalOptions& Options, const FString& Mod);
-int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook);
+int RunCook(const FGlobalOptions& Options, const FCookCommandOptions& Cook);
 int RunPublish(const FGlobalOptions& Options, const FPublishOptions& Publish);
 int RunInspect(const FGlobalOptions& Options, const FInspectOptions& Inspect);

@@ -5,7 +5,6 @@
 #include "KitSession.h"
 #include "Stopping.h"
 #include "Terminal.h"
-#include "cook/CookJob.h"
 
 #include <chrono>
 #include <cstdio>
@@ -52,30 +51,21 @@ namespace
 							FString::Printf(TEXT("unknown kind \"%s\": map, game-mod, total-conversion or map-extension"), *Name)};
 	}
 
-	// The options as the editor's command line hands them to the tool at every cook.
-	FString ComposeEditorCommandLine(const FCookOptions& Cook)
+	// The options as the window's cook takes them from the editor's command line, with its limits: a title holding
+	// a double quote can't pass there.
+	FCookOptions ToCookOptions(const FCookCommandOptions& Cook)
 	{
-		TArray<FString> Pieces;
-		if (Cook.bModAsDlc)
+		FCookOptions Options;
+		Options.Modes = FCookModes::FromModAsDlc(Cook.bModAsDlc);
+		Options.ModId = Cook.ModIdValue;
+		if (Cook.ModTitle && Cook.ModTitle->Contains(TEXT("\""), ESearchCase::CaseSensitive))
 		{
-			Pieces.Add(TEXT("-modasdlc"));
+			throw FCommandError{
+				EExitCode::BadInput,
+				FString::Printf(TEXT("--mod-title \"%s\": a double quote can't pass the editor's command line"), **Cook.ModTitle)};
 		}
-		if (Cook.ModIdValue)
-		{
-			Pieces.Add(FString::Printf(TEXT("-SetModID=%lld"), static_cast<long long>(*Cook.ModIdValue)));
-		}
-		if (Cook.ModTitle)
-		{
-			// Quoted, so that blanks, commas and parentheses stay in the title; a quote has no way through.
-			if (Cook.ModTitle->Contains(TEXT("\""), ESearchCase::CaseSensitive))
-			{
-				throw FCommandError{EExitCode::BadInput,
-									FString::Printf(TEXT("--mod-title \"%s\": a double quote can't pass the editor's command line"),
-													**Cook.ModTitle)};
-			}
-			Pieces.Add(FString::Printf(TEXT("-ModTitle=\"%s\""), **Cook.ModTitle));
-		}
-		return FString::Join(Pieces, TEXT(" "));
+		Options.ModTitle = Cook.ModTitle;
+		return Options;
 	}
 
 	FString FormatBytes(int64 Bytes)
@@ -103,11 +93,7 @@ namespace
 			TArray<FString> StagedFiles;
 		};
 
-		FPackagingWatch() : bTerminal(IsTerminal(stderr))
-		{
-			OnPackagingProgress = [this](const FPackagingProgress& Progress) { Watch(Progress); };
-		}
-		~FPackagingWatch() { OnPackagingProgress = nullptr; }
+		FPackagingWatch() : bTerminal(IsTerminal(stderr)) {}
 
 		// Ends the progress line before other text is printed.
 		void Interrupt()
@@ -122,7 +108,6 @@ namespace
 		// The walks since the last call.
 		TArray<FTarget> TakeTargets() { return std::exchange(Targets, {}); }
 
-	private:
 		void Watch(const FPackagingProgress& Progress)
 		{
 			if (Targets.Num() == 0 || Targets.Last().TargetDir != Progress.TargetDir || Progress.FilesDone == 0)
@@ -147,6 +132,7 @@ namespace
 			}
 		}
 
+	private:
 		void Show(const FPackagingProgress& Progress)
 		{
 			if (Progress.FilesTotal == 0)
@@ -215,29 +201,28 @@ namespace
 				   : FString();
 	}
 
-	FCookResult CookOne(FHeadlessTool& Tool, const TSharedPtr<FModSetup>& Mod, std::optional<ECookKind> Kind, const FCookOptions& Cook,
-						const FCommandOutput& Output, FPackagingWatch& Progress)
+	FCookResult CookOne(FTesselSession& Session, const TSharedPtr<FModSetup>& Mod, std::optional<ECookKind> Kind,
+						const FCookCommandOptions& Cook, const FCommandOutput& Output, FPackagingWatch& Progress)
 	{
 		FCookResult Result;
 		Result.Mod = Mod->ModDir;
 		Result.Kind = KindFor(*Mod, Kind);
-		Result.Output = Cook.TestOutput.IsEmpty() ? STesselTool::GetModOutputDir() / Mod->ModDir : ToFullPath(Cook.TestOutput);
+		Result.Output = Cook.TestOutput.IsEmpty() ? KitPaths::ModOutputDir() / Mod->ModDir : ToFullPath(Cook.TestOutput);
 		Result.Dialog = WhyNotCookable(*Mod, Result.Kind);
 		if (!Result.Dialog.IsEmpty())
 		{
 			return Result;
 		}
-		Tool.Select(Mod->ModDir);
-		Tool.Get().TestOutputDir = Cook.TestOutput.IsEmpty() ? FString() : Result.Output;
-		Tool.SaveOnClose();
+		FCookOptions Options = ToCookOptions(Cook);
+		Options.TestOutputDir = Cook.TestOutput.IsEmpty() ? FString() : Result.Output;
 		Result.bRan = true;
 		// Without a terminal to watch, a line at least every 10 seconds: CI services end jobs that fall silent.
 		using FClock = std::chrono::steady_clock;
 		const FClock::time_point Started = FClock::now();
 		FClock::time_point LastSaid = Started;
 		const bool bHeartbeat = !IsTerminal(stderr);
-		Result.Dialog = Tool.Cook(
-			Result.Kind,
+		const FCookOutcome Outcome = Session.Cook(
+			*Mod, Result.Kind, Options,
 			[&](const FString& Line)
 			{
 				Progress.Interrupt();
@@ -253,10 +238,12 @@ namespace
 													static_cast<long long>(std::chrono::duration_cast<std::chrono::seconds>(LastSaid - Started).count())));
 				}
 				return !StopRequested();
-			});
+			},
+			[&Progress](const FPackagingProgress& Walk) { Progress.Watch(Walk); });
+		Result.Dialog = Outcome.Verdict;
 		Progress.Interrupt();
-		// The run's own verdict: the dialog names success when some log line said "Success".
-		Result.bSuccess = Result.Dialog == TEXT("Job Successful!!");
+		// The run's own verdict: some log line said "Success".
+		Result.bSuccess = Outcome.bSucceeded;
 		// ... and the packaging's: every cooked file of every target written.
 		for (const FPackagingWatch::FTarget& Target : Progress.TakeTargets())
 		{
@@ -279,35 +266,36 @@ namespace
 	}
 }
 
-int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
+int RunCook(const FGlobalOptions& Options, const FCookCommandOptions& Cook)
 {
 	if (Cook.bAll == !Cook.Mod.IsEmpty())
 	{
 		throw FCommandError{EExitCode::BadInput, TEXT("cook: name one mod or give --all")};
 	}
 	const std::optional<ECookKind> Kind = Cook.Kind ? std::optional<ECookKind>(ParseKind(*Cook.Kind)) : std::nullopt;
-	FCommandLine::Set(ComposeEditorCommandLine(Cook));
+	// Refused before anything is read or written.
+	ToCookOptions(Cook);
 	LocateKit(Options.Kit);
 	const FDatabaseGuard Guard;
 
 	// The window would queue a job that can't start; here the missing program is named before anything is
 	// deleted or written.
-	const FString Editor = STesselTool::GetEditorExecutablePath();
+	const FString Editor = KitPaths::EditorExecutable();
 	if (!IFileManager::Get().FileExists(*Editor))
 	{
 		throw FCommandError{EExitCode::JobFailed, FString::Printf(TEXT("%s: missing: the kit's editor, which cooks, is not in its place"), *Editor)};
 	}
 
-	FHeadlessTool Tool;
-	RequireReadableDatabase(Tool);
+	FTesselSession Session;
+	RequireReadableDatabase(Session);
 	TArray<TSharedPtr<FModSetup>> Mods;
 	if (Cook.bAll)
 	{
-		Mods = Tool.GetMods();
+		Mods = Session.GetMods();
 	}
 	else
 	{
-		const TSharedPtr<FModSetup> Mod = SelectMod(Tool, Cook.Mod);
+		const TSharedPtr<FModSetup> Mod = SelectMod(Session, Cook.Mod);
 		const FString Refusal = WhyNotCookable(*Mod, KindFor(*Mod, Kind));
 		if (!Refusal.IsEmpty())
 		{
@@ -329,7 +317,7 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 		{
 			break;
 		}
-		Results.Add(CookOne(Tool, Mod, Kind, Cook, Output, Progress));
+		Results.Add(CookOne(Session, Mod, Kind, Cook, Output, Progress));
 		const FCookResult& Result = Results.Last();
 		Output.Progress(Result.bRan ? FString::Printf(TEXT("Quillon Dev Kit: %s"), *Result.Dialog)
 									: FString::Printf(TEXT("Left out: %s"), *Result.Dialog));
@@ -339,17 +327,17 @@ int RunCook(const FGlobalOptions& Options, const FCookOptions& Cook)
 		}
 	}
 
-	// The cook changes no record: when Mods.db changed meanwhile, the closing save would only undo that change.
-	try
-	{
-		Guard.Save([&Tool](bool bChanged) { Tool.Close(!bChanged); });
-	}
-	catch (const FCommandError&)
-	{
-		// No lock, no save: the tool's own closing save would go past it.
-		Tool.Close(false);
-		throw;
-	}
+	// A cook gives a new mod its GUID and may take a title, which the window's closing save keeps. It changes
+	// nothing else: when Mods.db changed meanwhile, the save would only undo that change.
+	const bool bAnyRan = Results.ContainsByPredicate([](const FCookResult& Result) { return Result.bRan; });
+	Guard.Save(
+		[&](bool bChanged)
+		{
+			if (bAnyRan && !bChanged)
+			{
+				Session.Save();
+			}
+		});
 
 	const bool bAllSucceeded = !Results.ContainsByPredicate([](const FCookResult& Result) { return !Result.bSuccess; });
 	if (Output.IsJson())

@@ -5,6 +5,7 @@
 #include "HAL/PlatformFile.h"
 #include "KitSession.h"
 #include "ModRecordText.h"
+#include "TesselSession.h"
 #include "packaging/ModArchiveForms.h"
 
 #include <cstdio>
@@ -332,10 +333,10 @@ namespace
 		TArray<TSharedPtr<FModSetup>> Records;
 		FString SteamUsername;
 		FString Error;
-		const STesselTool::EModDatabaseRead Read = STesselTool::ReadModDatabase(Path, Records, SteamUsername, Error);
-		if (Read != STesselTool::EModDatabaseRead::Read)
+		const EModDatabaseRead Read = ReadModDatabase(Path, Records, SteamUsername, Error);
+		if (Read != EModDatabaseRead::Read)
 		{
-			throw FCommandError{Read == STesselTool::EModDatabaseRead::Unreadable ? EExitCode::BadInput : EExitCode::JobFailed,
+			throw FCommandError{Read == EModDatabaseRead::Unreadable ? EExitCode::BadInput : EExitCode::JobFailed,
 								FString::Printf(TEXT("%s: %s"), *Path, *Error)};
 		}
 		if (Output.IsJson())

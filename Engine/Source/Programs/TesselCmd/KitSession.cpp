@@ -62,45 +62,37 @@ void LocateKit(const FString& GivenKit)
 	FPaths::SetBaseDir(FPaths::EngineDir() / TEXT("Binaries/Win64"));
 }
 
-void RequireReadableDatabase(const FHeadlessTool& Tool)
+void RequireReadableDatabase(const FTesselSession& Session)
 {
-	if (!Tool.Get().bModDatabaseUnreadable)
+	const FModDatabaseLoad& Load = Session.GetDatabaseLoad();
+	if (!Load.bKeepBeforeSave)
 	{
 		return;
 	}
-	// Read once more only to say why: a large file is read once on the way that works.
-	const FString Path = STesselTool::GetModDatabasePath();
-	TArray<TSharedPtr<FModSetup>> Records;
-	FString SteamUsername;
-	FString Error;
-	switch (STesselTool::ReadModDatabase(Path, Records, SteamUsername, Error))
+	const FString Path = KitPaths::ModDatabase();
+	if (Load.Read == EModDatabaseRead::Unopenable)
 	{
-	case STesselTool::EModDatabaseRead::Read:
-		throw FCommandError{EExitCode::JobFailed, FString::Printf(TEXT("%s: changed while it was read; run the command again"), *Path)};
-	case STesselTool::EModDatabaseRead::Unopenable:
-		throw FCommandError{EExitCode::JobFailed, FString::Printf(TEXT("%s: %s"), *Path, *Error)};
-	case STesselTool::EModDatabaseRead::Unreadable:
-		throw FCommandError{EExitCode::BadInput,
-							FString::Printf(TEXT("%s: %s (the tool reads it as UTF-16; fix or move the file, as a save would replace "
-												 "it with fresh records)"),
-											*Path, *Error)};
+		throw FCommandError{EExitCode::JobFailed, FString::Printf(TEXT("%s: %s"), *Path, *Load.Error)};
 	}
+	throw FCommandError{EExitCode::BadInput,
+						FString::Printf(TEXT("%s: %s (the tool reads it as UTF-16; fix or move the file, as a save would replace "
+											 "it with fresh records)"),
+										*Path, *Load.Error)};
 }
 
-TSharedPtr<FModSetup> SelectMod(FHeadlessTool& Tool, const FString& ModDir)
+TSharedPtr<FModSetup> SelectMod(const FTesselSession& Session, const FString& ModDir)
 {
-	if (TSharedPtr<FModSetup> Mod = Tool.Select(ModDir))
+	if (TSharedPtr<FModSetup> Mod = Session.FindMod(ModDir))
 	{
 		return Mod;
 	}
 	TArray<FString> Known;
-	for (const TSharedPtr<FModSetup>& Mod : Tool.GetMods())
+	for (const TSharedPtr<FModSetup>& Mod : Session.GetMods())
 	{
 		Known.Add(Mod->ModDir);
 	}
-	throw FCommandError{EExitCode::BadInput,
-						FString::Printf(TEXT("%s: no such mod in %s (mods: %s)"), *ModDir, *STesselTool::GetModsContentDir(),
-										Known.Num() > 0 ? *FString::Join(Known, TEXT(", ")) : TEXT("none"))};
+	throw FCommandError{EExitCode::BadInput, FString::Printf(TEXT("%s: no such mod in %s (mods: %s)"), *ModDir, *KitPaths::ModsContentDir(),
+															 Known.Num() > 0 ? *FString::Join(Known, TEXT(", ")) : TEXT("none"))};
 }
 
 namespace
@@ -188,7 +180,7 @@ namespace
 	}
 }
 
-FDatabaseGuard::FDatabaseGuard(bool bHoldLock) : Path(STesselTool::GetModDatabasePath())
+FDatabaseGuard::FDatabaseGuard(bool bHoldLock) : Path(KitPaths::ModDatabase())
 {
 	if (bHoldLock)
 	{

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CoreMinimal.h"
-#include "headless/HeadlessTool.h"
+#include "TesselSession.h"
 
 #include <functional>
 #include <memory>
@@ -18,10 +18,10 @@ void LocateKit(const FString& GivenKit);
 
 // Throws BadInput when the tool found Mods.db there but it doesn't parse, and JobFailed when it can't be
 // opened: a command never lets the tool's save replace a file whose records it couldn't read.
-void RequireReadableDatabase(const FHeadlessTool& Tool);
+void RequireReadableDatabase(const FTesselSession& Session);
 
-// The record of the mod folder named ModDir, selected in the tool; throws BadInput naming the mods there are.
-TSharedPtr<FModSetup> SelectMod(FHeadlessTool& Tool, const FString& ModDir);
+// The record of the mod folder named ModDir; throws BadInput naming the mods there are.
+TSharedPtr<FModSetup> SelectMod(const FTesselSession& Session, const FString& ModDir);
 
 // The bytes of a file as far as a save that replaced it would tell.
 struct FFileFingerprint

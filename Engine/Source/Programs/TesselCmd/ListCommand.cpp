@@ -7,8 +7,8 @@
 int RunList(const FGlobalOptions& Options)
 {
 	LocateKit(Options.Kit);
-	FHeadlessTool Tool;
-	RequireReadableDatabase(Tool);
+	const FTesselSession Session;
+	RequireReadableDatabase(Session);
 	const FCommandOutput Output(Options.bJson);
 
 	if (Output.IsJson())
@@ -19,9 +19,9 @@ int RunList(const FGlobalOptions& Options)
 			{
 				Writer.WriteObjectStart();
 				Writer.WriteValue(TEXT("kit"), FPaths::RootDir());
-				Writer.WriteValue(TEXT("database"), STesselTool::GetModDatabasePath());
+				Writer.WriteValue(TEXT("database"), KitPaths::ModDatabase());
 				Writer.WriteArrayStart(TEXT("mods"));
-				for (const TSharedPtr<FModSetup>& Mod : Tool.GetMods())
+				for (const TSharedPtr<FModSetup>& Mod : Session.GetMods())
 				{
 					JsonSerializer::SerializeValue(Mod->ToJsonValue(), FString(), Writer);
 				}
@@ -31,9 +31,9 @@ int RunList(const FGlobalOptions& Options)
 	}
 	else
 	{
-		Output.Line(FString::Printf(TEXT("Kit %s, %d mods under %s"), *FPaths::RootDir(), Tool.GetMods().Num(),
-									*STesselTool::GetModsContentDir()));
-		for (const TSharedPtr<FModSetup>& Mod : Tool.GetMods())
+		Output.Line(
+			FString::Printf(TEXT("Kit %s, %d mods under %s"), *FPaths::RootDir(), Session.GetMods().Num(), *KitPaths::ModsContentDir()));
+		for (const TSharedPtr<FModSetup>& Mod : Session.GetMods())
 		{
 			Output.Line(FString());
 			for (const FString& Line : DescribeModRecord(*Mod))

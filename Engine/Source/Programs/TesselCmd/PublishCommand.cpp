@@ -3,10 +3,13 @@
 #include "KitSession.h"
 #include "Stopping.h"
 #include "Misc/FileHelper.h"
+#include "TesselSession.h"
 #include "Terminal.h"
 #include "UploadChecks.h"
 
+#include <cstdio>
 #include <cstdlib>
+#include <functional>
 
 namespace
 {
@@ -20,6 +23,8 @@ namespace
 		FString PublishedId;
 		// The record's id once the upload was tried: what the closing save must hold.
 		FString IdAfterUpload;
+		// The upload ran and may have learned an id, which the closing save must keep.
+		bool bSaves = false;
 		FString Url;
 		TArray<FUploadCheck> FailedChecks;
 		FString ItemFileText;
@@ -37,25 +42,26 @@ namespace
 
 	// The login comes from the environment or the terminal, never from our own arguments, where any user of
 	// the machine could read it. The user name may also be the one the tool saved last time.
-	void GatherCredentials(STesselTool& Tool, const FString& PasswordFromEnvironment, bool bCachedLogin)
+	FSteamLogin GatherCredentials(const FString& KnownUsername, const FString& PasswordFromEnvironment, bool bCachedLogin)
 	{
-		FString Username = FromEnvironment("STEAM_USERNAME");
-		if (Username.IsEmpty())
+		FSteamLogin Login;
+		Login.bCachedLogin = bCachedLogin;
+		Login.Username = FromEnvironment("STEAM_USERNAME");
+		if (Login.Username.IsEmpty())
 		{
-			Username = Tool.SteamUsername;
+			Login.Username = KnownUsername;
 		}
-		if (Username.IsEmpty())
+		if (Login.Username.IsEmpty())
 		{
-			PromptOnTerminal(TEXT("Steam user name: "), false, Username);
+			PromptOnTerminal(TEXT("Steam user name: "), false, Login.Username);
 		}
 		// A cached login needs no password, and gets none: not even one from the environment.
-		FString Password = bCachedLogin ? FString() : PasswordFromEnvironment;
-		if (Password.IsEmpty() && !Username.IsEmpty() && !bCachedLogin)
+		Login.Password = bCachedLogin ? FString() : PasswordFromEnvironment;
+		if (Login.Password.IsEmpty() && !Login.Username.IsEmpty() && !bCachedLogin)
 		{
-			PromptOnTerminal(FString::Printf(TEXT("Steam password for %s: "), *Username), true, Password);
+			PromptOnTerminal(FString::Printf(TEXT("Steam password for %s: "), *Login.Username), true, Login.Password);
 		}
-		Tool.SteamUsername = Username;
-		Tool.SteamPassword = Password;
+		return Login;
 	}
 
 	bool SteamCmdSaidSuccess(const FString& Output)
@@ -65,34 +71,44 @@ namespace
 		return Lines.ContainsByPredicate([](const FString& Line) { return Line.TrimStartAndEnd().StartsWith(TEXT("Success")); });
 	}
 
-	void DryRun(FHeadlessTool& Tool, const FModSetup& Mod, bool bCachedLogin, FPublishResult& Result)
+	// A program's output as it comes: on standard output for people, on standard error beside a JSON document.
+	std::function<void(const FString&)> EchoTo(bool bJson)
+	{
+		return [bJson](const FString& Text)
+		{
+			std::FILE* To = bJson ? stderr : stdout;
+			std::fputs(Text.ToUtf8().c_str(), To);
+			std::fflush(To);
+		};
+	}
+
+	void DryRun(const FTesselSession& Session, const FModSetup& Mod, bool bCachedLogin, FPublishResult& Result)
 	{
 		Result.Route = TEXT("dry-run");
-		STesselTool& Tessel = Tool.Get();
-		if (!Tessel.MakeWorkshopItemFile())
+		if (!Session.WriteItemFile(Mod))
 		{
 			Result.Code = EExitCode::JobFailed;
-			Result.Message = Tool.LastDialogText();
+			Result.Message = DescribeSteamUploadRefusal(ESteamUploadRefusal::NoTemplate).ToString();
 			return;
 		}
-		const FString ItemFile = STesselTool::GetWorkshopItemFilePath(Mod.ModDir);
+		const FString ItemFile = KitPaths::WorkshopItemFile(Mod.ModDir);
 		FFileHelper::LoadFileToString(Result.ItemFileText, *ItemFile);
-		Result.UploaderCommandLine = FString::FromUtf8(STesselTool::ToEightBitCommandLine(STesselTool::ComposeUploaderCommandLine(Mod)));
+		Result.UploaderCommandLine = FString::FromUtf8(ToEightBitCommandLine(ComposeUploaderCommandLine(Mod)));
 		FString Username = FromEnvironment("STEAM_USERNAME");
 		if (Username.IsEmpty())
 		{
-			Username = Tessel.SteamUsername.IsEmpty() ? FString(TEXT("<user>")) : Tessel.SteamUsername;
+			Username = Session.SteamUsername.IsEmpty() ? FString(TEXT("<user>")) : Session.SteamUsername;
 		}
 		// The password is never shown, whatever its source.
-		Result.SteamCmdCommandLine = STesselTool::GetSteamCmdPath() + TEXT(" ") +
-									 STesselTool::ComposeSteamCmdParameters(Username, bCachedLogin ? TEXT("") : TEXT("********"), ItemFile);
+		Result.SteamCmdCommandLine =
+			KitPaths::SteamCmd() + TEXT(" ") + ComposeSteamCmdParameters(Username, bCachedLogin ? TEXT("") : TEXT("********"), ItemFile);
 		Result.Message = FString::Printf(TEXT("dry run: wrote %s and the preview copy; started nothing"), *ItemFile);
 	}
 
-	void Upload(FHeadlessTool& Tool, const TSharedPtr<FModSetup>& Mod, const FPublishOptions& Publish, bool bJson,
+	// Returns whether Mods.db must be saved at the end: the upload ran and may have learned an id.
+	bool Upload(FTesselSession& Session, const TSharedPtr<FModSetup>& Mod, const FPublishOptions& Publish, bool bJson,
 				FPublishResult& Result)
 	{
-		STesselTool& Tessel = Tool.Get();
 		// An update must come back as the same item: another id read back (a stray "publishedfileid", an item
 		// file of another mod) is a failure, and the known id stays.
 		const FString KnownId = Mod->ItemSeamId;
@@ -110,70 +126,55 @@ namespace
 			return false;
 		};
 		// "Upload" tries the kit's uploader first.
-		bool bPublished = false;
+		const FUploadOutcome Uploaded = Session.UploadWithUploader(*Mod, EchoTo(bJson));
+		Result.UploaderOutput = Uploaded.Output;
+		if (!Uploaded.PublishedId.IsEmpty())
 		{
-			FStdoutTap Tap(bJson);
-			bPublished = Tessel.RunUploaderRoute();
-			Result.UploaderOutput = Tap.Finish();
-		}
-		if (bPublished)
-		{
-			Tool.SaveOnClose();
 			Result.Route = TEXT("uploader");
-			if (!KeepsItsId())
+			if (KeepsItsId())
 			{
-				return;
+				Result.PublishedId = Mod->ItemSeamId;
+				Result.Url = GetWorkshopItemUrl(Mod->ItemSeamId);
+				Result.Message = FString::Printf(TEXT("published through the uploader: id %s"), *Result.PublishedId);
 			}
-			Result.PublishedId = Mod->ItemSeamId;
-			Result.Url = Tessel.GetWorkshopItemUrl();
-			Result.Message = FString::Printf(TEXT("published through the uploader: id %s"), *Result.PublishedId);
-			return;
+			return true;
 		}
 		if (StopRequested())
 		{
 			Result.Code = EExitCode::JobFailed;
 			Result.Message = TEXT("stopped before SteamCMD was started");
-			return;
+			return false;
 		}
 		Result.Route = TEXT("steamcmd");
-		// A login that turns out incomplete changes nothing: the user name stays as it was, unsaved.
-		const FString KnownUsername = Tessel.SteamUsername;
-		GatherCredentials(Tessel, Publish.SteamPassword, Publish.bSteamCachedLogin);
-		Tessel.bSteamCachedLogin = Publish.bSteamCachedLogin;
-		if (!Tessel.SteamUsername.IsEmpty() && !Tessel.SteamPassword.IsEmpty())
+		const FSteamLogin Login = GatherCredentials(Session.SteamUsername, Publish.SteamPassword, Publish.bSteamCachedLogin);
+		if (!Login.Username.IsEmpty() && !Login.Password.IsEmpty())
 		{
 			FCommandOutput::Note(TEXT("warning: SteamCMD takes the password on its command line, where other users of this "
 									  "machine can read it while the upload runs"));
 		}
-		STesselTool::ESteamUploadResult Outcome;
+		const FUploadOutcome Sent = Session.UploadWithSteamCmd(*Mod, Login, EchoTo(bJson));
+		Result.SteamCmdOutput = Sent.Output;
+		if (Sent.Refusal == ESteamUploadRefusal::NoUsername || Sent.Refusal == ESteamUploadRefusal::NoPassword)
 		{
-			FStdoutTap Tap(bJson);
-			Outcome = Tessel.UploadWithSteamCredentials();
-			Result.SteamCmdOutput = Tap.Finish();
-		}
-		Tessel.SteamPassword.Empty();
-		switch (Outcome)
-		{
-		case STesselTool::ESteamUploadResult::NoUsername:
-		case STesselTool::ESteamUploadResult::NoPassword:
-			Tessel.SteamUsername = KnownUsername;
+			// An incomplete login changes nothing: the user name stays as it was, unsaved.
 			Result.Code = EExitCode::BadInput;
-			Result.Message = Tool.LastDialogText() + TEXT(" Set STEAM_USERNAME and STEAM_PASSWORD, or run on a terminal to be asked.");
-			return;
-		case STesselTool::ESteamUploadResult::NoTemplate:
+			Result.Message = DescribeSteamUploadRefusal(*Sent.Refusal).ToString() +
+							 TEXT(" Set STEAM_USERNAME and STEAM_PASSWORD, or run on a terminal to be asked.");
+			return false;
+		}
+		Session.SteamUsername = Login.Username;
+		if (Sent.Refusal)
+		{
 			Result.Code = EExitCode::JobFailed;
-			Result.Message = FString::Printf(TEXT("%s: %s"), *STesselTool::GetWorkshopTemplatePath(), *Tool.LastDialogText());
-			return;
-		case STesselTool::ESteamUploadResult::SteamCmdRan:
-			// The id it read back and the user name go to Mods.db, as the window's next save takes them.
-			Tool.SaveOnClose();
-			break;
+			Result.Message =
+				FString::Printf(TEXT("%s: %s"), *KitPaths::WorkshopTemplate(), *DescribeSteamUploadRefusal(*Sent.Refusal).ToString());
+			return false;
 		}
 		// The tool learns nothing from SteamCMD but the id it writes back; its own words say whether it worked.
-		if (Result.SteamCmdOutput.IsEmpty())
+		if (!Sent.bStarted)
 		{
 			Result.Code = EExitCode::JobFailed;
-			Result.Message = FString::Printf(TEXT("%s: SteamCMD could not be started"), *STesselTool::GetSteamCmdPath());
+			Result.Message = FString::Printf(TEXT("%s: SteamCMD could not be started"), *KitPaths::SteamCmd());
 		}
 		else if (!SteamCmdSaidSuccess(Result.SteamCmdOutput))
 		{
@@ -184,22 +185,22 @@ namespace
 		{
 			Result.Code = EExitCode::JobFailed;
 			Result.Message = FString::Printf(TEXT("%s: SteamCMD said success but left no numeric published id"),
-											 *STesselTool::GetWorkshopItemFilePath(Mod->ModDir));
+											 *KitPaths::WorkshopItemFile(Mod->ModDir));
 		}
 		else if (KeepsItsId())
 		{
 			Result.PublishedId = Mod->ItemSeamId;
-			Result.Url = Tessel.GetWorkshopItemUrl();
+			Result.Url = GetWorkshopItemUrl(Mod->ItemSeamId);
 			Result.Message = FString::Printf(TEXT("published through SteamCMD: id %s"), *Result.PublishedId);
 		}
+		// The id it read back and the user name go to Mods.db, as the window's next save takes them.
+		return true;
 	}
 
-	FPublishResult PublishOne(FHeadlessTool& Tool, const TSharedPtr<FModSetup>& Mod, const FPublishOptions& Publish, bool bJson)
+	FPublishResult PublishOne(FTesselSession& Session, const TSharedPtr<FModSetup>& Mod, const FPublishOptions& Publish, bool bJson)
 	{
 		FPublishResult Result;
 		Result.Mod = Mod->ModDir;
-		Tool.Select(Mod->ModDir);
-		Tool.ForgetDialogs();
 		for (const FUploadCheck& Check : RunUploadChecks(*Mod))
 		{
 			if (!Check.bPassed && Check.bBlocksPublish)
@@ -215,11 +216,11 @@ namespace
 		}
 		if (Publish.bDryRun)
 		{
-			DryRun(Tool, *Mod, Publish.bSteamCachedLogin, Result);
+			DryRun(Session, *Mod, Publish.bSteamCachedLogin, Result);
 		}
 		else
 		{
-			Upload(Tool, Mod, Publish, bJson, Result);
+			Result.bSaves = Upload(Session, Mod, Publish, bJson, Result);
 			Result.IdAfterUpload = Mod->ItemSeamId;
 		}
 		return Result;
@@ -268,7 +269,7 @@ namespace
 		}
 		if (Result.Route == TEXT("dry-run") && Result.Code == EExitCode::Success)
 		{
-			Output.Line(FString::Printf(TEXT("Item file %s:"), *STesselTool::GetWorkshopItemFilePath(Result.Mod)));
+			Output.Line(FString::Printf(TEXT("Item file %s:"), *KitPaths::WorkshopItemFile(Result.Mod)));
 			Output.Line(Result.ItemFileText.TrimStartAndEnd());
 			Output.Line(TEXT("Uploader command line:"));
 			Output.Line(Result.UploaderCommandLine);
@@ -299,9 +300,10 @@ int RunPublish(const FGlobalOptions& Options, const FPublishOptions& Publish)
 	LocateKit(Options.Kit);
 	// Held for the whole run: the uploader's route saves the id it learns at once, over whatever is there.
 	const FDatabaseGuard Guard(true);
-	FHeadlessTool Tool;
-	RequireReadableDatabase(Tool);
-	const TArray<TSharedPtr<FModSetup>> Mods = Publish.bAll ? Tool.GetMods() : TArray<TSharedPtr<FModSetup>>{SelectMod(Tool, Publish.Mod)};
+	FTesselSession Session;
+	RequireReadableDatabase(Session);
+	const TArray<TSharedPtr<FModSetup>> Mods =
+		Publish.bAll ? Session.GetMods() : TArray<TSharedPtr<FModSetup>>{SelectMod(Session, Publish.Mod)};
 
 	const FCommandOutput Output(Options.bJson);
 	TArray<FPublishResult> Results;
@@ -312,7 +314,7 @@ int RunPublish(const FGlobalOptions& Options, const FPublishOptions& Publish)
 		{
 			break;
 		}
-		Results.Add(PublishOne(Tool, Mod, Publish, Options.bJson));
+		Results.Add(PublishOne(Session, Mod, Publish, Options.bJson));
 		if (!Output.IsJson())
 		{
 			PrintResult(Output, Results.Last());
@@ -322,16 +324,19 @@ int RunPublish(const FGlobalOptions& Options, const FPublishOptions& Publish)
 	Guard.Save(
 		[&](bool bChanged)
 		{
+			if (!Results.ContainsByPredicate([](const FPublishResult& Result) { return Result.bSaves; }))
+			{
+				return;
+			}
 			// Saved meanwhile by the window (which takes no lock) or by the uploader's route itself: those records,
 			// with what this run learned put back into them.
 			if (bChanged)
 			{
-				STesselTool& Tessel = Tool.Get();
-				const FString Username = Tessel.SteamUsername;
-				Tessel.LoadModDatabase(STesselTool::GetModDatabasePath());
+				const FString Username = Session.SteamUsername;
+				Session.ReloadRecords();
 				for (const FPublishResult& Result : Results)
 				{
-					for (const TSharedPtr<FModSetup>& Record : Tessel.ModList)
+					for (const TSharedPtr<FModSetup>& Record : Session.GetMods())
 					{
 						if ((Result.Route == TEXT("uploader") || Result.Route == TEXT("steamcmd")) &&
 							Record->ModDir.Equals(Result.Mod, ESearchCase::IgnoreCase))
@@ -342,10 +347,10 @@ int RunPublish(const FGlobalOptions& Options, const FPublishOptions& Publish)
 				}
 				if (!Username.IsEmpty())
 				{
-					Tessel.SteamUsername = Username;
+					Session.SteamUsername = Username;
 				}
 			}
-			Tool.Close();
+			Session.Save();
 		});
 	if (Output.IsJson())
 	{

@@ -110,7 +110,7 @@ namespace
 	{
 		if (Member == &FModSetup::Visibility)
 		{
-			return MatchLabel(Value, STesselTool::GetVisibilityLabels(), TEXT("visibility"));
+			return MatchLabel(Value, VisibilityLabels(), TEXT("visibility"));
 		}
 		if (Member == &FModSetup::Tags)
 		{
@@ -125,7 +125,7 @@ namespace
 				{
 					continue;
 				}
-				const FString Tag = MatchLabel(Trimmed, STesselTool::GetTagLabels(), TEXT("tag"));
+				const FString Tag = MatchLabel(Trimmed, TagLabels(), TEXT("tag"));
 				if (!Tags.Contains(Tag))
 				{
 					Tags.Add(Tag);
@@ -205,11 +205,11 @@ int RunSet(const FGlobalOptions& Options, const FString& ModName, const TArray<F
 {
 	LocateKit(Options.Kit);
 	const FDatabaseGuard Guard;
-	FHeadlessTool Tool;
-	RequireReadableDatabase(Tool);
+	FTesselSession Session;
+	RequireReadableDatabase(Session);
 	// The one save is the explicit one below; whatever fails before it, the file stays as it was.
 
-	const TSharedPtr<FModSetup> Mod = SelectMod(Tool, ModName);
+	const TSharedPtr<FModSetup> Mod = SelectMod(Session, ModName);
 
 	// Every assignment is checked before any is made.
 	FModSetup Edited = *Mod;
@@ -251,7 +251,7 @@ int RunSet(const FGlobalOptions& Options, const FString& ModName, const TArray<F
 	}
 
 	*Mod = Edited;
-	const FString Path = STesselTool::GetModDatabasePath();
+	const FString Path = KitPaths::ModDatabase();
 	Guard.Save(
 		[&](bool bChanged)
 		{
@@ -263,7 +263,7 @@ int RunSet(const FGlobalOptions& Options, const FString& ModName, const TArray<F
 														 "nothing saved: run the command again"),
 													*Path)};
 			}
-			Tool.Get().SaveModDatabase();
+			Session.Save();
 		});
 
 	// The tool's save reports nothing, so the file is read back to be sure the edit arrived.

@@ -3,8 +3,6 @@
 #include "CoreMinimal.h"
 
 #include <cstdio>
-#include <string>
-#include <thread>
 
 // True when Stream is a terminal (or console) rather than a file or a pipe.
 bool IsTerminal(std::FILE* Stream);
@@ -18,24 +16,3 @@ FString TakeFromEnvironment(const char* Name);
 
 // Reads one line of standard input as the answer, without its line end; false when input ended first.
 bool ReadAnswerLine(FString& OutAnswer);
-
-// Catches what children started meanwhile write to our standard output, as they inherit it, and passes it on
-// at once: to standard output, or to standard error when stdout must hold nothing but a JSON document.
-class FStdoutTap
-{
-public:
-	explicit FStdoutTap(bool bToStderr);
-	// Stops the tap if Finish wasn't called.
-	~FStdoutTap();
-	// Puts standard output back and returns everything that passed, once every writer has let go of it.
-	FString Finish();
-
-private:
-	void Pump(int ReadEnd, int Destination);
-
-	int SavedStdout = -1;
-	int Destination = -1;
-	std::thread Reader;
-	std::string Captured;
-	bool bActive = false;
-};

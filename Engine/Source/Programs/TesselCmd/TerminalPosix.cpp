@@ -39,43 +39,6 @@ bool PromptOnTerminal(const FString& Prompt, bool bSecret, FString& OutAnswer)
 	return bRead;
 }
 
-FStdoutTap::FStdoutTap(bool bToStderr)
-{
-	std::fflush(stdout);
-	int Pipe[2];
-	if (pipe(Pipe) != 0)
-	{
-		return;
-	}
-	// Only the write end reaches a child, as its standard output.
-	fcntl(Pipe[0], F_SETFD, FD_CLOEXEC);
-	SavedStdout = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
-	Destination = bToStderr ? STDERR_FILENO : SavedStdout;
-	dup2(Pipe[1], STDOUT_FILENO);
-	close(Pipe[1]);
-	bActive = true;
-	Reader = std::thread([this, ReadEnd = Pipe[0]] { Pump(ReadEnd, Destination); });
-}
-
-FStdoutTap::~FStdoutTap()
-{
-	Finish();
-}
-
-FString FStdoutTap::Finish()
-{
-	if (bActive)
-	{
-		std::fflush(stdout);
-		// Our standard output was the last write end the tap waits on; children have ended by now.
-		dup2(SavedStdout, STDOUT_FILENO);
-		Reader.join();
-		close(SavedStdout);
-		bActive = false;
-	}
-	return FString::FromUtf8(Captured);
-}
-
 FString TakeFromEnvironment(const char* Name)
 {
 	const char* Value = std::getenv(Name);

@@ -36,44 +36,6 @@ bool PromptOnTerminal(const FString& Prompt, bool bSecret, FString& OutAnswer)
 	return bRead;
 }
 
-FStdoutTap::FStdoutTap(bool bToStderr)
-{
-	std::fflush(stdout);
-	int Pipe[2];
-	// Not inheritable as made: the start of a child passes on our standard output alone.
-	if (_pipe(Pipe, 1 << 16, _O_BINARY | _O_NOINHERIT) != 0)
-	{
-		return;
-	}
-	SavedStdout = _dup(_fileno(stdout));
-	Destination = bToStderr ? _fileno(stderr) : SavedStdout;
-	_dup2(Pipe[1], _fileno(stdout));
-	// Children take the system's standard output, not the C runtime's descriptor.
-	SetStdHandle(STD_OUTPUT_HANDLE, reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stdout))));
-	_close(Pipe[1]);
-	bActive = true;
-	Reader = std::thread([this, ReadEnd = Pipe[0]] { Pump(ReadEnd, Destination); });
-}
-
-FStdoutTap::~FStdoutTap()
-{
-	Finish();
-}
-
-FString FStdoutTap::Finish()
-{
-	if (bActive)
-	{
-		std::fflush(stdout);
-		_dup2(SavedStdout, _fileno(stdout));
-		SetStdHandle(STD_OUTPUT_HANDLE, reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stdout))));
-		Reader.join();
-		_close(SavedStdout);
-		bActive = false;
-	}
-	return FString::FromUtf8(Captured);
-}
-
 FString TakeFromEnvironment(const char* Name)
 {
 	const std::wstring WideName(Name, Name + std::char_traits<char>::length(Name));

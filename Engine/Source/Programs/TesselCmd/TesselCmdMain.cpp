@@ -73,7 +73,7 @@ int main(int ArgC, char** ArgV)
 	std::string Kind;
 	std::string ModTitle;
 	int64 ModIdValue = 0;
-	FCookOptions CookOptions;
+	FCookCommandOptions CookOptions;
 	std::string TestOutput;
 	Cook->add_option("mod", CookMod, "The mod's folder name");
 	Cook->add_flag("--all", CookOptions.bAll, "Cook every mod of the catalogue, one after another");

@@ -7,7 +7,7 @@
 
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
-#include "STesselUI.h"
+#include "TesselSession.h"
 
 #include <cstring>
 
@@ -80,7 +80,7 @@ namespace
 
 	FUploadCheck CheckPackagedTree(const FModSetup& Mod)
 	{
-		const FString Output = STesselTool::GetModOutputDir() / Mod.ModDir;
+		const FString Output = KitPaths::ModOutputDir() / Mod.ModDir;
 		const FString CookAdvice = FString::Printf(TEXT("cook it: TesselCmd cook \"%s\""), *Mod.ModDir);
 		// The very test of the "Upload" button.
 		if (!FPlatformFileManager::Get().GetPlatformFile().FileExists(*(Output / TEXT("mod.info"))))
@@ -119,7 +119,7 @@ namespace
 
 	FUploadCheck CheckVisibility(const FModSetup& Mod)
 	{
-		for (const FString& Label : STesselTool::GetVisibilityLabels())
+		for (const FString& Label : VisibilityLabels())
 		{
 			if (Label.Equals(Mod.Visibility, ESearchCase::IgnoreCase))
 			{
@@ -142,9 +142,11 @@ namespace
 		{
 			return Passed(TEXT("folder"), Mod.ModDir);
 		}
-		return Failed(TEXT("folder"), FString::Printf(TEXT("\"%s\" has a blank, and the cook splits its folder name there, so it can't be cooked"), *Mod.ModDir),
-					  FString::Printf(TEXT("rename the folder %s to a name without blanks (the title may keep them)"),
-								  *(STesselTool::GetModsContentDir() / Mod.ModDir)));
+		return Failed(
+			TEXT("folder"),
+			FString::Printf(TEXT("\"%s\" has a blank, and the cook splits its folder name there, so it can't be cooked"), *Mod.ModDir),
+			FString::Printf(TEXT("rename the folder %s to a name without blanks (the title may keep them)"),
+							*(KitPaths::ModsContentDir() / Mod.ModDir)));
 	}
 
 	// What would end the item file's quoted texts, or the uploader's arguments, early.
@@ -269,12 +271,12 @@ TArray<FUploadCheck> RunUploadChecks(const FModSetup& Mod)
 	Checks.Add(CheckVisibility(Mod));
 	Checks.Add(CheckPackagedTree(Mod));
 
-	FUploadCheck Editor = CheckKitFile(TEXT("editor"), STesselTool::GetEditorExecutablePath(), TEXT("the editor's executable"));
+	FUploadCheck Editor = CheckKitFile(TEXT("editor"), KitPaths::EditorExecutable(), TEXT("the editor's executable"));
 	Editor.bBlocksPublish = false;
 	Checks.Add(Editor);
-	Checks.Add(CheckKitFile(TEXT("template"), STesselTool::GetWorkshopTemplatePath(), TEXT("the Workshop item template")));
-	Checks.Add(CheckKitFile(TEXT("steamcmd"), STesselTool::GetSteamCmdPath(), TEXT("SteamCMD")));
-	FUploadCheck Uploader = CheckKitFile(TEXT("uploader"), STesselTool::GetUploaderPath(), TEXT("the kit's uploader"));
+	Checks.Add(CheckKitFile(TEXT("template"), KitPaths::WorkshopTemplate(), TEXT("the Workshop item template")));
+	Checks.Add(CheckKitFile(TEXT("steamcmd"), KitPaths::SteamCmd(), TEXT("SteamCMD")));
+	FUploadCheck Uploader = CheckKitFile(TEXT("uploader"), KitPaths::Uploader(), TEXT("the kit's uploader"));
 	if (!Uploader.bPassed)
 	{
 		Uploader.Finding += TEXT("; the upload goes straight to SteamCMD");

@@ -80,15 +80,16 @@ bool HostOptions::RunWithoutWindow(int ArgC, char** ArgV, int& OutExit)
 	const bool bScreenshot = FParse::Value(CommandLine, TEXT("-Screenshot="), ScreenshotPath, false);
 	if (bCook && !bScreenshot)
 	{
-		const FString Result = TesselCommands::CookMod(CookModDir, [](const FString& Line) { std::puts(Line.ToUtf8().c_str()); });
-		if (Result.IsEmpty())
+		FCookOutcome Outcome;
+		if (!TesselCommands::CookMod(
+				CookModDir, [](const FString& Line) { std::puts(Line.ToUtf8().c_str()); }, Outcome))
 		{
 			std::fprintf(stderr, "No mod folder named %s\n", CookModDir.ToUtf8().c_str());
 			OutExit = 1;
 			return true;
 		}
-		std::printf("Quillon Dev Kit: %s\n", Result.ToUtf8().c_str());
-		OutExit = Result == TEXT("Job Successful!!") ? 0 : 1;
+		std::printf("Quillon Dev Kit: %s\n", Outcome.Verdict.ToUtf8().c_str());
+		OutExit = Outcome.bSucceeded ? 0 : 1;
 		return true;
 	}
 	return false;

@@ -5,6 +5,8 @@
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
 #include "STesselUI.h"
+#include "cook/CookJob.h"
+#include "TesselSession.h"
 
 #include <algorithm>
 #include <chrono>
@@ -35,7 +37,7 @@ int main(int ArgC, char** ArgV)
 		for (int32 Index = Mods - 1; Index >= 0; --Index)
 		{
 			const FString Folder = FString::Printf(TEXT("Mod %05d"), Index);
-			Platform.CreateDirectoryTree(*(STesselTool::GetModsContentDir() / Folder));
+			Platform.CreateDirectoryTree(*(KitPaths::ModsContentDir() / Folder));
 			TSharedPtr<FModSetup> Mod = MakeShared<FModSetup>(Folder.ToUpper());
 			Mod->Maps = TEXT("Alpha,Beta");
 			Mod->Title = FString::Printf(TEXT("Mod number %d"), Index);
@@ -66,13 +68,13 @@ int main(int ArgC, char** ArgV)
 	auto Milliseconds = [](auto Start) { return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - Start).count(); };
 	auto Start = std::chrono::steady_clock::now();
 	TArray<FString> Folders;
-	IFileManager::Get().FindFiles(Folders, *(STesselTool::GetModsContentDir() / TEXT("*")), false, true);
+	IFileManager::Get().FindFiles(Folders, *(KitPaths::ModsContentDir() / TEXT("*")), false, true);
 	const double ListingMs = Milliseconds(Start);
 	Start = std::chrono::steady_clock::now();
-	Tool.LoadModDatabase(STesselTool::GetModDatabasePath());
+	Tool.LoadModDatabase(KitPaths::ModDatabase());
 	const double DatabaseMs = Milliseconds(Start);
 	std::printf("of which: listing the folders %.1f ms, reading Mods.db (%.2f MB) %.1f ms\n", ListingMs,
-				IFileManager::Get().FileSize(*STesselTool::GetModDatabasePath()) / 1048576.0, DatabaseMs);
+				IFileManager::Get().FileSize(*KitPaths::ModDatabase()) / 1048576.0, DatabaseMs);
 
 	std::vector<double> Sorted = Times;
 	std::sort(Sorted.begin(), Sorted.end());

@@ -7,6 +7,8 @@
 #include "HAL/PlatformFile.h"
 #include "HAL/PlatformProcess.h"
 #include "STesselUI.h"
+#include "cook/CookJob.h"
+#include "TesselSession.h"
 #include "Testing/EditorServicesDouble.h"
 #include "TestPaths.h"
 

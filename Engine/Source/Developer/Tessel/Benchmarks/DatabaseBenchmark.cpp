@@ -5,6 +5,8 @@
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
 #include "STesselUI.h"
+#include "cook/CookJob.h"
+#include "TesselSession.h"
 
 #include <chrono>
 #include <cstdio>
@@ -67,7 +69,7 @@ int main(int ArgC, char** ArgV)
 		Tool.ModList.Add(Mod);
 	}
 
-	const FString Path = STesselTool::GetModDatabasePath();
+	const FString Path = KitPaths::ModDatabase();
 	double BestWrite = 1e9;
 	double BestRead = 1e9;
 	for (int32 Round = 0; Round < Rounds; ++Round)

@@ -11,6 +11,8 @@
 #include "CoreMinimal.h"
 #include "Misc/FileHelper.h"
 #include "STesselUI.h"
+#include "cook/CookJob.h"
+#include "TesselSession.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -106,7 +108,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size)
 	const FString Text = FFileHelper::BytesToString(Data, static_cast<int64>(Size));
 	const FString Untouched = TEXT("untouched");
 	FString Id = Untouched;
-	const bool bRead = STesselTool::ReadPublishedFileId(Text, Id);
+	const bool bRead = ReadPublishedFileId(Text, Id);
 	const std::optional<std::u16string> Expected = ExpectedId(Text.GetStd());
 	if (bRead != Expected.has_value())
 	{
@@ -131,7 +133,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size)
 
 	// The id as the tool writes it into the next item file must come back unchanged.
 	FString Again;
-	if (!STesselTool::ReadPublishedFileId(FString(TEXT("\t\"publishedfileid\"\t\t\"")) + Id + TEXT("\"\n"), Again) || Again != Id)
+	if (!ReadPublishedFileId(FString(TEXT("\t\"publishedfileid\"\t\t\"")) + Id + TEXT("\"\n"), Again) || Again != Id)
 	{
 		Fail("the id read does not read back from an item file holding it", Text);
 	}

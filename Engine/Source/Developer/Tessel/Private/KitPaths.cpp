@@ -1,28 +1,75 @@
-// Where the kit keeps what the tool reads and writes, all below the engine's own folders.
+#include "KitPaths.h"
 
 #include "STesselUI.h"
 
-FString STesselTool::GetModToolsDir()
+FString KitPaths::ModToolsDir()
 {
 	return FPaths::RootDir() / TEXT("ModTools");
 }
 
-FString STesselTool::GetModDatabasePath()
+FString KitPaths::ModOutputDir()
+{
+	return ModToolsDir() / TEXT("Output");
+}
+
+FString KitPaths::ModDatabase()
 {
 	return FPaths::GameSavedDir() / TEXT("Mods.db");
 }
 
-FString STesselTool::GetModOutputDir()
-{
-	return GetModToolsDir() / TEXT("Output");
-}
-
-FString STesselTool::GetModsContentDir()
+FString KitPaths::ModsContentDir()
 {
 	return FPaths::Combine(FPaths::GameContentDir(), TEXT("Mods"));
 }
 
-FString STesselTool::GetEditorExecutablePath()
+FString KitPaths::EditorExecutable()
 {
 	return FPaths::EngineDir() / TEXT("Binaries/Win64/UE4Editor.exe");
+}
+
+FString KitPaths::Uploader()
+{
+	return ModToolsDir() + TEXT("/Uploader/QuillonModUploader.exe");
+}
+
+FString KitPaths::SteamCmd()
+{
+	return ModToolsDir() / TEXT("SteamCMD/steamcmd.exe");
+}
+
+FString KitPaths::WorkshopTemplate()
+{
+	return ModToolsDir() / TEXT("SteamVDF.template");
+}
+
+FString KitPaths::WorkshopItemFile(const FString& ModDir)
+{
+	return ModToolsDir() / TEXT("ModConfigs") / (ModDir + TEXT(".vdf"));
+}
+
+// The window's names for them.
+
+FString STesselTool::GetModToolsDir()
+{
+	return KitPaths::ModToolsDir();
+}
+
+FString STesselTool::GetModDatabasePath()
+{
+	return KitPaths::ModDatabase();
+}
+
+FString STesselTool::GetModOutputDir()
+{
+	return KitPaths::ModOutputDir();
+}
+
+FString STesselTool::GetModsContentDir()
+{
+	return KitPaths::ModsContentDir();
+}
+
+FString STesselTool::GetEditorExecutablePath()
+{
+	return KitPaths::EditorExecutable();
 }

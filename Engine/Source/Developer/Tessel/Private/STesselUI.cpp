@@ -8,6 +8,7 @@
 #include "Widgets/Text/STextBlock.h"
 #include "Widgets/Views/SHeaderRow.h"
 #include "Widgets/Views/STableRow.h"
+#include "catalogue/ModFields.h"
 #include "cook/CookJob.h"
 
 #define LOCTEXT_NAMESPACE "STesselTool"
@@ -15,7 +16,7 @@
 void STesselTool::Construct(const FArguments& InArgs)
 {
 	bSteamAuthConfirmed = false;
-	for (const FString& Label : GetVisibilityLabels())
+	for (const FString& Label : VisibilityLabels())
 	{
 		VisibilityOptions.Add(MakeShared<FString>(Label));
 	}

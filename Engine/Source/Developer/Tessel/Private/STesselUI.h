@@ -9,7 +9,7 @@
 #include "Widgets/SWindow.h"
 #include "Widgets/Views/SListView.h"
 #include "catalogue/ModSetup.h"
-#include "cook/CookJob.h"
+#include "cook/CookOptions.h"
 
 // The content of the tool tab: the mod catalogue, the selection, the log and the Steam credentials of this run.
 class STesselTool : public SCompoundWidget
@@ -43,22 +43,9 @@ public:
 
 	// Replaces ModList with the records of the file at Path and, when it parses, SteamUsername.
 	void LoadModDatabase(const FString& Path);
-	enum class EModDatabaseRead : uint8
-	{
-		Read,
-		Unopenable,
-		Unreadable,
-	};
-	// Adds the records of the database file at Path to OutMods and sets OutSteamUsername, only when it parses;
-	// otherwise OutError says why: the file can't be opened, or the reader's message with line and column.
-	static EModDatabaseRead ReadModDatabase(const FString& Path, TArray<TSharedPtr<FModSetup>>& OutMods, FString& OutSteamUsername,
-											FString& OutError);
-	// Writes every record and the Steam user name; with no records the file is left as it is.
+	// Writes every record and the Steam user name; with no records the file is left as it is, and a file that
+	// didn't load is kept aside first.
 	FReply SaveModDatabase();
-	// Copies a database file that failed to load to the first free name of "Mods.db.unreadable",
-	// "Mods.db.unreadable.2", ..., so that a save can replace it without losing what it held. True when the
-	// copy is made or there is no file any more.
-	static bool KeepUnreadableModDatabase(const FString& Path);
 	FReply OnResetGuidClicked();
 	FReply OnResetPublisherIdClicked();
 	void AddTag(const FString& Tag);
@@ -87,10 +74,6 @@ public:
 	void OnDescriptionChanged(const FText& InText);
 	void OnChangeNotesChanged(const FText& InText);
 	void OnTestOutputDirChanged(const FText& InText);
-	// The three visibilities in the order of the drop-down; a visibility's position is its number in the item file.
-	static const TArray<FString>& GetVisibilityLabels();
-	// The ten Workshop tags in the order of their check boxes; a tag's stored value is its label.
-	static const TArray<FString>& GetTagLabels();
 	FString GetVisibilityString() const;
 	void OnVisibilitySelected(TSharedPtr<FString> Item, ESelectInfo::Type SelectInfo);
 	TSharedRef<SWidget> MakeVisibilityRow(TSharedPtr<FString> Item);
@@ -104,22 +87,9 @@ public:
 	bool CanUpload() const;
 	void OnViewItem();
 	EVisibility GetViewItemVisibility() const;
-	// The address of the selected item's page on the Workshop.
-	FString GetWorkshopItemUrl() const;
-	// Opens the dialog that ends a run: success when some log line says so.
-	void ShowResultDialog();
 
-	// Workshop upload
-	// What came of the login dialog's route, for callers that report it (the command-line tool).
-	enum class ESteamUploadResult : uint8
-	{
-		NoUsername,
-		NoPassword,
-		NoTemplate,
-		SteamCmdRan,
-	};
-	// The click on "Upload": the uploader program first; unless it publishes, the Steam login dialog, then
-	// the item file and SteamCMD.
+	// Workshop upload: the uploader program first; unless it publishes, the Steam login dialog, then the item
+	// file and SteamCMD.
 	FReply OnUploadClicked();
 	FText GetSteamUsernameText() const;
 	FText GetSteamPasswordText() const;
@@ -127,37 +97,6 @@ public:
 	void OnSteamPasswordChanged(const FText& NewText);
 	FReply OnSteamAuthAccept();
 	FReply OnSteamAuthDecline();
-	// Stores the dialog's answer and closes it.
-	FReply AnswerSteamAuth(bool bConfirmed);
-	// Makes a new SteamAuthWindow and shows it modally; bSteamAuthConfirmed is false unless "Accept" closed it.
-	void ShowSteamAuthDialog();
-	// Everything after an accepted dialog, with SteamUsername and SteamPassword as they stand: the two checks
-	// (each with its error dialog), the item file, SteamCMD and the readback of the published id.
-	ESteamUploadResult UploadWithSteamCredentials();
-	// Runs the uploader program on the selected record; true when its exit code is a published id, which is
-	// then in ItemSeamId and saved.
-	bool RunUploaderRoute();
-	static FString GetUploaderPath();
-	// The uploader's whole command line for a record: unquoted program path, then the switches with values.
-	static FString ComposeUploaderCommandLine(const FModSetup& Mod);
-	// The command line as the program is given it: one byte a character, "?" for each above 0x7F.
-	static std::string ToEightBitCommandLine(const FString& CommandLine);
-	// Fills the template into the item file and copies the preview beside the content; false, after the
-	// error dialog, when the template can't be read.
-	bool MakeWorkshopItemFile();
-	// The template's text with the six tokens replaced from the record.
-	FString FillWorkshopTemplate(const FString& Template, const FModSetup& Mod) const;
-	// Position of the visibility text among VisibilityOptions, ignoring case; 0 for any other text.
-	int32 GetVisibilityNumber(const FString& Visibility) const;
-	static FString GetWorkshopTemplatePath();
-	static FString GetWorkshopItemFilePath(const FString& ModDir);
-	static FString GetSteamCmdPath();
-	// SteamCMD's arguments: the login, the build of the item file, and the end.
-	static FString ComposeSteamCmdParameters(const FString& Username, const FString& Password, const FString& ItemFilePath);
-	// Runs SteamCMD on the selected record's item file, waits for it, and takes the published id back.
-	void RunSteamCmd();
-	// The id on the first line that names "publishedfileid": its first numeric piece between double quotes.
-	static bool ReadPublishedFileId(const FString& ItemFileText, FString& OutId);
 
 	TArray<TSharedPtr<FString>> LogMessages;
 	bool bSteamAuthConfirmed = false;
@@ -172,10 +111,27 @@ public:
 	TSharedPtr<SListView<TSharedPtr<FModSetup>>> ModListView;
 	FString SteamUsername;
 	FString SteamPassword;
-	// SteamCMD logs in with the user name alone, on credentials it cached at an earlier login on this machine;
-	// never set by the window, which always asks for the password.
-	bool bSteamCachedLogin = false;
 	FString TestOutputDir;
+
+private:
+	// Opens the dialog that ends a run: success when some log line says so.
+	void ShowResultDialog();
+	// Stores the dialog's answer and closes it.
+	FReply AnswerSteamAuth(bool bConfirmed);
+	// Makes a new SteamAuthWindow and shows it modally; bSteamAuthConfirmed is false unless "Accept" closed it.
+	void ShowSteamAuthDialog();
+	// Everything after an accepted dialog, with SteamUsername and SteamPassword as they stand: the two checks
+	// (each with its error dialog), the item file, SteamCMD and the readback of the published id.
+	void UploadWithSteamCredentials();
+	// Runs the uploader program on the selected record; true when its exit code is a published id, which is
+	// then in ItemSeamId and saved.
+	bool RunUploaderRoute();
+	// Fills the template into the item file and copies the preview beside the content; false, after the
+	// error dialog, when the template can't be read.
+	bool MakeWorkshopItemFile();
+	// Runs SteamCMD on the selected record's item file, waits for it, and takes the published id back.
+	void RunSteamCmd();
+
 	// The last load found a file it couldn't parse; the first save keeps it before replacing it.
 	bool bModDatabaseUnreadable = false;
 	// The tick's hand for lines on their way into the log; kept so that its room is reused tick after tick.

@@ -1,12 +1,12 @@
 #include "TesselCommands.h"
 
-#include "headless/HeadlessTool.h"
+#include "TesselSession.h"
 
 FString TesselCommands::DescribeModCatalogue()
 {
-	FHeadlessTool Tool;
-	FString Text = FString::Printf(TEXT("Mods under %s: %d\n"), *STesselTool::GetModsContentDir(), Tool.GetMods().Num());
-	for (const TSharedPtr<FModSetup>& Mod : Tool.GetMods())
+	const FTesselSession Session;
+	FString Text = FString::Printf(TEXT("Mods under %s: %d\n"), *KitPaths::ModsContentDir(), Session.GetMods().Num());
+	for (const TSharedPtr<FModSetup>& Mod : Session.GetMods())
 	{
 		Text += FString::Printf(TEXT("  %s  maps: %s\n"), *Mod->ModDir, Mod->Maps.IsEmpty() ? TEXT("(none)") : *Mod->Maps);
 	}
@@ -15,7 +15,7 @@ FString TesselCommands::DescribeModCatalogue()
 
 FString TesselCommands::DescribeModDatabaseProblem()
 {
-	const FString Path = STesselTool::GetModDatabasePath();
+	const FString Path = KitPaths::ModDatabase();
 	if (!FPaths::FileExists(Path))
 	{
 		return FString();
@@ -23,19 +23,20 @@ FString TesselCommands::DescribeModDatabaseProblem()
 	TArray<TSharedPtr<FModSetup>> Records;
 	FString SteamUsername;
 	FString Error;
-	return STesselTool::ReadModDatabase(Path, Records, SteamUsername, Error) == STesselTool::EModDatabaseRead::Read
-			   ? FString()
-			   : Path + TEXT(": ") + Error;
+	return ReadModDatabase(Path, Records, SteamUsername, Error) == EModDatabaseRead::Read ? FString() : Path + TEXT(": ") + Error;
 }
 
-FString TesselCommands::CookMod(const FString& ModDir, const std::function<void(const FString&)>& OnLine)
+bool TesselCommands::CookMod(const FString& ModDir, const std::function<void(const FString&)>& OnLine, FCookOutcome& OutOutcome)
 {
-	FHeadlessTool Tool;
-	const TSharedPtr<FModSetup> Mod = Tool.Select(ModDir);
+	FTesselSession Session;
+	const TSharedPtr<FModSetup> Mod = Session.FindMod(ModDir);
 	if (!Mod)
 	{
-		return FString();
+		return false;
 	}
-	Tool.SaveOnClose();
-	return Tool.Cook(Mod->Maps.IsEmpty() ? ECookKind::GameMod : ECookKind::Map, OnLine);
+	OutOutcome = Session.Cook(*Mod, Mod->Maps.IsEmpty() ? ECookKind::GameMod : ECookKind::Map,
+							  FCookOptions::FromEditorCommandLine(FCommandLine::Get()), OnLine);
+	// The cook gives a new mod its GUID, and may give it a title; the tab's closing save would keep both.
+	Session.Save();
+	return true;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CoreMinimal.h"
+#include "TesselSession.h"
 
 #include <functional>
 
@@ -14,8 +15,8 @@ namespace TesselCommands
 	// not there: its records are then missing from the catalogue.
 	TESSEL_API FString DescribeModDatabaseProblem();
 
-	// Cooks one mod as the "Cook Map" button would (or "Cook Game Mod" when it has no map), ticking the tool
-	// about 60 times a second until the queue has run empty. Each log line goes to OnLine as it arrives; the
-	// result is the text of the dialog that ends the run, or empty when the mod is unknown.
-	TESSEL_API FString CookMod(const FString& ModDir, const std::function<void(const FString&)>& OnLine);
+	// Cooks one mod as the "Cook Map" button would (or "Cook Game Mod" when it has no map), with the options of
+	// the editor's command line, and saves Mods.db as closing the tab would. Each log line goes to OnLine as it
+	// arrives. False when the kit has no such mod.
+	TESSEL_API bool CookMod(const FString& ModDir, const std::function<void(const FString&)>& OnLine, FCookOutcome& OutOutcome);
 }

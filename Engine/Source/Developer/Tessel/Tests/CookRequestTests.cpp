@@ -1,4 +1,6 @@
 #include "STesselUI.h"
+#include "cook/CookJob.h"
+#include "TesselSession.h"
 #include "TestKit.h"
 
 #include "HAL/PlatformFile.h"

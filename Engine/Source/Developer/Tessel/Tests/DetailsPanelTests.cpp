@@ -100,7 +100,7 @@ namespace
 			EXPECT_TRUE(Open->Find(Key)) << FString(Key).ToUtf8();
 			return Open->Enabled(Key);
 		}
-		FString DatabaseOnDisk() const { return FString(FromUtf16Bytes(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()))); }
+		FString DatabaseOnDisk() const { return FString(FromUtf16Bytes(FTempDirectory::ReadBytes(KitPaths::ModDatabase()))); }
 		void RunUntilTheQueueIsEmpty()
 		{
 			const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);

@@ -1,4 +1,6 @@
 #include "STesselUI.h"
+#include "cook/CookJob.h"
+#include "TesselSession.h"
 #include "TestKit.h"
 
 #include "HAL/FileManager.h"
@@ -45,10 +47,10 @@ TEST(ModRecordTests, NewRecordIsPublicWithAllElseEmpty)
 TEST(ModCatalogueTests, PathHelpersStandInTheKit)
 {
 	FTestKit Kit;
-	EXPECT_EQ(STesselTool::GetModToolsDir(), Kit.Root() / TEXT("ModTools"));
-	EXPECT_EQ(STesselTool::GetModOutputDir(), Kit.Root() / TEXT("ModTools/Output"));
-	EXPECT_EQ(STesselTool::GetModDatabasePath(), Kit.Root() / TEXT("Orrery/Saved/Mods.db"));
-	EXPECT_EQ(STesselTool::GetModsContentDir(), Kit.ModsDir());
+	EXPECT_EQ(KitPaths::ModToolsDir(), Kit.Root() / TEXT("ModTools"));
+	EXPECT_EQ(KitPaths::ModOutputDir(), Kit.Root() / TEXT("ModTools/Output"));
+	EXPECT_EQ(KitPaths::ModDatabase(), Kit.Root() / TEXT("Orrery/Saved/Mods.db"));
+	EXPECT_EQ(KitPaths::ModsContentDir(), Kit.ModsDir());
 }
 
 TEST(ModCatalogueTests, EveryFolderIsAModWithTheMapsDirectlyInIt)

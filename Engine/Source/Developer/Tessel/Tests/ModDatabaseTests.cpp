@@ -1,5 +1,7 @@
 #include "JsonTestUtils.h"
 #include "STesselUI.h"
+#include "cook/CookJob.h"
+#include "TesselSession.h"
 #include "TestKit.h"
 
 #include "HAL/PlatformFile.h"
@@ -27,7 +29,7 @@ namespace
 
 	std::u16string ReadDatabase()
 	{
-		return FromUtf16Bytes(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()));
+		return FromUtf16Bytes(FTempDirectory::ReadBytes(KitPaths::ModDatabase()));
 	}
 
 	void WriteDatabase(const FTestKit& Kit, const std::u16string& Text)
@@ -89,7 +91,7 @@ TEST(ModDatabaseTests, SaveWritesTheExactLayout)
 	Tool.SteamPassword = TEXT("hunter2-secret");
 
 	EXPECT_TRUE(Tool.SaveModDatabase().IsEventHandled());
-	const std::string Bytes = FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath());
+	const std::string Bytes = FTempDirectory::ReadBytes(KitPaths::ModDatabase());
 	EXPECT_EQ(Bytes, Utf16File(TwoRecordFile));
 	// Little-endian units, no byte order mark, no line end after the last brace.
 	EXPECT_EQ(Bytes.substr(0, 4), std::string("{\0\r\0", 4));
@@ -102,7 +104,7 @@ TEST(ModDatabaseTests, LoadGivesBackEveryFieldAndTheOrder)
 	FTestKit Kit;
 	WriteDatabase(Kit, TwoRecordFile);
 	STesselTool Tool;
-	Tool.LoadModDatabase(STesselTool::GetModDatabasePath());
+	Tool.LoadModDatabase(KitPaths::ModDatabase());
 	EXPECT_EQ(Tool.SteamUsername, FString(TEXT("author")));
 	ASSERT_EQ(Tool.ModList.Num(), 2);
 	const FModSetup& Second = *Tool.ModList[1];
@@ -129,7 +131,7 @@ TEST(ModDatabaseTests, OldAndPartialFilesLoad)
 					   u"\"Extra\":{\"ignored\":1}}");
 	STesselTool Tool;
 	Tool.SteamUsername = TEXT("before");
-	Tool.LoadModDatabase(STesselTool::GetModDatabasePath());
+	Tool.LoadModDatabase(KitPaths::ModDatabase());
 	// A file that parses sets the user name, empty when it has none.
 	EXPECT_TRUE(Tool.SteamUsername.IsEmpty());
 	ASSERT_EQ(Tool.ModList.Num(), 3);
@@ -160,8 +162,7 @@ TEST(ModDatabaseTests, OnlyTheRootsLastModsMemberGivesRecords)
 		TArray<TSharedPtr<FModSetup>> Records;
 		FString User;
 		FString Error;
-		ASSERT_EQ(STesselTool::ReadModDatabase(STesselTool::GetModDatabasePath(), Records, User, Error),
-				  STesselTool::EModDatabaseRead::Read);
+		ASSERT_EQ(ReadModDatabase(KitPaths::ModDatabase(), Records, User, Error), EModDatabaseRead::Read);
 		ASSERT_EQ(Records.Num(), static_cast<int32>(Expected.size())) << FString(Text);
 		for (size_t Index = 0; Index < Expected.size(); ++Index)
 		{
@@ -177,15 +178,15 @@ TEST(ModDatabaseTests, UnreadableOrBrokenFilesGiveNoRecordsAndKeepTheUserName)
 	Tool.SteamUsername = TEXT("keep me");
 	Tool.ModList.Add(MakeShared<FModSetup>(TEXT("stale")));
 
-	Tool.LoadModDatabase(STesselTool::GetModDatabasePath()); // missing
+	Tool.LoadModDatabase(KitPaths::ModDatabase()); // missing
 	EXPECT_EQ(Tool.ModList.Num(), 0);
 	EXPECT_EQ(Tool.SteamUsername, FString(TEXT("keep me")));
 
-	FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*STesselTool::GetModDatabasePath());
+	FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*KitPaths::ModDatabase());
 	Tool.ModList.Add(MakeShared<FModSetup>(TEXT("stale")));
-	Tool.LoadModDatabase(STesselTool::GetModDatabasePath()); // a folder where the file should be
+	Tool.LoadModDatabase(KitPaths::ModDatabase()); // a folder where the file should be
 	EXPECT_EQ(Tool.ModList.Num(), 0);
-	FPlatformFileManager::Get().GetPlatformFile().DeleteDirectory(*STesselTool::GetModDatabasePath());
+	FPlatformFileManager::Get().GetPlatformFile().DeleteDirectory(*KitPaths::ModDatabase());
 
 	for (const std::string& Broken :
 		 {Utf16File(u"{\"SteamUsername\":\"other\",\"Mods\":[{\"ModDir\":\"A\"}"), std::string("{\"Mods\":[]} in UTF-8"),
@@ -193,7 +194,7 @@ TEST(ModDatabaseTests, UnreadableOrBrokenFilesGiveNoRecordsAndKeepTheUserName)
 	{
 		Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), Broken);
 		Tool.ModList.Add(MakeShared<FModSetup>(TEXT("stale")));
-		Tool.LoadModDatabase(STesselTool::GetModDatabasePath());
+		Tool.LoadModDatabase(KitPaths::ModDatabase());
 		EXPECT_EQ(Tool.ModList.Num(), 0);
 		EXPECT_EQ(Tool.SteamUsername, FString(TEXT("keep me")));
 	}
@@ -220,8 +221,8 @@ TEST(ModDatabaseTests, AFileThatDidNotLoadIsKeptBesideItBeforeTheSaveReplacesIt)
 {
 	FTestKit Kit;
 	Kit.AddMod(TEXT("Fresh"));
-	const FString Kept = STesselTool::GetModDatabasePath() + TEXT(".unreadable");
-	const FString KeptSecond = STesselTool::GetModDatabasePath() + TEXT(".unreadable.2");
+	const FString Kept = KitPaths::ModDatabase() + TEXT(".unreadable");
+	const FString KeptSecond = KitPaths::ModDatabase() + TEXT(".unreadable.2");
 	// Written by another editor as UTF-8 with a byte order mark: the titles in it are the user's.
 	const std::string Foreign = "\xEF\xBB\xBF{\"Mods\":[{\"ModDir\":\"Fresh\",\"Title\":\"Months of work\"}]}";
 	Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), Foreign);
@@ -251,10 +252,11 @@ TEST(ModDatabaseTests, AFileThatDidNotLoadIsKeptBesideItBeforeTheSaveReplacesIt)
 	TSharedRef<STesselTool> Tool = SNew(STesselTool);
 	for (int32 Number = 3; Number < 1000; ++Number)
 	{
-		FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*FString::Printf(TEXT("%s.unreadable.%d"), *STesselTool::GetModDatabasePath(), Number));
+		FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(
+			*FString::Printf(TEXT("%s.unreadable.%d"), *KitPaths::ModDatabase(), Number));
 	}
 	Tool->SaveModDatabase();
-	EXPECT_EQ(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()), "broken again");
+	EXPECT_EQ(FTempDirectory::ReadBytes(KitPaths::ModDatabase()), "broken again");
 }
 
 TEST(ModDatabaseTests, ASaveThatRunsOutOfRoomLeavesTheOldFile)
@@ -269,7 +271,7 @@ TEST(ModDatabaseTests, ASaveThatRunsOutOfRoomLeavesTheOldFile)
 	}
 	TSharedRef<STesselTool> Tool = SNew(STesselTool);
 	Tool->SaveModDatabase();
-	const std::string Before = FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath());
+	const std::string Before = FTempDirectory::ReadBytes(KitPaths::ModDatabase());
 	ASSERT_GT(Before.size(), 4096u);
 	for (const TSharedPtr<FModSetup>& Mod : Tool->ModList)
 	{
@@ -289,7 +291,7 @@ TEST(ModDatabaseTests, ASaveThatRunsOutOfRoomLeavesTheOldFile)
 	int Status = 0;
 	ASSERT_EQ(waitpid(Child, &Status, 0), Child);
 	ASSERT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0);
-	EXPECT_EQ(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()), Before);
+	EXPECT_EQ(FTempDirectory::ReadBytes(KitPaths::ModDatabase()), Before);
 #endif
 }
 
@@ -300,7 +302,7 @@ TEST(ModDatabaseTests, AFileThatCannotBeReadIsNotReplacedWithoutACopy)
 #else
 	FTestKit Kit;
 	Kit.AddMod(TEXT("Fresh"));
-	const FString Path = STesselTool::GetModDatabasePath();
+	const FString Path = KitPaths::ModDatabase();
 	const std::string Theirs = "the user's records, which this user may write but not read";
 	Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), Theirs);
 	const pid_t Child = fork();
@@ -347,12 +349,12 @@ TEST(ModDatabaseTests, SavingNoRecordsLeavesTheFileAlone)
 	STesselTool Tool;
 	Tool.SteamUsername = TEXT("someone");
 	Tool.SaveModDatabase();
-	EXPECT_FALSE(FPaths::FileExists(STesselTool::GetModDatabasePath()));
+	EXPECT_FALSE(FPaths::FileExists(KitPaths::ModDatabase()));
 
 	const std::string Existing = "arbitrary bytes \x01\x02 that are no database";
 	Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), Existing);
 	Tool.SaveModDatabase();
-	EXPECT_EQ(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()), Existing);
+	EXPECT_EQ(FTempDirectory::ReadBytes(KitPaths::ModDatabase()), Existing);
 }
 
 TEST(ModDatabaseTests, MergeOfFoldersAndRecords)
@@ -457,7 +459,7 @@ TEST(ModDatabaseTests, ResetsChangeOneFieldAndSaveEverything)
 	Kit.AddMod(TEXT("Published"));
 	STesselTool Tool;
 	Tool.OnResetGuidClicked(); // no selection: nothing happens
-	EXPECT_FALSE(FPaths::FileExists(STesselTool::GetModDatabasePath()));
+	EXPECT_FALSE(FPaths::FileExists(KitPaths::ModDatabase()));
 
 	Tool.Construct(STesselTool::FArguments());
 	Tool.SelectedMod->ItemSeamId = TEXT("12345");
@@ -553,7 +555,7 @@ TEST(ModDatabaseTests, KilledWhileSavingLeavesALoadableSavedState)
 		// rename and the child's word.
 		STesselTool Reader;
 		Reader.SteamUsername = TEXT("unset");
-		Reader.LoadModDatabase(STesselTool::GetModDatabasePath());
+		Reader.LoadModDatabase(KitPaths::ModDatabase());
 		const FString LastEnded = FString::Printf(TEXT("state-%d-%d"), Round, Ended - 1);
 		const FString NextStarted = FString::Printf(TEXT("state-%d-%d"), Round, Ended);
 		ASSERT_TRUE(Reader.SteamUsername == LastEnded || (Said.back() == 'b' && Reader.SteamUsername == NextStarted))

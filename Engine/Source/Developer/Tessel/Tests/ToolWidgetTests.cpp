@@ -229,7 +229,7 @@ TEST(ToolWidgetTests, ClosingSavesTheRecordsAndDeletesSteamAppId)
 		ASSERT_TRUE(FPaths::FileExists(AppId));
 		Open.Close();
 		EXPECT_FALSE(FPaths::FileExists(AppId));
-		EXPECT_FALSE(FPaths::FileExists(STesselTool::GetModDatabasePath())); // no records: nothing written
+		EXPECT_FALSE(FPaths::FileExists(KitPaths::ModDatabase())); // no records: nothing written
 	}
 	Kit.AddMod(TEXT("Edited"));
 	{

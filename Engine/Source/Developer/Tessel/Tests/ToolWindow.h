@@ -4,6 +4,7 @@
 // queue busy.
 
 #include "STesselUI.h"
+#include "TesselSession.h"
 #include "SlateTestMain.h"
 #include "TestPaths.h"
 #include "Testing/SlateTestDriver.h"

@@ -3,6 +3,7 @@
 
 #include "EditorServices.h"
 #include "STesselUI.h"
+#include "cook/CookJob.h"
 #include "TestKit.h"
 #include "Widgets/Input/SEditableTextBox.h"
 

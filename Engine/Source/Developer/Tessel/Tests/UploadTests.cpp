@@ -1,5 +1,7 @@
 #include "JsonTestUtils.h"
 #include "STesselUI.h"
+#include "cook/CookJob.h"
+#include "TesselSession.h"
 #include "TestKit.h"
 
 #include "HAL/PlatformFile.h"
@@ -273,7 +275,7 @@ TEST(UploadTests, SteamCmdRouteFromFirstUploadToResetAndRestart)
 	EXPECT_TRUE(Contains(Published, ItemTextLine("owner", "mia")));
 	EXPECT_TRUE(Contains(Published, ItemTextLine("previewbytes", "29")));
 	// This route doesn't save: the id waits for the next save.
-	EXPECT_FALSE(FPaths::FileExists(STesselTool::GetModDatabasePath()));
+	EXPECT_FALSE(FPaths::FileExists(KitPaths::ModDatabase()));
 
 	// The second dialog of the run shows both credentials; accepting them as they stand updates the item.
 	// With SteamCMD leaving the file alone, it shows what the tool wrote: the pair from the record.
@@ -394,7 +396,7 @@ TEST(UploadTests, TheComposedUploaderCommandLineByteForByte)
 	Mod.Description = TEXT("Sail \"far\"\nand back");
 	Mod.PreviewImage = TEXT("/pics/i.png");
 	// Tags and ChangeNotes are empty, and so left out; the order of the rest stays.
-	EXPECT_EQ(STesselTool::ComposeUploaderCommandLine(Mod),
+	EXPECT_EQ(ComposeUploaderCommandLine(Mod),
 			  FString(TEXT("/Quillon Kit/ModTools/Uploader/QuillonModUploader.exe -preview \"/pics/i.png\" -title \"A\\\"B\" "
 						   "-desc \"Sail \\\"far\\\"\nand back\" -vis \"Public\" -content \"/Quillon Kit/ModTools/Output/Islands\" ")));
 
@@ -404,7 +406,7 @@ TEST(UploadTests, TheComposedUploaderCommandLineByteForByte)
 	Mod.Visibility = TEXT("Hidden");
 	Mod.Tags = TEXT("Map");
 	Mod.ChangeNotes = TEXT("x");
-	EXPECT_EQ(STesselTool::ToEightBitCommandLine(STesselTool::ComposeUploaderCommandLine(Mod)),
+	EXPECT_EQ(ToEightBitCommandLine(ComposeUploaderCommandLine(Mod)),
 			  std::string("/Quillon Kit/ModTools/Uploader/QuillonModUploader.exe -steamid \"2900000001\" -preview \"/pics/i.png\" "
 						  "-title \"Caf? ?\" -desc \"d\" -vis \"Hidden\" -tags \"Map\" -content \"/Quillon Kit/ModTools/Output/Islands\" "
 						  "-changelog \"x\" "));
@@ -431,7 +433,7 @@ TEST(UploadTests, MissingUploaderAndADialogThatIsNotAccepted)
 	EXPECT_FALSE(Upload.Exists(TEXT("ModTools/ModConfigs/Islands.vdf")));
 	EXPECT_FALSE(Upload.Exists(TEXT("ModTools/Output/Islands/preview.jpg")));
 	EXPECT_FALSE(Upload.Exists(TEXT("ModTools/SteamCMD/logs/workshop_log.txt")));
-	EXPECT_FALSE(FPaths::FileExists(STesselTool::GetModDatabasePath()));
+	EXPECT_FALSE(FPaths::FileExists(KitPaths::ModDatabase()));
 }
 
 // The dialog as it is built, and the checks after "Accept": the user name first, a blank counts, and a
@@ -500,7 +502,7 @@ TEST(UploadTests, TheItemFileFilledFromTheTemplate)
 	Kit.InstallWorkshopTemplate();
 	TSharedRef<STesselTool> Tool = SNew(STesselTool);
 	FString Template;
-	ASSERT_TRUE(FFileHelper::LoadFileToString(Template, *STesselTool::GetWorkshopTemplatePath()));
+	ASSERT_TRUE(FFileHelper::LoadFileToString(Template, *KitPaths::WorkshopTemplate()));
 	FPaths::SetKitRoot(TEXT("/Quillon Kit"));
 
 	FModSetup Mod(TEXT("MyMod\\"));
@@ -508,18 +510,20 @@ TEST(UploadTests, TheItemFileFilledFromTheTemplate)
 	Mod.Description = TEXT("Line1\nC:\\x");
 	Mod.Visibility = TEXT("friends ONLY");
 	Mod.ItemSeamId = TEXT("77");
-	EXPECT_EQ(Tool->FillWorkshopTemplate(Template, Mod),
-			  FString(TEXT("\"workshopitem\"\n"
-						   "{\n"
-						   "\t\"appid\"\t\t\"1296880\"\n"
-						   "\t\"publishedfileid\" \"77\"\n"
-						   "\t\"contentfolder\"\t\t\"\\\\Quillon Kit\\\\ModTools\\\\Output\\\\MyMod\"\n"
-						   "\t\"previewfile\"\t\t\"\\\\Quillon Kit\\\\ModTools\\\\Output\\\\MyMod\\\\preview.jpg\"\n"
-						   "\t\"visibility\"\t\t\"1\"\n"
-						   "\t\"title\"\t\t\"Pack \"One\" Line1\nC:\\x\"\n"
-						   "\t\"description\"\t\t\"Line1\nC:\\x\"\n"
-						   "\t\"changenote\"\t\t\"\"\n"
-						   "}\n")));
+	// The number of the visibility as the window's drop-down counts it.
+	auto Fill = [&Tool](const FString& Text, const FModSetup& Record)
+	{ return FillWorkshopTemplate(Text, Record, GetVisibilityNumber(Tool->VisibilityOptions, Record.Visibility)); };
+	EXPECT_EQ(Fill(Template, Mod), FString(TEXT("\"workshopitem\"\n"
+												"{\n"
+												"\t\"appid\"\t\t\"1296880\"\n"
+												"\t\"publishedfileid\" \"77\"\n"
+												"\t\"contentfolder\"\t\t\"\\\\Quillon Kit\\\\ModTools\\\\Output\\\\MyMod\"\n"
+												"\t\"previewfile\"\t\t\"\\\\Quillon Kit\\\\ModTools\\\\Output\\\\MyMod\\\\preview.jpg\"\n"
+												"\t\"visibility\"\t\t\"1\"\n"
+												"\t\"title\"\t\t\"Pack \"One\" Line1\nC:\\x\"\n"
+												"\t\"description\"\t\t\"Line1\nC:\\x\"\n"
+												"\t\"changenote\"\t\t\"\"\n"
+												"}\n")));
 
 	Mod.ItemSeamId.Empty();
 	Mod.Title = TEXT("T");
@@ -527,21 +531,21 @@ TEST(UploadTests, TheItemFileFilledFromTheTemplate)
 											   std::pair{TEXT("Secret"), TEXT("T|0|")}, std::pair{TEXT(""), TEXT("T|0|")}})
 	{
 		Mod.Visibility = Visibility;
-		EXPECT_EQ(Tool->FillWorkshopTemplate(TEXT("%title%|%Visibility%|%additionalvdfargs%"), Mod), FString(Expected)) << FString(Visibility);
+		EXPECT_EQ(Fill(TEXT("%title%|%Visibility%|%additionalvdfargs%"), Mod), FString(Expected)) << FString(Visibility);
 	}
 	// Every token in any letter case.
 	Mod.Description = TEXT("D");
 	Mod.ChangeNotes = TEXT("N");
-	EXPECT_EQ(Tool->FillWorkshopTemplate(TEXT("%contentfolder%|%Description%|%changenote%|%TiTlE%"), Mod),
+	EXPECT_EQ(Fill(TEXT("%contentfolder%|%Description%|%changenote%|%TiTlE%"), Mod),
 			  FString(TEXT("\\\\Quillon Kit\\\\ModTools\\\\Output\\\\MyMod|D|N|T")));
 	FPaths::SetKitRoot(Kit.Root());
 
 	// A text beyond 8 bits makes the whole item file UTF-16 with its byte order mark, so that no character
 	// turns into "?" on its way to the Workshop.
-	Tool->SelectedMod = MakeShared<FModSetup>(TEXT("Islands"));
-	Tool->SelectedMod->Title = FString(u"\u65E5\u672C\u306E\u5CF6 \U0001F30A");
-	ASSERT_TRUE(Tool->MakeWorkshopItemFile());
-	const std::string Bytes = FTempDirectory::ReadBytes(STesselTool::GetWorkshopItemFilePath(TEXT("Islands")));
+	FModSetup Islands(TEXT("Islands"));
+	Islands.Title = FString(u"\u65E5\u672C\u306E\u5CF6 \U0001F30A");
+	ASSERT_TRUE(WriteWorkshopItemFile(Islands, 0));
+	const std::string Bytes = FTempDirectory::ReadBytes(KitPaths::WorkshopItemFile(TEXT("Islands")));
 	ASSERT_GE(Bytes.size(), 2u);
 	EXPECT_EQ(Bytes.substr(0, 2), std::string("\xFF\xFE"));
 	const std::u16string Text = FromUtf16Bytes(Bytes.substr(2));
@@ -566,7 +570,7 @@ TEST(UploadTests, ThePublishedIdReadBackFromAnItemFile)
 		 })
 	{
 		FString Id = TEXT("old");
-		const bool bRead = STesselTool::ReadPublishedFileId(Case.Text, Id);
+		const bool bRead = ReadPublishedFileId(Case.Text, Id);
 		EXPECT_EQ(bRead, Case.Id != nullptr) << FString(Case.Text);
 		EXPECT_EQ(Id, FString(Case.Id ? Case.Id : TEXT("old"))) << FString(Case.Text);
 	}

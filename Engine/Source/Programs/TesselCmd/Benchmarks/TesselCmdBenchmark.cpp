@@ -5,7 +5,7 @@
 #include "CoreMinimal.h"
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
-#include "STesselUI.h"
+#include "TesselSession.h"
 #include "TempDirectory.h"
 #include "TestPaths.h"
 
@@ -74,7 +74,7 @@ int main(int ArgC, char** ArgV)
 	const int32 RecordChars = static_cast<int32>(Megabytes * 1048576.0 / 2.0 / std::max(Mods, 1));
 	const int32 DescriptionChars = std::max(RecordChars - 334, 10);
 	{
-		STesselTool Writer;
+		TArray<TSharedPtr<FModSetup>> Records;
 		FString Description;
 		for (int32 Index = 0; Index < DescriptionChars; ++Index)
 		{
@@ -83,7 +83,7 @@ int main(int ArgC, char** ArgV)
 		for (int32 Index = 0; Index < Mods; ++Index)
 		{
 			const FString Folder = FString::Printf(TEXT("Mod%06d"), Index);
-			Platform.CreateDirectoryTree(*(STesselTool::GetModsContentDir() / Folder));
+			Platform.CreateDirectoryTree(*(KitPaths::ModsContentDir() / Folder));
 			TSharedPtr<FModSetup> Mod = MakeShared<FModSetup>(Folder);
 			Mod->Maps = TEXT("Alpha,Beta");
 			Mod->Title = FString::Printf(TEXT("Mod number %d"), Index);
@@ -92,12 +92,12 @@ int main(int ArgC, char** ArgV)
 			Mod->ItemSeamId = FString::Printf(TEXT("%d"), 2900000001 + Index);
 			Mod->GUID = TEXT("0123456789ABCDEF0123456789ABCDEF");
 			Mod->Tags = TEXT("Map,Mod");
-			Writer.ModList.Add(Mod);
+			Records.Add(Mod);
 		}
-		Writer.SaveModDatabase();
-		Writer.ModList.Empty();
+		bool bKeepFirst = false;
+		SaveModRecords(KitPaths::ModDatabase(), FString(), Records, bKeepFirst);
 	}
-	const FString Database = STesselTool::GetModDatabasePath();
+	const FString Database = KitPaths::ModDatabase();
 	std::printf("kit: %d mod folders, Mods.db %.1f MB\n", Mods, IFileManager::Get().FileSize(*Database) / 1048576.0);
 
 	const std::string KitArg = Kit.Get().ToUtf8();

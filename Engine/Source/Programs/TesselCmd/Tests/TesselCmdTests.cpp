@@ -7,11 +7,9 @@
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
 #include "Misc/FileHelper.h"
-#include "STesselUI.h"
 #include "Serialization/Archive.h"
 #include "TestKit.h"
-#include "Testing/EditorServicesDouble.h"
-#include "cook/CookJob.h"
+#include "TesselSession.h"
 #include "json/JsonSerializer.h"
 #include "packaging/ModArchiveForms.h"
 
@@ -193,11 +191,10 @@ TEST(TesselCmdTests, SetSavesCleanedFieldsAndRefusesBadOnesWithoutWriting)
 	EXPECT_EQ(Mod->GetStringField(TEXT("PreviewImage")), Ready.Preview);
 
 	// The file holds the same, as the tool reads it.
-	TSharedRef<STesselTool> Tool = SNew(STesselTool);
-	ASSERT_EQ(Tool->ModList.Num(), 1);
-	EXPECT_EQ(Tool->ModList[0]->Title, FString(TEXT("Island Pack")));
-	EXPECT_EQ(Tool->ModList[0]->Tags, FString(TEXT("Map,Mod")));
-	Tool->ModList.Empty();
+	const FTesselSession Session;
+	ASSERT_EQ(Session.GetMods().Num(), 1);
+	EXPECT_EQ(Session.GetMods()[0]->Title, FString(TEXT("Island Pack")));
+	EXPECT_EQ(Session.GetMods()[0]->Tags, FString(TEXT("Map,Mod")));
 
 	// From a working folder outside the kit, a relative preview is the kit's; the id and GUID that a publish
 	// elsewhere learned come back as given, the GUID as the cook writes it.
@@ -313,7 +310,7 @@ TEST(TesselCmdTests, CheckNamesEveryProblemWithWhatToDo)
 	const std::string TooLong(129, 'T');
 	const std::string NotAPicture = Utf8(Ready.Kit.WriteFile(TEXT("Previews/fake.png"), "GIF? no, just text....."));
 	ASSERT_EQ(Ready.Run({"set", "Islands", "title=" + TooLong, "change-notes=" + std::string(8001, 'n'), "preview=" + NotAPicture}).ExitCode, 0);
-	FPlatformFileManager::Get().GetPlatformFile().DeleteFile(*STesselTool::GetSteamCmdPath());
+	FPlatformFileManager::Get().GetPlatformFile().DeleteFile(*KitPaths::SteamCmd());
 	const FCommandRun Limits = Ready.Run({"check", "Islands"});
 	EXPECT_EQ(Limits.ExitCode, 1);
 	for (const char* Expected : {"FAIL  title        129 characters, more than the Workshop's 128",
@@ -328,9 +325,10 @@ TEST(TesselCmdTests, CheckNamesEveryProblemWithWhatToDo)
 	EXPECT_NE(Ready.Run({"check", "Islands"}).Stdout.find("1048584 bytes, more than the Workshop's 1 MB"), std::string::npos);
 }
 
-TEST(TesselCmdTests, TheCookMatchesTheWindowsByteForByte)
+TEST(TesselCmdTests, TheCookMatchesOneFromTheEditorsCommandLineByteForByte)
 {
-	// Two kits with the same mod and the same GUID: one cooked by TesselCmd, one by the window's button.
+	// Two kits with the same mod and the same GUID: one cooked by TesselCmd, one as the window's button cooks,
+	// with the options read from the editor's command line.
 	const std::u16string Database = OneRecordDatabase(u"Islands", u"Island Pack", u"0123456789ABCDEF0123456789ABCDEF");
 	FString CommandLineOutput;
 	std::map<std::string, std::string> FromCommandLine;
@@ -356,22 +354,10 @@ TEST(TesselCmdTests, TheCookMatchesTheWindowsByteForByte)
 	{
 		FReadyKit Ready;
 		WriteDatabase(Ready.Kit, Database);
-		FCommandLine::Set(TEXT("-modasdlc"));
-		IEditorServices::Set(MakeShared<FEditorServicesDouble>());
-		{
-			TSharedRef<STesselTool> Tool = SNew(STesselTool);
-			Tool->SelectedMod = Tool->ModList[0];
-			Tool->OnCookMapClicked();
-			const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-			while (ActiveJobs.Num() > 0 && std::chrono::steady_clock::now() < Deadline)
-			{
-				Tool->Tick(FGeometry(), 0.0, 0.016f);
-				std::this_thread::sleep_for(std::chrono::milliseconds(5));
-			}
-			ASSERT_EQ(ActiveJobs.Num(), 0);
-		}
-		IEditorServices::Set(nullptr);
-		FCommandLine::Set(TEXT(""));
+		FTesselSession Session;
+		const FCookOutcome Outcome = Session.Cook(*Session.GetMods()[0], ECookKind::Map,
+												  FCookOptions::FromEditorCommandLine(TEXT("-modasdlc")), [](const FString&) {});
+		EXPECT_TRUE(Outcome.bSucceeded);
 		FromWindow = ReadTree(Ready.Kit.Root() / TEXT("ModTools/Output/Islands"));
 	}
 	// Both targets, every package as ".z" beside its size file, and the description files beside them.
@@ -408,7 +394,7 @@ TEST(TesselCmdTests, CookOptionsReachTheCookAsTheEditorsCommandLine)
 	EXPECT_EQ(Number, 42);
 	EXPECT_EQ(Title, FString(TEXT("Isle)Two, at last")));
 	// A test run leaves the packaged tree alone.
-	EXPECT_FALSE(IFileManager::Get().DirectoryExists(*(STesselTool::GetModOutputDir() / TEXT("Islands"))));
+	EXPECT_FALSE(IFileManager::Get().DirectoryExists(*(KitPaths::ModOutputDir() / TEXT("Islands"))));
 
 	const FCommandRun NoMaps = Ready.Run({"cook", "Props", "--kind", "map"});
 	EXPECT_EQ(NoMaps.ExitCode, 2);
@@ -424,7 +410,7 @@ TEST(TesselCmdTests, CookOptionsReachTheCookAsTheEditorsCommandLine)
 	}
 	EXPECT_EQ(Ready.Run({"cook"}).ExitCode, 2);
 	EXPECT_EQ(Ready.Run({"cook", "Islands", "--all"}).ExitCode, 2);
-	EXPECT_FALSE(IFileManager::Get().DirectoryExists(*STesselTool::GetModOutputDir()));
+	EXPECT_FALSE(IFileManager::Get().DirectoryExists(*KitPaths::ModOutputDir()));
 
 	// A cook without "Success" fails the run; --all reports each mod and fails when one did.
 	const FCommandRun Failed = Ready.Run({"cook", "Islands"}, {{"TESSEL_COOK_MODE", "no-success"}});
@@ -443,12 +429,12 @@ TEST(TesselCmdTests, CookOptionsReachTheCookAsTheEditorsCommandLine)
 	}
 
 	// Without the editor's executable nothing is started or deleted, and the missing file is named.
-	FPlatformFileManager::Get().GetPlatformFile().DeleteFile(*STesselTool::GetEditorExecutablePath());
+	FPlatformFileManager::Get().GetPlatformFile().DeleteFile(*KitPaths::EditorExecutable());
 	const FCommandRun NoEditor = Ready.Run({"cook", "Islands"});
 	EXPECT_EQ(NoEditor.ExitCode, 1);
-	EXPECT_EQ(NoEditor.Stderr, "TesselCmd: " + Utf8(STesselTool::GetEditorExecutablePath()) +
-								   ": missing: the kit's editor, which cooks, is not in its place\n");
-	EXPECT_TRUE(IFileManager::Get().DirectoryExists(*(STesselTool::GetModOutputDir() / TEXT("Islands"))));
+	EXPECT_EQ(NoEditor.Stderr,
+			  "TesselCmd: " + Utf8(KitPaths::EditorExecutable()) + ": missing: the kit's editor, which cooks, is not in its place\n");
+	EXPECT_TRUE(IFileManager::Get().DirectoryExists(*(KitPaths::ModOutputDir() / TEXT("Islands"))));
 }
 
 TEST(TesselCmdTests, TheCookShowsThePackagingOnATerminal)
@@ -487,12 +473,12 @@ TEST(TesselCmdTests, ADryRunWritesTheItemFileAndStartsNothing)
 	EXPECT_FALSE(IFileManager::Get().FileExists(*ArgsOut));
 	EXPECT_FALSE(IFileManager::Get().DirectoryExists(*(Ready.Kit.Root() / TEXT("ModTools/SteamCMD/logs"))));
 
-	const FString ItemFile = STesselTool::GetWorkshopItemFilePath(TEXT("Islands"));
+	const FString ItemFile = KitPaths::WorkshopItemFile(TEXT("Islands"));
 	FString ItemText;
 	ASSERT_TRUE(FFileHelper::LoadFileToString(ItemText, *ItemFile));
 	EXPECT_NE(Run.Stdout.find(Utf8(ItemText.TrimStartAndEnd())), std::string::npos) << Run.Stdout;
-	EXPECT_EQ(FTempDirectory::ReadBytes(STesselTool::GetModOutputDir() / TEXT("Islands/preview.jpg")), PngBytes);
-	const std::string Uploader = Utf8(STesselTool::GetUploaderPath()) + " -preview \"" + Utf8(Ready.Preview) +
+	EXPECT_EQ(FTempDirectory::ReadBytes(KitPaths::ModOutputDir() / TEXT("Islands/preview.jpg")), PngBytes);
+	const std::string Uploader = Utf8(KitPaths::Uploader()) + " -preview \"" + Utf8(Ready.Preview) +
 								 "\" -title \"Island Pack\" -desc \"Two islands\" -vis \"Public\" -content \"";
 	EXPECT_NE(Run.Stdout.find(Uploader), std::string::npos) << Run.Stdout;
 	EXPECT_NE(Run.Stdout.find(" +login author ******** +workshop_build_item \"" + Utf8(ItemFile) + "\" +quit"), std::string::npos)
@@ -781,7 +767,7 @@ TEST(TesselCmdTests, PublishTakesTheWindowsRoutesAndKeepsThePasswordSecret)
 	const FCommandRun NotReady = Ready.Run({"publish", "Islands"}, {{"TESSEL_UPLOADER_EXIT", "150"}});
 	EXPECT_EQ(NotReady.ExitCode, 1);
 	EXPECT_NE(NotReady.Stderr.find("Islands: not ready to upload"), std::string::npos) << NotReady.Stderr;
-	EXPECT_NE(NotReady.Stderr.find("Islands: packaged: " + Utf8(STesselTool::GetModOutputDir()) + "/Islands/mod.info: missing"),
+	EXPECT_NE(NotReady.Stderr.find("Islands: packaged: " + Utf8(KitPaths::ModOutputDir()) + "/Islands/mod.info: missing"),
 			  std::string::npos)
 		<< NotReady.Stderr;
 	Ready.MakeUploadable();
@@ -814,10 +800,12 @@ TEST(TesselCmdTests, PublishTakesTheWindowsRoutesAndKeepsThePasswordSecret)
 	EXPECT_NE(Refused.Stderr.find("Islands: SteamCMD did not publish the item"), std::string::npos) << Refused.Stderr;
 
 	// The uploader declines (99), SteamCMD publishes a new item: the tool reads the id back.
-	TSharedRef<STesselTool> Reset = SNew(STesselTool);
-	Reset->SelectedMod = Reset->ModList[0];
-	Reset->OnResetPublisherIdClicked();
-	Reset->ModList.Empty();
+	{
+		// "Reset Publisher Id", then the window's save.
+		FTesselSession Reset;
+		Reset.GetMods()[0]->ItemSeamId.Empty();
+		Reset.Save();
+	}
 	const FCommandRun BySteamCmd = Ready.Run({"--json", "publish", "Islands"}, Login);
 	ASSERT_EQ(BySteamCmd.ExitCode, 0) << BySteamCmd.Stderr;
 	Result = ParseJson(BySteamCmd.Stdout)->GetArrayField(TEXT("results"))[0]->AsObject();
@@ -861,7 +849,7 @@ TEST(TesselCmdTests, NoChildInheritsThePasswordAndAnIncompleteLoginWritesNothing
 		<< Published.Stderr;
 
 	// A user name without a password: nothing starts and Mods.db stays as it was, byte for byte.
-	const FString Database = STesselTool::GetModDatabasePath();
+	const FString Database = KitPaths::ModDatabase();
 	const std::string Before = FTempDirectory::ReadBytes(Database);
 	ASSERT_NE(Before.find(std::string("a\0u\0t\0h\0o\0r\0", 12)), std::string::npos); // the file is UTF-16
 	const FCommandRun Incomplete = Ready.Run({"publish", "Islands"}, {{"STEAM_USERNAME", "intruder"}});
@@ -876,7 +864,7 @@ TEST(TesselCmdTests, InspectChecksPackagesTreesAndDescriptionFiles)
 {
 	FReadyKit Ready;
 	Ready.MakeUploadable();
-	const FString Target = STesselTool::GetModOutputDir() / TEXT("Islands/WindowsNoEditor");
+	const FString Target = KitPaths::ModOutputDir() / TEXT("Islands/WindowsNoEditor");
 	const FString Alpha = Target / TEXT("Alpha.umap.z");
 	const std::string Source = FTempDirectory::ReadBytes(Ready.Kit.ModsDir() / TEXT("Islands/Alpha.umap"));
 

@@ -1,10 +1,11 @@
+#include "catalogue/ModDatabase.h"
+
 #include "STesselUI.h"
 
 #include "HAL/FileManager.h"
 #include "json/JsonSerializer.h"
 
-STesselTool::EModDatabaseRead STesselTool::ReadModDatabase(const FString& Path, TArray<TSharedPtr<FModSetup>>& OutMods,
-															 FString& OutSteamUsername, FString& OutError)
+EModDatabaseRead ReadModDatabase(const FString& Path, TArray<TSharedPtr<FModSetup>>& OutMods, FString& OutSteamUsername, FString& OutError)
 {
 	TUniquePtr<FArchive> Reader(IFileManager::Get().CreateFileReader(*Path, 0));
 	if (!Reader)
@@ -32,18 +33,20 @@ STesselTool::EModDatabaseRead STesselTool::ReadModDatabase(const FString& Path, 
 	return EModDatabaseRead::Read;
 }
 
-void STesselTool::LoadModDatabase(const FString& Path)
+FModDatabaseLoad LoadModRecords(const FString& Path, TArray<TSharedPtr<FModSetup>>& Mods, FString& SteamUsername)
 {
 	// Emptied first, so that a file that can't be read leaves no records behind.
-	ModList.Empty();
-	FString Error;
+	Mods.Empty();
+	FModDatabaseLoad Load;
+	Load.Read = ReadModDatabase(Path, Mods, SteamUsername, Load.Error);
 	// A file that is there but can't be opened (no permission to read) is as much the user's as one that
 	// doesn't parse: the save replaces neither without a copy.
-	const EModDatabaseRead Read = ReadModDatabase(Path, ModList, SteamUsername, Error);
-	bModDatabaseUnreadable = Read == EModDatabaseRead::Unreadable || (Read == EModDatabaseRead::Unopenable && FPaths::FileExists(Path));
+	Load.bKeepBeforeSave =
+		Load.Read == EModDatabaseRead::Unreadable || (Load.Read == EModDatabaseRead::Unopenable && FPaths::FileExists(Path));
+	return Load;
 }
 
-bool STesselTool::KeepUnreadableModDatabase(const FString& Path)
+bool KeepUnreadableModDatabase(const FString& Path)
 {
 	if (!FPaths::FileExists(Path))
 	{
@@ -60,28 +63,28 @@ bool STesselTool::KeepUnreadableModDatabase(const FString& Path)
 	return false;
 }
 
-FReply STesselTool::SaveModDatabase()
+bool SaveModRecords(const FString& Path, const FString& SteamUsername, const TArray<TSharedPtr<FModSetup>>& Mods, bool& bKeepBeforeSave)
 {
 	// With no records the file stays as it is, whatever it holds.
-	if (ModList.Num() == 0)
+	if (Mods.Num() == 0)
 	{
-		return FReply::Handled();
+		return false;
 	}
 
 	// A file that didn't load is the user's work all the same: without a copy of it, it stays as it is.
-	if (bModDatabaseUnreadable)
+	if (bKeepBeforeSave)
 	{
-		if (!KeepUnreadableModDatabase(GetModDatabasePath()))
+		if (!KeepUnreadableModDatabase(Path))
 		{
-			return FReply::Handled();
+			return false;
 		}
-		bModDatabaseUnreadable = false;
+		bKeepBeforeSave = false;
 	}
 
-	TUniquePtr<FArchive> Writer(IFileManager::Get().CreateFileWriter(*GetModDatabasePath(), 0));
+	TUniquePtr<FArchive> Writer(IFileManager::Get().CreateFileWriter(*Path, 0));
 	if (!Writer)
 	{
-		return FReply::Handled();
+		return false;
 	}
 	// The root object {"SteamUsername", "Mods": [...]}, written a record at a time: the same text as the whole
 	// document written at once, without ever holding it.
@@ -89,7 +92,7 @@ FReply STesselTool::SaveModDatabase()
 	Json.WriteObjectStart();
 	Json.WriteValue(TEXT("SteamUsername"), SteamUsername);
 	Json.WriteArrayStart(TEXT("Mods"));
-	for (const TSharedPtr<FModSetup>& Mod : ModList)
+	for (const TSharedPtr<FModSetup>& Mod : Mods)
 	{
 		JsonSerializer::SerializeValue(Mod->ToJsonValue(), FString(), Json);
 	}
@@ -97,6 +100,17 @@ FReply STesselTool::SaveModDatabase()
 	Json.WriteObjectEnd();
 	Json.Close();
 	Writer->Close();
+	return true;
+}
+
+void STesselTool::LoadModDatabase(const FString& Path)
+{
+	bModDatabaseUnreadable = LoadModRecords(Path, ModList, SteamUsername).bKeepBeforeSave;
+}
+
+FReply STesselTool::SaveModDatabase()
+{
+	SaveModRecords(GetModDatabasePath(), SteamUsername, ModList, bModDatabaseUnreadable);
 	return FReply::Handled();
 }
 

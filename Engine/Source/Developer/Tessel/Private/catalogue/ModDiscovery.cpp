@@ -1,18 +1,15 @@
 #include "STesselUI.h"
+#include "catalogue/ModDatabase.h"
 
 #include "HAL/FileManager.h"
 
 #include <string>
 #include <unordered_set>
 
-void STesselTool::RefreshModList(bool bRebuildDetails)
+void MergeModFolders(const FString& ModsDir, TArray<TSharedPtr<FModSetup>>& Mods)
 {
-	const FString ModsDir = GetModsContentDir();
-
 	TArray<FString> Folders;
 	IFileManager::Get().FindFiles(Folders, *(ModsDir / TEXT("*")), false, true);
-
-	LoadModDatabase(GetModDatabasePath());
 
 	// Names meet ignoring letter case, unit by unit. Each side is folded once and looked up in a hash set, so
 	// that a large catalogue never compares every folder with every record.
@@ -24,9 +21,9 @@ void STesselTool::RefreshModList(bool bRebuildDetails)
 	}
 
 	// Records whose folder is gone leave the list; the file keeps them until the next save.
-	ModList.RemoveAll([&](const TSharedPtr<FModSetup>& Mod) { return FolderNames.count(Fold(Mod->ModDir)) == 0; });
+	Mods.RemoveAll([&](const TSharedPtr<FModSetup>& Mod) { return FolderNames.count(Fold(Mod->ModDir)) == 0; });
 	std::unordered_set<std::u16string> RecordNames;
-	for (const TSharedPtr<FModSetup>& Mod : ModList)
+	for (const TSharedPtr<FModSetup>& Mod : Mods)
 	{
 		RecordNames.insert(Fold(Mod->ModDir));
 	}
@@ -48,8 +45,14 @@ void STesselTool::RefreshModList(bool bRebuildDetails)
 			MapFile = MapFile.Replace(TEXT(".umap"), TEXT(""), ESearchCase::IgnoreCase);
 		}
 		NewMod->Maps = FString::Join(MapFiles, TEXT(","));
-		ModList.Add(NewMod);
+		Mods.Add(NewMod);
 	}
+}
+
+void STesselTool::RefreshModList(bool bRebuildDetails)
+{
+	LoadModDatabase(GetModDatabasePath());
+	MergeModFolders(GetModsContentDir(), ModList);
 
 	SelectedMod = ModList.Num() > 0 ? ModList[0] : nullptr;
 

@@ -32,3 +32,17 @@ TSharedPtr<FJsonValue> FModSetup::ToJsonValue() const
 	}
 	return MakeShared<FJsonValueObject>(Object);
 }
+
+const TArray<FString>& VisibilityLabels()
+{
+	static const TArray<FString> Labels{TEXT("Public"), TEXT("Friends Only"), TEXT("Hidden")};
+	return Labels;
+}
+
+const TArray<FString>& TagLabels()
+{
+	static const TArray<FString> Labels{
+		TEXT("Mod"),	 TEXT("Total Conversion"), TEXT("Map"),		   TEXT("Structures"),	   TEXT("Weapons"),
+		TEXT("Outfits"), TEXT("Creatures"),		   TEXT("Game Modes"), TEXT("Visuals/Sounds"), TEXT("Rebalancing")};
+	return Labels;
+}

@@ -4,17 +4,9 @@
 #include "HAL/CriticalSection.h"
 #include "Misc/MonitoredProcess.h"
 #include "catalogue/ModSetup.h"
+#include "cook/CookOptions.h"
 
 #include <functional>
-
-// The kind of a cook request.
-enum class ECookKind : uint32
-{
-	Map = 0,
-	GameMod = 1,
-	TotalConversion = 2,
-	IslandExtension = 3,
-};
 
 // A child process with its line pipeline: the monitor thread cuts the child's output into lines, and the tick
 // takes the complete ones into the log.
@@ -84,18 +76,6 @@ void CancelAllJobs();
 
 // The number every cooked mod of this process carries; "SetModID=" on the command line replaces it.
 extern int64 ModId;
-
-// How far the packaging walk of one target is, for a front end that shows it (the command-line tool).
-struct FPackagingProgress
-{
-	// The cooked tree the walk packages, and the folder its packages go to.
-	FString StagedDir;
-	FString TargetDir;
-	int32 FilesDone = 0;
-	int32 FilesTotal = 0;
-	int64 BytesDone = 0;
-	int64 BytesTotal = 0;
-};
 
 // Told once before the walk and after each file of it. Unset, as in the window, the walk counts nothing.
 extern std::function<void(const FPackagingProgress&)> OnPackagingProgress;

@@ -7,12 +7,27 @@
 
 FCookModes FCookModes::FromEditorCommandLine(const TCHAR* CommandLine)
 {
-	const bool bModAsDlc = FParse::Param(CommandLine, TEXT("modasdlc"));
-	FCookModes Modes;
-	Modes.bServerTarget = bModAsDlc;
-	Modes.bModNumberFolders = bModAsDlc;
-	Modes.bTotalConversionAsDlc = bModAsDlc;
-	return Modes;
+	return FromModAsDlc(FParse::Param(CommandLine, TEXT("modasdlc")));
+}
+
+FCookOptions FCookOptions::FromEditorCommandLine(const TCHAR* CommandLine)
+{
+	FCookOptions Options;
+	Options.Modes = FCookModes::FromEditorCommandLine(CommandLine);
+	int64 Number = 0;
+	if (FParse::Value(CommandLine, TEXT("SetModID="), Number))
+	{
+		Options.ModId = Number;
+	}
+	FString Title;
+	if (FParse::Value(CommandLine, TEXT("ModTitle="), Title))
+	{
+		Options.ModTitle = Title;
+	}
+	// Read as the kit always did; nothing uses it.
+	FString FathomPath;
+	FParse::Value(CommandLine, TEXT("FathomPath="), FathomPath);
+	return Options;
 }
 
 TArray<FString> CookPlatforms(const FCookModes& Modes)

@@ -5,19 +5,6 @@
 
 // The plan of a cook request without the tool's widget: which targets, and the commandlet's arguments.
 
-// What the editor's command line asks of every cook. One switch, -modasdlc, turns on all three.
-struct FCookModes
-{
-	// A dedicated server target is cooked after the client.
-	bool bServerTarget = false;
-	// Each target's cook goes into a folder named after the mod number (ModId).
-	bool bModNumberFolders = false;
-	// A total conversion is cooked as downloadable content, with the bulk data list.
-	bool bTotalConversionAsDlc = false;
-
-	static FCookModes FromEditorCommandLine(const TCHAR* CommandLine);
-};
-
 // The platforms a request cooks, in order. Each target is enabled by a mode, or always.
 struct FCookTarget
 {

@@ -2,6 +2,7 @@
 // saves except a tag's check box (through AddTag and RemoveTag).
 
 #include "STesselUI.h"
+#include "upload/WorkshopUpload.h"
 
 #include "DesktopPlatformModule.h"
 #include "EditorServices.h"
@@ -69,20 +70,6 @@ void STesselTool::OnChangeNotesChanged(const FText& InText)
 void STesselTool::OnTestOutputDirChanged(const FText& InText)
 {
 	TestOutputDir = InText.ToString();
-}
-
-const TArray<FString>& STesselTool::GetVisibilityLabels()
-{
-	static const TArray<FString> Labels{TEXT("Public"), TEXT("Friends Only"), TEXT("Hidden")};
-	return Labels;
-}
-
-const TArray<FString>& STesselTool::GetTagLabels()
-{
-	static const TArray<FString> Labels{TEXT("Mod"),		TEXT("Total Conversion"), TEXT("Map"),		  TEXT("Structures"),
-										TEXT("Weapons"),	TEXT("Outfits"),		  TEXT("Creatures"), TEXT("Game Modes"),
-										TEXT("Visuals/Sounds"), TEXT("Rebalancing")};
-	return Labels;
 }
 
 FString STesselTool::GetVisibilityString() const
@@ -177,17 +164,12 @@ void STesselTool::RefreshPreviewBrush()
 	}
 }
 
-FString STesselTool::GetWorkshopItemUrl() const
-{
-	return FString::Printf(TEXT("https://steamcommunity.com/sharedfiles/filedetails/?id=%s"), *SelectedMod->ItemSeamId);
-}
-
 void STesselTool::OnViewItem()
 {
 	if (SelectedMod)
 	{
 		// The user's web browser, as the engine's URL launcher opens it.
-		IEditorServices::Get().LaunchURL(GetWorkshopItemUrl());
+		IEditorServices::Get().LaunchURL(GetWorkshopItemUrl(SelectedMod->ItemSeamId));
 	}
 }
 

@@ -2,6 +2,7 @@
 // state afresh: the job queue's length, the record's fields and, for "Upload", the file system itself.
 
 #include "STesselUI.h"
+#include "cook/CookJob.h"
 
 #include "HAL/PlatformFile.h"
 

@@ -3,6 +3,7 @@
 // to make one.
 
 #include "STesselUI.h"
+#include "catalogue/ModFields.h"
 
 #include "Widgets/Images/SImage.h"
 #include "Widgets/Input/SButton.h"
@@ -237,10 +238,10 @@ TSharedRef<SWidget> STesselTool::BuildDetailsPanel()
 	// One row for each tag: its label on the left of the cell and its check box in the cell's middle.
 	++Row;
 	AddLabel(Uploading, Row, LOCTEXT("ModTags", "Tags:"));
-	const TArray<FString>& TagLabels = GetTagLabels();
-	for (int32 Index = 0; Index < TagLabels.Num(); ++Index, ++Row)
+	const TArray<FString>& Tags = TagLabels();
+	for (int32 Index = 0; Index < Tags.Num(); ++Index, ++Row)
 	{
-		const FString Tag = TagLabels[Index];
+		const FString Tag = Tags[Index];
 		if (Index > 0)
 		{
 			Uploading->AddSlot(0, Row).Padding(CellPadding)[SNew(SSpacer)];

@@ -7,6 +7,7 @@
 #include "Widgets/Layout/SGridPanel.h"
 #include "Widgets/SBoxPanel.h"
 #include "Widgets/Text/STextBlock.h"
+#include "upload/WorkshopUpload.h"
 
 #define LOCTEXT_NAMESPACE "STesselTool"
 
@@ -27,27 +28,25 @@ FReply STesselTool::OnUploadClicked()
 	return FReply::Handled();
 }
 
-STesselTool::ESteamUploadResult STesselTool::UploadWithSteamCredentials()
+void STesselTool::UploadWithSteamCredentials()
 {
 	// Checked only now, after the dialog: the user who sees an error clicks "Upload" again.
 	if (SteamUsername.IsEmpty())
 	{
 		SGenericDialogWidget::OpenDialog(LOCTEXT("UploadError", "Upload Error"),
-										 SNew(STextBlock).Text(LOCTEXT("NoUsername", "Steam username is required to upload a mod.")));
-		return ESteamUploadResult::NoUsername;
+										 SNew(STextBlock).Text(DescribeSteamUploadRefusal(ESteamUploadRefusal::NoUsername)));
+		return;
 	}
-	if (SteamPassword.IsEmpty() && !bSteamCachedLogin)
+	if (SteamPassword.IsEmpty())
 	{
 		SGenericDialogWidget::OpenDialog(LOCTEXT("UploadError", "Upload Error"),
-										 SNew(STextBlock).Text(LOCTEXT("NoPassword", "Steam password is required to upload a mod.")));
-		return ESteamUploadResult::NoPassword;
+										 SNew(STextBlock).Text(DescribeSteamUploadRefusal(ESteamUploadRefusal::NoPassword)));
+		return;
 	}
-	if (!MakeWorkshopItemFile())
+	if (MakeWorkshopItemFile())
 	{
-		return ESteamUploadResult::NoTemplate;
+		RunSteamCmd();
 	}
-	RunSteamCmd();
-	return ESteamUploadResult::SteamCmdRan;
 }
 
 // clang-format off

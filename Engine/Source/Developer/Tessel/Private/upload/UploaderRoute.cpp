@@ -1,7 +1,7 @@
 #include "STesselUI.h"
 
 #include "HAL/PlatformProcess.h"
-#include "Misc/WindowsArguments.h"
+#include "upload/WorkshopUpload.h"
 
 // The kit's uploader gets one command line, the one a Windows shell would have been handed. No shell runs
 // it here: the line is split by the Windows argument rules, the first piece is the program and the rest are
@@ -19,19 +19,13 @@ namespace
 	// its exit code, or -1 when it couldn't be started or didn't end by itself.
 	int32 RunCommandLine(const std::string& EightBitLine)
 	{
-		// Every byte is 7-bit by now, so it is its own character.
-		const TArray<FString> Pieces = FWindowsArguments::Split(FString::FromUtf8(EightBitLine));
-		if (Pieces.Num() == 0)
+		FString Program;
+		FString Parameters;
+		if (!SplitUploaderCommandLine(EightBitLine, Program, Parameters))
 		{
 			return -1;
 		}
-		FString Parameters;
-		for (int32 Index = 1; Index < Pieces.Num(); ++Index)
-		{
-			Parameters += (Index > 1 ? TEXT(" ") : TEXT("")) + FWindowsArguments::Quote(Pieces[Index]);
-		}
-
-		FProcHandle Process = FPlatformProcess::CreateProc(*Pieces[0], *Parameters);
+		FProcHandle Process = FPlatformProcess::CreateProc(*Program, *Parameters);
 		if (!Process.IsValid())
 		{
 			return -1;
@@ -47,73 +41,11 @@ namespace
 	}
 }
 
-FString STesselTool::GetUploaderPath()
-{
-	return GetModToolsDir() + TEXT("/Uploader/QuillonModUploader.exe");
-}
-
-FString STesselTool::ComposeUploaderCommandLine(const FModSetup& Mod)
-{
-	FString Arguments;
-	auto AddArgument = [&Arguments](const TCHAR* Switch, const FString& Value)
-	{
-		Arguments += FString(Switch) + TEXT(" \"") + Value + TEXT("\" ");
-	};
-
-	// A field left empty leaves its switch out.
-	if (!Mod.ItemSeamId.IsEmpty())
-	{
-		AddArgument(TEXT("-steamid"), Mod.ItemSeamId);
-	}
-	if (!Mod.PreviewImage.IsEmpty())
-	{
-		AddArgument(TEXT("-preview"), Mod.PreviewImage);
-	}
-	if (!Mod.Title.IsEmpty())
-	{
-		AddArgument(TEXT("-title"), Mod.Title.ReplaceQuotesWithEscapedQuotes());
-	}
-	if (!Mod.Description.IsEmpty())
-	{
-		AddArgument(TEXT("-desc"), Mod.Description.ReplaceQuotesWithEscapedQuotes());
-	}
-	if (!Mod.Visibility.IsEmpty())
-	{
-		AddArgument(TEXT("-vis"), Mod.Visibility);
-	}
-	if (!Mod.Tags.IsEmpty())
-	{
-		AddArgument(TEXT("-tags"), Mod.Tags);
-	}
-	if (!Mod.ModDir.IsEmpty())
-	{
-		AddArgument(TEXT("-content"), GetModToolsDir() + TEXT("/Output/") + Mod.ModDir);
-	}
-	if (!Mod.ChangeNotes.IsEmpty())
-	{
-		AddArgument(TEXT("-changelog"), Mod.ChangeNotes.ReplaceQuotesWithEscapedQuotes());
-	}
-
-	// Joined as plain text: the program's path is not quoted, and its trailing blank separates it.
-	return GetUploaderPath() + TEXT(" ") + Arguments;
-}
-
-std::string STesselTool::ToEightBitCommandLine(const FString& CommandLine)
-{
-	std::string Bytes;
-	Bytes.reserve(static_cast<size_t>(CommandLine.Len()));
-	for (const TCHAR Unit : CommandLine)
-	{
-		Bytes += Unit <= 0x7F ? static_cast<char>(Unit) : '?';
-	}
-	return Bytes;
-}
-
 bool STesselTool::RunUploaderRoute()
 {
 	check(SelectedMod.IsValid());
 	const int32 ExitCode = RunCommandLine(ToEightBitCommandLine(ComposeUploaderCommandLine(*SelectedMod)));
-	if (ExitCode > 99)
+	if (IsPublishedIdExitCode(ExitCode))
 	{
 		SelectedMod->ItemSeamId = FString::FromInt(ExitCode);
 		SaveModDatabase();

@@ -36,3 +36,8 @@ inline const FModField ModFields[] = {
 	{&FModSetup::GUID, TEXT("GUID"), {TEXT("guid")}, true, 0, false},
 	{&FModSetup::Tags, TEXT("Tags"), {TEXT("tags")}, true, 0, false},
 };
+
+// The three visibilities in the order of the drop-down; a visibility's position is its number in the item file.
+const TArray<FString>& VisibilityLabels();
+// The ten Workshop tags in the order of their check boxes; a tag's stored value is its label.
+const TArray<FString>& TagLabels();
