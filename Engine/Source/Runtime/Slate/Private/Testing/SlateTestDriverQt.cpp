@@ -28,6 +28,7 @@
 #include "Widgets/Views/STableViewBase.h"
 
 #include <cstdlib>
+#include <vector>
 
 using SlateQt::FromQString;
 using SlateQt::ToQString;
@@ -131,6 +132,34 @@ void SlateTest::TickFrames(int32 Frames)
 	}
 }
 
+void SlateTest::TickUntilSettled(const SWidget& Widget)
+{
+	QWidget* Top = Drawn(Widget)->window();
+	auto Places = [Top]
+	{
+		std::vector<QRect> Rects;
+		for (QWidget* Child : Top->findChildren<QWidget*>())
+		{
+			Rects.push_back(Child->isVisible() ? Child->geometry() : QRect());
+		}
+		return Rects;
+	};
+	std::vector<QRect> Last = Places();
+	for (int32 Frame = 0, Still = 0; Frame < 60 && Still < 2; ++Frame)
+	{
+		TickFrames(1);
+		// A running event loop passes a layout request up from level to level at once; a frame here passes it one
+		// level. Each round hands on the requests the round before made.
+		for (int32 Round = 0; Round < 32; ++Round)
+		{
+			QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+		}
+		std::vector<QRect> Now = Places();
+		Still = Now == Last ? Still + 1 : 0;
+		Last = std::move(Now);
+	}
+}
+
 void SlateTest::RunSoon(std::function<void()> Work)
 {
 	QTimer::singleShot(0, std::move(Work));
@@ -208,6 +237,12 @@ FSlateTextLook SlateTest::GetTextLook(const SWidget& Widget)
 	else if (QLabel* Label = qobject_cast<QLabel*>(Own))
 	{
 		Look.TextRoomWidth = Label->contentsRect().width() - 2 * Label->margin();
+	}
+	Look.TextHeight = Look.LineHeight;
+	if (QLabel* Label = qobject_cast<QLabel*>(Own); Label && Label->wordWrap())
+	{
+		// The label's own measure of its lines at the width it has.
+		Look.TextHeight = Label->heightForWidth(Label->width());
 	}
 	return Look;
 }

@@ -60,6 +60,9 @@ struct FSlateTextLook
 	// How wide the room is that the widget gives its text (inside a button's frame and margins, beside a check
 	// box's box). Lettering wider than this is cut or squeezed, unless the widget wraps it.
 	int32 TextRoomWidth = 0;
+	// How tall the text stands: its lines broken at the room's width when the widget wraps, else one line. A
+	// widget lower than this cuts lines off.
+	int32 TextHeight = 0;
 };
 
 // A top-level window as a user meets it.
@@ -88,6 +91,10 @@ namespace SlateTest
 	void StopApplication();
 	// Ticks the application some frames, as the host's timer would.
 	void TickFrames(int32 Frames = 2);
+	// Ticks frames until nothing in Widget's window has moved or changed size for two frames running (at most a
+	// second's worth): the window as a user sees it once a change has spread through its layout, which takes a
+	// frame for each level it passes (a picture that arrives, a scroll bar that then shows, the labels it narrows).
+	void TickUntilSettled(const SWidget& Widget);
 	// Runs Work from the event loop as soon as it turns again, e.g. inside the loop of a modal window.
 	void RunSoon(std::function<void()> Work);
 
