@@ -5,7 +5,6 @@
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
 #include "STesselUI.h"
-#include "cook/CookJob.h"
 #include "TesselSession.h"
 
 #include <algorithm>

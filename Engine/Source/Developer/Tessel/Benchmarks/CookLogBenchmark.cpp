@@ -8,7 +8,6 @@
 #include "HAL/PlatformProcess.h"
 #include "STesselUI.h"
 #include "cook/CookJob.h"
-#include "TesselSession.h"
 #include "Testing/EditorServicesDouble.h"
 #include "TestPaths.h"
 

@@ -10,9 +10,7 @@
 
 #include "CoreMinimal.h"
 #include "Misc/FileHelper.h"
-#include "STesselUI.h"
-#include "cook/CookJob.h"
-#include "TesselSession.h"
+#include "upload/WorkshopUpload.h"
 
 #include <cstdio>
 #include <cstdlib>
