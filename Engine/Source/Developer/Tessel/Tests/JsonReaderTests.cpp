@@ -102,27 +102,6 @@ TEST(JsonReaderTests, MismatchedClosersNeitherCrashNorHang)
 	}
 }
 
-TEST(JsonReaderTests, AfterAnErrorReadingStaysOver)
-{
-	const std::string Text = ToUtf16Bytes(u"{\"a\" 1}");
-	TArray<uint8> Bytes(reinterpret_cast<const uint8*>(Text.data()), static_cast<int32>(Text.size()));
-	FMemoryArchive Archive(Bytes, true);
-	JsonReader Reader(&Archive);
-	EJsonNotation Notation;
-	ASSERT_TRUE(Reader.ReadNext(Notation));
-	EXPECT_EQ(Notation, EJsonNotation::ObjectStart);
-	ASSERT_TRUE(Reader.ReadNext(Notation));
-	EXPECT_EQ(Notation, EJsonNotation::Error);
-	const FString First = Reader.GetErrorMessage();
-	EXPECT_FALSE(Reader.ReadNext(Notation));
-	EXPECT_EQ(Notation, EJsonNotation::Error);
-	EXPECT_EQ(Reader.GetErrorMessage(), First);
-
-	JsonReader NoStream(nullptr);
-	EXPECT_TRUE(NoStream.ReadNext(Notation));
-	EXPECT_EQ(NoStream.GetErrorMessage(), FString(TEXT("Null Stream Line: 1 Ch: 0")));
-}
-
 TEST(JsonReaderTests, AMillionLevelsDeepIsReadWithoutExhaustingTheStack)
 {
 	const size_t Depth = 1000000;
