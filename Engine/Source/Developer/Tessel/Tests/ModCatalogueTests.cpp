@@ -54,12 +54,22 @@ TEST(ModCatalogueTests, EveryFolderIsAModWithTheMapsDirectlyInIt)
 	EXPECT_EQ(Maps.FindRef(TEXT("Ordered")).ToUtf8(), Listed);
 }
 
+// Without a readable folder of mods there are no records and no selection, and nothing the buttons do writes
+// Mods.db: with no records the file stays as it is, whatever it holds.
 TEST(ModCatalogueTests, NoReadableModsFolderGivesAnEmptyListAndNoSelection)
 {
 	FTestKit Kit;
+	const std::string Existing = "arbitrary bytes \x01\x02 that are no database";
+	Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), Existing);
 	TSharedRef<STesselTool> Tool = SNew(STesselTool);
 	EXPECT_EQ(Tool->ModList.Num(), 0);
 	EXPECT_FALSE(Tool->SelectedMod.IsValid());
+	Tool->SaveModDatabase();
+	Tool->OnResetGuidClicked();
+	Tool->OnResetPublisherIdClicked();
+	Tool->AddTag(TEXT("Map"));
+	Tool->RemoveTag(TEXT("Map"));
+	EXPECT_EQ(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()), Existing);
 	// A file where the Mods folder should be is no folder of mods either.
 	Kit.WriteFile(TEXT("Orrery/Content/Mods"), "a file");
 	Tool->OnRefreshClicked();

@@ -219,24 +219,6 @@ TEST(ModDatabaseTests, AFileThatCannotBeReadIsNotReplacedWithoutACopy)
 #endif
 }
 
-// With no records, or no selection for the buttons that change one, whatever the file holds stays.
-TEST(ModDatabaseTests, WithNoRecordsNothingIsWritten)
-{
-	FTestKit Kit;
-	STesselTool Tool;
-	Tool.SteamUsername = TEXT("someone");
-	Tool.SaveModDatabase();
-	Tool.OnResetGuidClicked();
-	Tool.OnResetPublisherIdClicked();
-	Tool.AddTag(TEXT("Map"));
-	Tool.RemoveTag(TEXT("Map"));
-	EXPECT_FALSE(FPaths::FileExists(STesselTool::GetModDatabasePath()));
-	const std::string Existing = "arbitrary bytes \x01\x02 that are no database";
-	WriteDatabase(Kit, Existing);
-	Tool.SaveModDatabase();
-	EXPECT_EQ(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()), Existing);
-}
-
 TEST(ModDatabaseTests, MergeOfFoldersAndRecords)
 {
 	FTestKit Kit;
@@ -281,32 +263,10 @@ TEST(ModDatabaseTests, MergeOfFoldersAndRecords)
 	EXPECT_EQ(Listed(), FString(TEXT("KnownFolder:Kept:OldMap:G MyMod::: MYMOD::: BrandNew::B: Vanished::: ")));
 }
 
-// Each change is saved at once. Tags are matched ignoring letter case and removed at every match, added without a
-// duplicate check; an empty item between commas survives both.
-TEST(ModDatabaseTests, TagsAreAddedAndRemovedAndSavedAtOnce)
-{
-	FTestKit Kit;
-	Kit.AddMod(TEXT("Tagged"));
-	TSharedRef<STesselTool> Tool = SNew(STesselTool);
-	const std::tuple<bool, const TCHAR*, const TCHAR*> Steps[] = {
-		{true, TEXT("Map"), TEXT("Map")},
-		{true, TEXT("Visuals/Sounds"), TEXT("Map,Visuals/Sounds")},
-		{true, TEXT("Map"), TEXT("Map,Visuals/Sounds,Map")},
-		{false, TEXT("MAP"), TEXT("Visuals/Sounds")},
-		{false, TEXT("visuals/sounds"), TEXT("")},
-		{true, TEXT(",Mod"), TEXT(",Mod")},
-		{true, TEXT("Weapons"), TEXT(",Mod,Weapons")},
-		{false, TEXT("Mod"), TEXT(",Weapons")},
-	};
-	for (const auto& [bAdd, Tag, Expected] : Steps)
-	{
-		bAdd ? Tool->AddTag(Tag) : Tool->RemoveTag(Tag);
-		EXPECT_EQ(Tool->SelectedMod->Tags, FString(Expected)) << FString(Tag);
-		EXPECT_EQ(SavedField(TEXT("Tags")), FString(Expected)) << FString(Tag);
-	}
-}
-
-TEST(ModDatabaseTests, ResetsChangeOneFieldAndSaveEverything)
+// Each button changes one field of the selected record and saves every record at once, unsaved edits too. Tags
+// are matched ignoring letter case and removed at every match, added without a duplicate check; an empty item
+// between commas survives both.
+TEST(ModDatabaseTests, ButtonsChangeOneFieldAndSaveEverythingAtOnce)
 {
 	FTestKit Kit;
 	Kit.AddMod(TEXT("Published"));
@@ -321,10 +281,26 @@ TEST(ModDatabaseTests, ResetsChangeOneFieldAndSaveEverything)
 	EXPECT_EQ(SavedField(TEXT("ItemSeamId")), FString(TEXT("12345")));
 	Tool->OnResetGuidClicked();
 	EXPECT_NE(Tool->SelectedMod->GUID, Guid);
-
 	EXPECT_TRUE(Tool->OnResetPublisherIdClicked().IsEventHandled());
 	EXPECT_TRUE(Tool->SelectedMod->ItemSeamId.IsEmpty());
 	EXPECT_EQ(SavedField(TEXT("ItemSeamId")), FString());
+
+	const std::tuple<bool, const TCHAR*, const TCHAR*> TagSteps[] = {
+		{true, TEXT("Map"), TEXT("Map")},
+		{true, TEXT("Visuals/Sounds"), TEXT("Map,Visuals/Sounds")},
+		{true, TEXT("Map"), TEXT("Map,Visuals/Sounds,Map")},
+		{false, TEXT("MAP"), TEXT("Visuals/Sounds")},
+		{false, TEXT("visuals/sounds"), TEXT("")},
+		{true, TEXT(",Mod"), TEXT(",Mod")},
+		{true, TEXT("Weapons"), TEXT(",Mod,Weapons")},
+		{false, TEXT("Mod"), TEXT(",Weapons")},
+	};
+	for (const auto& [bAdd, Tag, Expected] : TagSteps)
+	{
+		bAdd ? Tool->AddTag(Tag) : Tool->RemoveTag(Tag);
+		EXPECT_EQ(Tool->SelectedMod->Tags, FString(Expected)) << FString(Tag);
+		EXPECT_EQ(SavedField(TEXT("Tags")), FString(Expected)) << FString(Tag);
+	}
 }
 
 TEST(ModDatabaseTests, KilledWhileSavingLeavesALoadableSavedState)
