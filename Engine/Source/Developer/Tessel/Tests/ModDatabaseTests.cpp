@@ -73,62 +73,44 @@ TEST(ModDatabaseTests, SaveWritesTheExactLayout)
 
 // A file that parses gives its records (here "ModDir|Title|Visibility|GUID|Tags") and its user name, empty when
 // it has none; records are made as the file is read, yet only the root's last "Mods" member counts. A file that
-// is missing or doesn't parse gives no records and leaves the user name as it was.
+// is missing or doesn't parse gives no records and leaves the user name as it was. Each document of the golden
+// file is followed by what it gives.
 TEST(ModDatabaseTests, EachFileGivesItsRecordsAndUserNameOrNothing)
 {
 	FTestKit Kit;
-	struct FCase
-	{
-		std::string Bytes;
-		const char* User;
-		std::vector<std::string> Records;
-	};
-	const FCase Cases[] = {
-		{ToUtf16Bytes(u"{\"Mods\":[{\"ModDir\":\"Old\",\"Maps\":\"M\",\"Title\":\"T\"},\"not an object\","
-					  u"{\"ModDir\":\"Typed\",\"Title\":42,\"Tags\":true,\"GUID\":[1]}],\"Extra\":{\"ignored\":1}}"),
-		 "",
-		 {"Old|T|||", "||||", "Typed|42|||true"}},
-		{ToUtf16Bytes(
-			 u"{\"SteamUsername\":\"me\",\"Mods\":[{\"ModDir\":\"First\"}],\"Mods\":[{\"ModDir\":\"Second\"},{\"ModDir\":\"Third\"}]}"),
-		 "me",
-		 {"Second||||", "Third||||"}},
-		{ToUtf16Bytes(u"{\"Mods\":[{\"ModDir\":\"Gone\"}],\"Mods\":\"not a list\"}"), "", {}},
-		{ToUtf16Bytes(
-			 u"{\"Extra\":{\"Mods\":[{\"ModDir\":\"Nested\"}]},\"Mods\":[{\"ModDir\":\"Root\",\"Mods\":[{\"ModDir\":\"Inner\"}]}]}"),
-		 "",
-		 {"Root||||"}},
-		{ToUtf16Bytes(u"{\"mods\":[{\"ModDir\":\"Lower\"}],\"Mods\":[[{\"ModDir\":\"InAList\"}],{\"ModDir\":\"Kept\"}]}"),
-		 "",
-		 {"||||", "Kept||||"}},
-		{ToUtf16Bytes(u"{\"SteamUsername\":\"other\",\"Mods\":[{\"ModDir\":\"A\"}"), "before", {}},
-		{ToUtf16Bytes(u"[{\"SteamUsername\":\"other\"}]"), "before", {}},
-		{"{\"Mods\":[]} in UTF-8", "before", {}},
-		{std::string("\xFF\xFE{\0}\0", 6), "before", {}},
-		{std::string("{\0x", 3), "before", {}},
-	};
 	STesselTool Tool;
-	const auto Check = [&Tool](const FCase& Case, const std::string& Label)
+	const auto Load = [&Tool]
 	{
 		Tool.SteamUsername = TEXT("before");
 		Tool.ModList = {MakeShared<FModSetup>(TEXT("stale"))};
 		Tool.LoadModDatabase(STesselTool::GetModDatabasePath());
-		std::vector<std::string> Records;
+		FString Text = FString::Printf(TEXT("user '%s', records"), *Tool.SteamUsername);
 		for (const TSharedPtr<FModSetup>& Mod : Tool.ModList)
 		{
-			Records.push_back(
-				FString::Printf(TEXT("%s|%s|%s|%s|%s"), *Mod->ModDir, *Mod->Title, *Mod->Visibility, *Mod->GUID, *Mod->Tags).ToUtf8());
+			Text += FString::Printf(TEXT(" '%s|%s|%s|%s|%s'"), *Mod->ModDir, *Mod->Title, *Mod->Visibility, *Mod->GUID, *Mod->Tags);
 		}
-		EXPECT_EQ(Records, Case.Records) << Label;
-		EXPECT_EQ(Tool.SteamUsername.ToUtf8(), Case.User) << Label;
+		return Text;
 	};
-	Check({"", "before", {}}, "no file");
-	FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*STesselTool::GetModDatabasePath());
-	Check({"", "before", {}}, "a folder in its place");
-	FPlatformFileManager::Get().GetPlatformFile().DeleteDirectory(*STesselTool::GetModDatabasePath());
-	for (size_t Index = 0; Index < std::size(Cases); ++Index)
+	const std::string Golden = ReadGolden("mods-db-loads.txt");
+	TArray<FString> Lines;
+	FString::FromUtf8(Golden.c_str()).ParseIntoArray(Lines, TEXT("\n"), true);
+	FString Results;
+	for (int32 Index = 0; Index + 1 < Lines.Num(); Index += 2)
 	{
-		WriteDatabase(Kit, Cases[Index].Bytes);
-		Check(Cases[Index], "case " + std::to_string(Index));
+		WriteDatabase(Kit, ToUtf16Bytes(Lines[Index].GetStd()));
+		Results += Lines[Index] + TEXT("\n") + Load() + TEXT("\n");
+	}
+	EXPECT_EQ(Results.ToUtf8(), Golden);
+
+	const FString Unread = TEXT("user 'before', records");
+	EXPECT_EQ(Load(), Unread) << "no file";
+	FPlatformFileManager::Get().GetPlatformFile().CreateDirectoryTree(*STesselTool::GetModDatabasePath());
+	EXPECT_EQ(Load(), Unread) << "a folder in its place";
+	FPlatformFileManager::Get().GetPlatformFile().DeleteDirectory(*STesselTool::GetModDatabasePath());
+	for (const std::string& Bytes : {std::string("{\"Mods\":[]} in UTF-8"), std::string("\xFF\xFE{\0}\0", 6), std::string("{\0x", 3)})
+	{
+		WriteDatabase(Kit, Bytes);
+		EXPECT_EQ(Load(), Unread) << Bytes;
 	}
 }
 
@@ -186,22 +168,16 @@ TEST(ModDatabaseTests, AFileThatCannotBeReadIsNotReplacedWithoutACopy)
 	if (Child == 0)
 	{
 		// Root reads any file: the child becomes the file's owner without that power, as a mod author is.
+		bool bReady = true;
 		if (geteuid() == 0)
 		{
-			const uid_t Nobody = 65534;
 			for (FString Folder = Path; Folder.Len() > Kit.Root().Len(); Folder = FPaths::GetPath(Folder))
 			{
-				if (chown(Folder.ToUtf8().c_str(), Nobody, Nobody) != 0)
-				{
-					_exit(3);
-				}
+				bReady = bReady && chown(Folder.ToUtf8().c_str(), 65534, 65534) == 0;
 			}
-			if (chmod(Kit.Root().ToUtf8().c_str(), 0777) != 0 || setgid(Nobody) != 0 || setuid(Nobody) != 0)
-			{
-				_exit(3);
-			}
+			bReady = bReady && chmod(Kit.Root().ToUtf8().c_str(), 0777) == 0 && setgid(65534) == 0 && setuid(65534) == 0;
 		}
-		if (chmod(Path.ToUtf8().c_str(), 0200) != 0)
+		if (!bReady || chmod(Path.ToUtf8().c_str(), 0200) != 0)
 		{
 			_exit(3);
 		}
