@@ -52,14 +52,10 @@ inline FParseResult ParseJson(const std::u16string& Text)
 	return ParseJsonBytes(ToUtf16Bytes(Text));
 }
 
-inline std::u16string WriteJson(const TSharedPtr<FJsonObject>& Object, bool* bClosed = nullptr)
+inline std::u16string WriteJson(const TSharedPtr<FJsonObject>& Object)
 {
 	TArray<uint8> Bytes;
 	FMemoryArchive Archive(Bytes, false);
-	const bool bResult = JsonSerializer::Serialize(Object.ToSharedRef(), MakeShared<JsonWriter>(&Archive, 0));
-	if (bClosed)
-	{
-		*bClosed = bResult;
-	}
+	JsonSerializer::Serialize(Object.ToSharedRef(), MakeShared<JsonWriter>(&Archive, 0));
 	return FromUtf16Bytes(std::string(reinterpret_cast<const char*>(Bytes.GetData()), static_cast<size_t>(Bytes.Num())));
 }

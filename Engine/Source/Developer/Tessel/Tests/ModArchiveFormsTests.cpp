@@ -23,7 +23,7 @@ namespace
 }
 
 // Every field of a "%d.mod" file in its byte form and order: number, title, an empty second string, map list,
-// magic, version, type, and the metadata in the map's order; read back to the same fields.
+// magic, version, type, and the metadata in the map's order.
 TEST(ModArchiveFormsTests, ModFileWithEveryFieldIsByteExact)
 {
 	FModFileRecord Record;
@@ -40,6 +40,7 @@ TEST(ModArchiveFormsTests, ModFileWithEveryFieldIsByteExact)
 	const std::string Golden = ReadGolden("mod-file-every-field.mod");
 	EXPECT_EQ(Bytes(Out), std::vector<uint8>(Golden.begin(), Golden.end()));
 
+	// Read back, with the fixed fields cleared first, and written again: the same bytes.
 	FMemoryArchive Reader(Out, true);
 	FModFileRecord Read;
 	Read.Magic = 0;
@@ -47,17 +48,10 @@ TEST(ModArchiveFormsTests, ModFileWithEveryFieldIsByteExact)
 	Read.Serialize(Reader);
 	EXPECT_FALSE(Reader.IsError());
 	EXPECT_TRUE(Reader.AtEnd());
-	EXPECT_EQ(Read.Number, 123456789);
-	EXPECT_EQ(Read.Title, Record.Title);
-	EXPECT_EQ(Read.Maps, Record.Maps);
-	EXPECT_EQ(Read.Magic, ModFileFormat::Magic);
-	EXPECT_EQ(Read.Version, 2);
-	EXPECT_EQ(Read.Type, 3);
-	TArray<FString> Keys;
-	Read.Metadata.GetKeys(Keys);
-	EXPECT_EQ(Keys, (TArray<FString>{FString(TEXT("modtype")), FString(TEXT("GUID")), FString(TEXT("Author"))}));
-	EXPECT_EQ(Read.Metadata.FindRef(TEXT("GUID")), FString(TEXT("0A1B2C3D4E5F60718293A4B5C6D7E8F9")));
-	EXPECT_EQ(Read.Metadata.FindRef(TEXT("Author")), FString(TEXT("\u00D8ystein")));
+	TArray<uint8> Again;
+	FMemoryArchive Rewriter(Again, false);
+	Read.Serialize(Rewriter);
+	EXPECT_EQ(Bytes(Again), Bytes(Out));
 }
 
 // Written 8-bit while every unit is at most 0x7F, else UTF-16 with a negative length, a character of two units

@@ -27,6 +27,18 @@ namespace
 		Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), Bytes);
 	}
 
+	// The records as "ModDir|Maps|Title|Visibility|GUID|Tags", each in quotes.
+	FString Records(const STesselTool& Tool)
+	{
+		FString Text;
+		for (const TSharedPtr<FModSetup>& Mod : Tool.ModList)
+		{
+			Text += FString::Printf(TEXT(" '%s|%s|%s|%s|%s|%s'"), *Mod->ModDir, *Mod->Maps, *Mod->Title, *Mod->Visibility, *Mod->GUID,
+									*Mod->Tags);
+		}
+		return Text;
+	}
+
 	// A field of the first saved record, as the file holds it now.
 	FString SavedField(const TCHAR* Key)
 	{
@@ -71,7 +83,7 @@ TEST(ModDatabaseTests, SaveWritesTheExactLayout)
 	EXPECT_EQ(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()), Golden);
 }
 
-// A file that parses gives its records (here "ModDir|Title|Visibility|GUID|Tags") and its user name, empty when
+// A file that parses gives its records and its user name, empty when
 // it has none; records are made as the file is read, yet only the root's last "Mods" member counts. A file that
 // is missing or doesn't parse gives no records and leaves the user name as it was. Each document of the golden
 // file is followed by what it gives.
@@ -84,12 +96,7 @@ TEST(ModDatabaseTests, EachFileGivesItsRecordsAndUserNameOrNothing)
 		Tool.SteamUsername = TEXT("before");
 		Tool.ModList = {MakeShared<FModSetup>(TEXT("stale"))};
 		Tool.LoadModDatabase(STesselTool::GetModDatabasePath());
-		FString Text = FString::Printf(TEXT("user '%s', records"), *Tool.SteamUsername);
-		for (const TSharedPtr<FModSetup>& Mod : Tool.ModList)
-		{
-			Text += FString::Printf(TEXT(" '%s|%s|%s|%s|%s'"), *Mod->ModDir, *Mod->Title, *Mod->Visibility, *Mod->GUID, *Mod->Tags);
-		}
-		return Text;
+		return FString::Printf(TEXT("user '%s', records"), *Tool.SteamUsername) + Records(Tool);
 	};
 	const std::string Golden = ReadGolden("mods-db-loads.txt");
 	TArray<FString> Lines;
@@ -208,16 +215,7 @@ TEST(ModDatabaseTests, MergeOfFoldersAndRecords)
 	STesselTool& Tool = *ToolWidget;
 	// Folder and record: the record as loaded, maps not looked at again. Folder only: a new record at the end.
 	// Record only: dropped from the list. Two records of one folder in a hand-edited file both stay.
-	const auto Listed = [&Tool]
-	{
-		FString Text;
-		for (const TSharedPtr<FModSetup>& Mod : Tool.ModList)
-		{
-			Text += FString::Printf(TEXT("%s:%s:%s:%s "), *Mod->ModDir, *Mod->Title, *Mod->Maps, *Mod->GUID);
-		}
-		return Text;
-	};
-	EXPECT_EQ(Listed(), FString(TEXT("KnownFolder:Kept:OldMap:G MyMod::: MYMOD::: BrandNew::B: ")));
+	EXPECT_EQ(Records(Tool), FString(TEXT(" 'KnownFolder|OldMap|Kept||G|' 'MyMod|||||' 'MYMOD|||||' 'BrandNew|B||Public||'")));
 	EXPECT_EQ(Tool.SelectedMod, Tool.ModList[0]);
 	EXPECT_EQ(Tool.SteamUsername, FString(TEXT("me")));
 
@@ -227,7 +225,8 @@ TEST(ModDatabaseTests, MergeOfFoldersAndRecords)
 	Tool.SelectedMod = Tool.ModList[1];
 	Kit.AddMod(TEXT("Vanished"));
 	Tool.OnRefreshClicked();
-	EXPECT_EQ(Listed(), FString(TEXT("Vanished:Gone:: KnownFolder:Kept:OldMap:G MyMod::: MYMOD::: BrandNew::B: ")));
+	EXPECT_EQ(Records(Tool),
+			  FString(TEXT(" 'Vanished||Gone|||' 'KnownFolder|OldMap|Kept||G|' 'MyMod|||||' 'MYMOD|||||' 'BrandNew|B||Public||'")));
 	EXPECT_EQ(Tool.SelectedMod, Tool.ModList[0]);
 
 	// After a save without the folder, it comes back as a new record.
@@ -236,7 +235,8 @@ TEST(ModDatabaseTests, MergeOfFoldersAndRecords)
 	Tool.SaveModDatabase();
 	Kit.AddMod(TEXT("Vanished"));
 	Tool.OnRefreshClicked();
-	EXPECT_EQ(Listed(), FString(TEXT("KnownFolder:Kept:OldMap:G MyMod::: MYMOD::: BrandNew::B: Vanished::: ")));
+	EXPECT_EQ(Records(Tool),
+			  FString(TEXT(" 'KnownFolder|OldMap|Kept||G|' 'MyMod|||||' 'MYMOD|||||' 'BrandNew|B||Public||' 'Vanished|||Public||'")));
 }
 
 // Each button changes one field of the selected record and saves every record at once, unsaved edits too. Tags
