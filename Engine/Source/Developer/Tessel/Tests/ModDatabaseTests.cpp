@@ -287,7 +287,6 @@ TEST(ModDatabaseTests, KilledWhileSavingLeavesALoadableSavedState)
 	FTestKit Kit;
 	std::mt19937 Random(20261123);
 	const int32 Rounds = 500;
-	int32 CheckedRounds = 0;
 	int32 KillsInsideASave = 0;
 	for (int32 Round = 0; Round < Rounds; ++Round)
 	{
@@ -299,7 +298,6 @@ TEST(ModDatabaseTests, KilledWhileSavingLeavesALoadableSavedState)
 		{
 			// Each state is recognisable: the user name carries its number and every record repeats it. The
 			// child says when each save begins ("b") and when it has ended ("e").
-			close(Pipe[0]);
 			STesselTool Tool;
 			for (int32 Record = 0; Record < 200; ++Record)
 			{
@@ -337,10 +335,7 @@ TEST(ModDatabaseTests, KilledWhileSavingLeavesALoadableSavedState)
 		}
 		close(Pipe[0]);
 		const int32 Ended = static_cast<int32>(std::count(Said.begin(), Said.end(), 'e'));
-		if (Ended == 0)
-		{
-			continue; // the child died before its first save ended; counted against the rounds below
-		}
+		ASSERT_GT(Ended, 0) << "round " << Round << ": the child died before its first save ended";
 		KillsInsideASave += Said.back() == 'b' ? 1 : 0;
 
 		// The file holds the last state whose save ended, or the one after it when the kill came between the
@@ -356,10 +351,8 @@ TEST(ModDatabaseTests, KilledWhileSavingLeavesALoadableSavedState)
 		{
 			ASSERT_EQ(Mod->Title, Reader.SteamUsername);
 		}
-		++CheckedRounds;
 	}
-	std::cout << "kills: " << Rounds << ", inside a save: " << KillsInsideASave << ", file checked: " << CheckedRounds << std::endl;
-	EXPECT_EQ(CheckedRounds, Rounds);
+	std::cout << "kills: " << Rounds << ", inside a save: " << KillsInsideASave << std::endl;
 	EXPECT_GE(KillsInsideASave, Rounds / 2) << "the kills must land inside saves, not between them";
 #endif
 }
