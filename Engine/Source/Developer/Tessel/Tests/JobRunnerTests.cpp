@@ -279,7 +279,6 @@ TEST(JobRunnerTests, EveryWayACookEndsEndsEveryJobWithOneDialog)
 			EXPECT_TRUE(Log.Contains(TEXT("\n") + FString(Line) + TEXT("\n"), ESearchCase::CaseSensitive)) << FString(Line) << Log;
 		}
 		EXPECT_FALSE(Log.Contains(TEXT("\n\n")) || Log.Contains(TEXT("\r"))) << Log;
-		EXPECT_EQ(FPaths::FileExists(Fixture.Output() / TEXT("WindowsServer/Alpha.umap.z")), Case.bPackaged) << Case.Mode;
 		EXPECT_EQ(FilesUnder(Fixture.Output()).empty(), !Case.bPackaged) << Case.Mode;
 	}
 }
@@ -327,13 +326,7 @@ TEST(JobRunnerTests, CancelDuringTheSecondTargetEndsTheWholeTreeWithoutDialog)
 	Fixture.Tool->OnCancelClicked();
 	EXPECT_EQ(ActiveJobs.Num(), 0);
 	EXPECT_FALSE(Fixture.Tool->CanCancel());
-	const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-	while (!TestPrograms::IsGone(Grandchild) && std::chrono::steady_clock::now() < Deadline)
-	{
-		std::this_thread::sleep_for(std::chrono::milliseconds(10));
-	}
-	EXPECT_TRUE(TestPrograms::IsGone(Grandchild));
-	Fixture.Tick();
+	EXPECT_TRUE(Fixture.TickUntil([&] { return TestPrograms::IsGone(Grandchild); }));
 	EXPECT_EQ(Fixture.Services->Dialogs.Num(), 0);
 	// The second target's completion step never ran: its staging folder is still there.
 	EXPECT_TRUE(FPaths::DirectoryExists(SecondStaging));
