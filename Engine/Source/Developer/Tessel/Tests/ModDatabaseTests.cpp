@@ -17,11 +17,6 @@
 
 namespace
 {
-	std::u16string ReadDatabase()
-	{
-		return FromUtf16Bytes(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()));
-	}
-
 	void WriteDatabase(const FTestKit& Kit, const std::string& Bytes)
 	{
 		Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), Bytes);
@@ -42,7 +37,7 @@ namespace
 	// A field of the first saved record, as the file holds it now.
 	FString SavedField(const TCHAR* Key)
 	{
-		const FParseResult Saved = ParseJson(ReadDatabase());
+		const FParseResult Saved = ParseJson(FromUtf16Bytes(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath())));
 		return Saved.bOk ? Saved.Object->GetArrayField(TEXT("Mods"))[0]->AsObject()->GetStringField(Key) : FString(TEXT("<unreadable>"));
 	}
 }
