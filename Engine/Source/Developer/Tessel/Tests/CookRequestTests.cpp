@@ -104,7 +104,9 @@ TEST(CookRequestTests, OptionsTitleAndGuid)
 	EXPECT_EQ(ActiveJobs[1]->CookKind, static_cast<uint32>(ECookKind::GameMod));
 }
 
-TEST(CookRequestTests, NormalRunsDeleteTheOldTreeAndTestRunsDeleteNothing)
+// A test run deletes nothing; a normal run starts from an empty output tree, into which a total conversion's list
+// of extra packages is copied with every package it names that exists.
+TEST(CookRequestTests, NormalRunsStartFromAnEmptyTreeAndTestRunsDeleteNothing)
 {
 	FCookFixture Fixture;
 	const FString Old = Fixture.Kit.WriteFile(TEXT("ModTools/Output/Foo/WindowsNoEditor/old.uasset.z"), "old");
@@ -113,21 +115,16 @@ TEST(CookRequestTests, NormalRunsDeleteTheOldTreeAndTestRunsDeleteNothing)
 	Fixture.Tool->OnCookMapClicked();
 	EXPECT_TRUE(FPaths::FileExists(Old));
 	EXPECT_TRUE(FPaths::FileExists(InTest));
-	Fixture.Tool->TestOutputDir.Empty();
-	Fixture.Tool->OnCookMapClicked();
-	EXPECT_FALSE(FPaths::DirectoryExists(Fixture.Root() / TEXT("ModTools/Output/Foo")));
-	EXPECT_TRUE(FPaths::FileExists(InTest));
-}
 
-TEST(CookRequestTests, TotalConversionCopiesItsAdditionalDependencies)
-{
-	FCookFixture Fixture;
 	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Foo/AdditionalDependencies.txt"),
 						  "/Game/Shared/Rock.uasset\r\n\r\n/Game/Missing/Gone.uasset\r\n/Game/Shared/Tree.umap");
 	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Shared/Rock.uasset"), "rock");
 	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Shared/Tree.umap"), "tree");
+	Fixture.Tool->TestOutputDir.Empty();
 	Fixture.Tool->OnCookTotalConversionClicked();
 	const FString Base = Fixture.Root() / TEXT("ModTools/Output/Foo");
+	EXPECT_FALSE(FPaths::FileExists(Old));
+	EXPECT_TRUE(FPaths::FileExists(InTest));
 	EXPECT_EQ(FTempDirectory::ReadBytes(Base / TEXT("AdditionalDependencies.txt")).substr(0, 24), "/Game/Shared/Rock.uasset");
 	EXPECT_EQ(FTempDirectory::ReadBytes(Base / TEXT("Game/Shared/Rock.uasset")), "rock");
 	EXPECT_EQ(FTempDirectory::ReadBytes(Base / TEXT("Game/Shared/Tree.umap")), "tree");

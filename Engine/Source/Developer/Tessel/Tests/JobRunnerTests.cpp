@@ -347,7 +347,7 @@ TEST(JobRunnerTests, ANewToolTakesOverTheQueueOfAClosedOne)
 	EXPECT_TRUE(Reopened->CanCancel());
 	ASSERT_TRUE(Fixture.TickUntil([] { return ActiveJobs.Num() == 0; }, &Reopened.Get()));
 	EXPECT_EQ(Fixture.Services->Dialogs.Num(), 1);
-	EXPECT_GT(Reopened->LogMessages.Num(), 0);
+	ASSERT_GT(Reopened->LogMessages.Num(), 0);
 	// Its log holds only what it took itself: no banner of the request.
 	EXPECT_FALSE(Reopened->LogMessages[0]->Contains(TEXT("Cooking Started")));
 }
