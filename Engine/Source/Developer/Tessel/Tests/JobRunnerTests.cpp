@@ -350,4 +350,6 @@ TEST(JobRunnerTests, ANewToolTakesOverTheQueueOfAClosedOne)
 	ASSERT_GT(Reopened->LogMessages.Num(), 0);
 	// Its log holds only what it took itself: no banner of the request.
 	EXPECT_FALSE(Reopened->LogMessages[0]->Contains(TEXT("Cooking Started")));
+	// One target: packaged beside no staging folder, the description files copied up.
+	EXPECT_EQ(FilesUnder(Fixture.Output()), ReadGolden("packaged-tree-one-target.txt"));
 }

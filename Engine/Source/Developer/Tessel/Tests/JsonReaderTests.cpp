@@ -65,6 +65,7 @@ TEST(JsonReaderTests, AWellFormedDocumentReadsAsWritten)
 		u"\"T\":TRUE,\"f\":False,\"nul\":NULL,\"arr\":[1,2,],\"e\":{},\"z\":\"3\",\"n\":[-0.5e+3,0,0e5,10E2,1.25,-7,2e-2]}\r\n\t \n");
 	ASSERT_TRUE(Result.bOk) << Result.Error;
 	EXPECT_EQ(ToUtf16Bytes(WriteJson(Result.Object)), ReadGolden("json-lenient-document-read.json"));
+	EXPECT_EQ(WriteJson(ParseJson(u"{}").Object), u"{\r\n}");
 	EXPECT_EQ(Result.Object->GetStringField(TEXT("esc")).GetStd(),
 			  (std::u16string{u'A', 0xD83D, 0xDE00, u'/', u'"', u'\\', 8, 12, 10, 13, 9}));
 }
