@@ -78,10 +78,9 @@ TEST(ModDatabaseTests, SaveWritesTheExactLayout)
 	EXPECT_EQ(FTempDirectory::ReadBytes(STesselTool::GetModDatabasePath()), Golden);
 }
 
-// A file that parses gives its records and its user name, empty when
-// it has none; records are made as the file is read, yet only the root's last "Mods" member counts. A file that
-// is missing or doesn't parse gives no records and leaves the user name as it was. Each document of the golden
-// file is followed by what it gives.
+// A file that parses gives its records and its user name, empty when it has none; records are made as the file is
+// read, yet only the root's last "Mods" member counts. A file that is missing or doesn't parse gives no records and
+// leaves the user name as it was. Each document of the golden file is followed by what it gives.
 TEST(ModDatabaseTests, EachFileGivesItsRecordsAndUserNameOrNothing)
 {
 	FTestKit Kit;
