@@ -1,12 +1,8 @@
 #include "STesselUI.h"
 #include "cook/CookJob.h"
-#include "TesselSession.h"
 #include "TestKit.h"
 
-#include "HAL/PlatformFile.h"
-
 #include <gtest/gtest.h>
-#include <vector>
 
 namespace
 {
@@ -28,11 +24,6 @@ namespace
 			FCommandLine::Set(FString());
 			ModId = 123456789;
 		}
-		FString CommandLineOf(int32 Target) const
-		{
-			// The log holds the banner, then one "Cook Job" line for each target.
-			return Tool->LogMessages.IsValidIndex(Target + 1) ? *Tool->LogMessages[Target + 1] : FString();
-		}
 		FString Root() const { return Kit.Root(); }
 
 		FTestKit Kit;
@@ -40,124 +31,55 @@ namespace
 	};
 }
 
-TEST(CookRequestTests, TheTwoComposedCommandLinesByteForByte)
+// Each request as a mod author meets it: the log it starts (the banner, then each target's command line), the
+// folders of each queued job and the mod number it leaves. The kit's folder stands as <kit>.
+TEST(CookRequestTests, EveryKindModeAndFolderGivesItsCommandLinesAndJobs)
 {
-	{
-		FCookFixture Fixture;
-		Fixture.Tool->OnCookMapClicked();
-		const FString R = Fixture.Root();
-		EXPECT_EQ(Fixture.CommandLineOf(0),
-				  FString(TEXT("Cook Job: Platform 'WindowsNoEditor' Command Line: \"Orrery/Orrery.uproject\" -run=Cook -Map=Foo_Map "
-							   "-CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=Foo -ModGUID=G -pkgnfo=\"")) +
-					  R + TEXT("/PackageInfo.bin\" -Output=\"") + R + TEXT("/ModTools/Output/Foo/WindowsNoEditor_STAGING\""));
-		ASSERT_EQ(ActiveJobs.Num(), 1);
-		EXPECT_EQ(*Fixture.Tool->LogMessages[0], FString(TEXT("************************** Cooking Started **************************")));
-	}
-	{
-		FCookFixture Fixture;
-		Fixture.Tool->TestOutputDir = TEXT("D");
-		Fixture.Tool->OnCookMapClicked();
-		EXPECT_EQ(Fixture.CommandLineOf(0),
-				  FString(TEXT("Cook Job: Platform 'WindowsNoEditor' Command Line: \"Orrery/Orrery.uproject\" -run=Cook -Map=Foo_Map "
-							   "-CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=123456789 -ModGUID=G -pkgnfo=\"")) +
-					  Fixture.Root() + TEXT("/PackageInfo.bin\" -OriginalModDir=Foo -Output=\"D\""));
-	}
-}
-
-TEST(CookRequestTests, KindsTargetsAndDirectories)
-{
-	// Each request's command lines as a mod author reads them in the log; R stands for the kit's folder.
-	struct FCase
+	struct FRequest
 	{
 		ECookKind Kind;
-		bool bDlc;
-		std::vector<const TCHAR*> Lines;
+		const TCHAR* EditorCommandLine;
+		const TCHAR* TestOutputDir;
+		const TCHAR* Maps;
 	};
-	const TCHAR* const Head = TEXT("Command Line: \"Orrery/Orrery.uproject\" -run=Cook");
-	const FCase Cases[] = {
-		{ECookKind::Map, false,
-		 {TEXT("'WindowsNoEditor' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=Foo -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsNoEditor_STAGING\"")}},
-		{ECookKind::GameMod, false,
-		 {TEXT("'WindowsNoEditor' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=Foo -GameMod -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsNoEditor_STAGING\"")}},
-		{ECookKind::TotalConversion, false,
-		 {TEXT("'WindowsNoEditor' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -TC_BASE=\"R/PackageInfo.bin\" -ModGUID=G -Output=\"R/ModTools/Output/Foo/WindowsNoEditor_STAGING\"")}},
-		{ECookKind::IslandExtension, false,
-		 {TEXT("'WindowsNoEditor' # -Map=/Game/Maps/SeamlessTest/Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=Foo -IslandExtension -ModGUID=G -Output=\"R/ModTools/Output/Foo/WindowsNoEditor_STAGING\"")}},
-		{ECookKind::Map, true,
-		 {TEXT("'WindowsNoEditor' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=Foo -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsNoEditor/123456789\""),
-		  TEXT("'WindowsServer' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsServer -ModDir=Foo -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsServer/123456789\"")}},
-		{ECookKind::GameMod, true,
-		 {TEXT("'WindowsNoEditor' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=Foo -GameMod -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsNoEditor/123456789\""),
-		  TEXT("'WindowsServer' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsServer -ModDir=Foo -GameMod -ModGUID=G -pkgnfo=\"R/PackageInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsServer/123456789\"")}},
-		{ECookKind::TotalConversion, true,
-		 {TEXT("'WindowsNoEditor' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -TC_BASE=\"R/PackageInfo.bin\" -ModGUID=G -modasdlc -BulkInfo=\"R/BulkDataInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsNoEditor/123456789\""),
-		  TEXT("'WindowsServer' # -Map=Foo_Map -CookCultures=en -TargetPlatform=WindowsServer -TC_BASE=\"R/PackageInfo.bin\" -ModGUID=G -modasdlc -BulkInfo=\"R/BulkDataInfo.bin\" -Output=\"R/ModTools/Output/Foo/WindowsServer/123456789\"")}},
-		{ECookKind::IslandExtension, true,
-		 {TEXT("'WindowsNoEditor' # -Map=/Game/Maps/SeamlessTest/Foo_Map -CookCultures=en -TargetPlatform=WindowsNoEditor -ModDir=Foo -IslandExtension -ModGUID=G -Output=\"R/ModTools/Output/Foo/WindowsNoEditor/123456789\""),
-		  TEXT("'WindowsServer' # -Map=/Game/Maps/SeamlessTest/Foo_Map -CookCultures=en -TargetPlatform=WindowsServer -ModDir=Foo -IslandExtension -ModGUID=G -Output=\"R/ModTools/Output/Foo/WindowsServer/123456789\"")}},
+	const FRequest Requests[] = {
+		{ECookKind::Map, TEXT(""), TEXT(""), TEXT("Foo_Map")},
+		{ECookKind::GameMod, TEXT(""), TEXT(""), TEXT("Foo_Map")},
+		{ECookKind::TotalConversion, TEXT(""), TEXT(""), TEXT("Foo_Map")},
+		{ECookKind::IslandExtension, TEXT(""), TEXT(""), TEXT("Foo_Map")},
+		{ECookKind::Map, TEXT("-modasdlc"), TEXT(""), TEXT("Foo_Map")},
+		{ECookKind::GameMod, TEXT("-modasdlc"), TEXT(""), TEXT("Foo_Map")},
+		{ECookKind::TotalConversion, TEXT("-modasdlc"), TEXT(""), TEXT("Foo_Map")},
+		{ECookKind::IslandExtension, TEXT("-modasdlc"), TEXT(""), TEXT("Foo_Map")},
+		{ECookKind::Map, TEXT(""), TEXT("D"), TEXT("Foo_Map")},
+		{ECookKind::GameMod, TEXT("-SetModID=4294967297 -modasdlc"), TEXT("C:\\Steam\\Mods\\"), TEXT("Foo_Map")},
+		{ECookKind::Map, TEXT(""), TEXT(""), TEXT("a,b c")},
+		{ECookKind::GameMod, TEXT(""), TEXT(""), TEXT("")},
+		{ECookKind::IslandExtension, TEXT(""), TEXT(""), TEXT("/game/maps/seamlesstest/Isle,Other  Third")},
 	};
-	for (const FCase& Case : Cases)
+	const TCHAR* const KindNames[] = {TEXT("Map"), TEXT("GameMod"), TEXT("TotalConversion"), TEXT("IslandExtension")};
+	FString Text;
+	for (const FRequest& Request : Requests)
 	{
-		FCookFixture Fixture(Case.bDlc ? TEXT("-modasdlc") : TEXT(""));
-		Fixture.Tool->StartCook(Case.Kind);
-		const FString R = Fixture.Root();
-		ASSERT_EQ(ActiveJobs.Num(), static_cast<int32>(Case.Lines.size()));
-		for (int32 Index = 0; Index < ActiveJobs.Num(); ++Index)
+		FCookFixture Fixture(Request.EditorCommandLine, Request.Maps);
+		Fixture.Tool->TestOutputDir = Request.TestOutputDir;
+		Fixture.Tool->StartCook(Request.Kind);
+		Text += FString::Printf(TEXT("== %s, editor '%s', test folder '%s', maps '%s': mod number %lld\n"),
+								KindNames[static_cast<uint32>(Request.Kind)], Request.EditorCommandLine, Request.TestOutputDir,
+								Request.Maps, ModId);
+		for (const TSharedPtr<FString>& Line : Fixture.Tool->LogMessages)
 		{
-			const FString Expected = (FString(TEXT("Cook Job: Platform ")) + Case.Lines[Index])
-										 .Replace(TEXT("#"), Head, ESearchCase::CaseSensitive)
-										 .Replace(TEXT("\"R/"), *(TEXT("\"") + R + TEXT("/")), ESearchCase::CaseSensitive);
-			EXPECT_EQ(Fixture.CommandLineOf(Index), Expected);
-
-			const FCookJob& Job = *ActiveJobs[Index];
-			const FString Target = Index == 0 ? TEXT("WindowsNoEditor") : TEXT("WindowsServer");
-			EXPECT_EQ(Job.TargetDir, R + TEXT("/ModTools/Output/Foo/") + Target);
-			EXPECT_EQ(Job.StagingDir, R + TEXT("/ModTools/Output/Foo/") + Target + (Case.bDlc ? TEXT("/123456789") : TEXT("_STAGING")));
-			EXPECT_EQ(Job.StagedModDir, Case.Kind == ECookKind::TotalConversion ? Job.StagingDir : Job.StagingDir + TEXT("/Foo"));
-			EXPECT_EQ(Job.CookKind, static_cast<uint32>(Case.Kind));
-			EXPECT_EQ(Job.bLastTarget, Index == ActiveJobs.Num() - 1);
-			EXPECT_FALSE(Job.bTestOutput);
-			EXPECT_FALSE(Job.bStarted);
+			Text += *Line + TEXT("\n");
 		}
+		for (const TSharedPtr<FCookJob>& Job : ActiveJobs)
+		{
+			Text += FString::Printf(TEXT("  target %s, staging %s, staged %s, kind %u%s%s%s\n"), *Job->TargetDir, *Job->StagingDir,
+									*Job->StagedModDir, Job->CookKind, Job->bLastTarget ? TEXT(", last") : TEXT(""),
+									Job->bTestOutput ? TEXT(", test run") : TEXT(""), Job->bStarted ? TEXT(", started") : TEXT(""));
+		}
+		Text = Text.Replace(*Fixture.Root(), TEXT("<kit>"), ESearchCase::CaseSensitive);
 	}
-}
-
-TEST(CookRequestTests, MapArguments)
-{
-	{
-		FCookFixture Fixture(TEXT(""), TEXT("a,b c"));
-		Fixture.Tool->OnCookMapClicked();
-		EXPECT_TRUE(Fixture.CommandLineOf(0).Contains(TEXT("-run=Cook -Map=a+b -Map=c -CookCultures=en"), ESearchCase::CaseSensitive));
-	}
-	{
-		FCookFixture Fixture(TEXT(""), TEXT(""));
-		Fixture.Tool->OnCookGameModClicked();
-		EXPECT_TRUE(Fixture.CommandLineOf(0).Contains(TEXT("-run=Cook  -CookCultures=en"), ESearchCase::CaseSensitive));
-	}
-	{
-		FCookFixture Fixture(TEXT(""), TEXT("/game/maps/seamlesstest/Isle,Other  Third"));
-		Fixture.Tool->OnCookMapExtensionClicked();
-		EXPECT_TRUE(Fixture.CommandLineOf(0).Contains(
-			TEXT("-Map=/game/maps/seamlesstest/Isle+Other -Map=/Game/Maps/SeamlessTest/Third -CookCultures"), ESearchCase::CaseSensitive))
-			<< Fixture.CommandLineOf(0);
-	}
-}
-
-TEST(CookRequestTests, TestRunsUseTheTestFolderAndTheModNumber)
-{
-	FCookFixture Fixture(TEXT("-SetModID=4294967297 -modasdlc"));
-	Fixture.Tool->TestOutputDir = TEXT("C:\\Steam\\Mods\\");
-	Fixture.Tool->OnCookGameModClicked();
-	EXPECT_EQ(ModId, 4294967297LL);
-	ASSERT_EQ(ActiveJobs.Num(), 2);
-	const FCookJob& Job = *ActiveJobs[0];
-	EXPECT_TRUE(Job.bTestOutput);
-	EXPECT_EQ(Job.TargetDir, FString(TEXT("C:/Steam/Mods/WindowsNoEditor")));
-	// "%d" of the number: its low 32 bits.
-	EXPECT_EQ(Job.StagingDir, FString(TEXT("C:/Steam/Mods/WindowsNoEditor/1")));
-	EXPECT_EQ(Job.StagedModDir, FString(TEXT("C:/Steam/Mods/WindowsNoEditor/1/1")));
-	EXPECT_TRUE(Fixture.CommandLineOf(0).Contains(TEXT("-ModDir=1 -GameMod"), ESearchCase::CaseSensitive));
-	EXPECT_TRUE(Fixture.CommandLineOf(0).Contains(TEXT("-OriginalModDir=Foo -Output="), ESearchCase::CaseSensitive));
+	EXPECT_EQ(Text.ToUtf8(), ReadGolden("cook-requests.txt"));
 }
 
 TEST(CookRequestTests, OptionsTitleAndGuid)
@@ -183,7 +105,9 @@ TEST(CookRequestTests, OptionsTitleAndGuid)
 	EXPECT_EQ(ActiveJobs[1]->CookKind, static_cast<uint32>(ECookKind::GameMod));
 }
 
-TEST(CookRequestTests, NormalRunsDeleteTheOldTreeAndTestRunsDeleteNothing)
+// A test run deletes nothing; a normal run starts from an empty output tree, into which a total conversion's list
+// of extra packages is copied with every package it names that exists.
+TEST(CookRequestTests, NormalRunsStartFromAnEmptyTreeAndTestRunsDeleteNothing)
 {
 	FCookFixture Fixture;
 	const FString Old = Fixture.Kit.WriteFile(TEXT("ModTools/Output/Foo/WindowsNoEditor/old.uasset.z"), "old");
@@ -192,21 +116,16 @@ TEST(CookRequestTests, NormalRunsDeleteTheOldTreeAndTestRunsDeleteNothing)
 	Fixture.Tool->OnCookMapClicked();
 	EXPECT_TRUE(FPaths::FileExists(Old));
 	EXPECT_TRUE(FPaths::FileExists(InTest));
-	Fixture.Tool->TestOutputDir.Empty();
-	Fixture.Tool->OnCookMapClicked();
-	EXPECT_FALSE(FPaths::DirectoryExists(Fixture.Root() / TEXT("ModTools/Output/Foo")));
-	EXPECT_TRUE(FPaths::FileExists(InTest));
-}
 
-TEST(CookRequestTests, TotalConversionCopiesItsAdditionalDependencies)
-{
-	FCookFixture Fixture;
 	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Foo/AdditionalDependencies.txt"),
 						  "/Game/Shared/Rock.uasset\r\n\r\n/Game/Missing/Gone.uasset\r\n/Game/Shared/Tree.umap");
 	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Shared/Rock.uasset"), "rock");
 	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Shared/Tree.umap"), "tree");
+	Fixture.Tool->TestOutputDir.Empty();
 	Fixture.Tool->OnCookTotalConversionClicked();
 	const FString Base = Fixture.Root() / TEXT("ModTools/Output/Foo");
+	EXPECT_FALSE(FPaths::FileExists(Old));
+	EXPECT_TRUE(FPaths::FileExists(InTest));
 	EXPECT_EQ(FTempDirectory::ReadBytes(Base / TEXT("AdditionalDependencies.txt")).substr(0, 24), "/Game/Shared/Rock.uasset");
 	EXPECT_EQ(FTempDirectory::ReadBytes(Base / TEXT("Game/Shared/Rock.uasset")), "rock");
 	EXPECT_EQ(FTempDirectory::ReadBytes(Base / TEXT("Game/Shared/Tree.umap")), "tree");

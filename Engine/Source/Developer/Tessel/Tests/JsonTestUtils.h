@@ -7,13 +7,13 @@
 #include <string>
 
 // JSON text as the database stores it: 16-bit little-endian units, no byte order mark.
-inline TArray<uint8> ToUtf16Bytes(const std::u16string& Text)
+inline std::string ToUtf16Bytes(const std::u16string& Text)
 {
-	TArray<uint8> Bytes;
+	std::string Bytes;
 	for (char16_t Unit : Text)
 	{
-		Bytes.Add(static_cast<uint8>(Unit & 0xFF));
-		Bytes.Add(static_cast<uint8>(Unit >> 8));
+		Bytes += static_cast<char>(Unit & 0xFF);
+		Bytes += static_cast<char>(Unit >> 8);
 	}
 	return Bytes;
 }
@@ -35,10 +35,11 @@ struct FParseResult
 	FString Error;
 };
 
-inline FParseResult ParseJson(const std::u16string& Text)
+// Any bytes, an odd count too.
+inline FParseResult ParseJsonBytes(const std::string& Bytes)
 {
-	TArray<uint8> Bytes = ToUtf16Bytes(Text);
-	FMemoryArchive Archive(Bytes, true);
+	TArray<uint8> Data(reinterpret_cast<const uint8*>(Bytes.data()), static_cast<int32>(Bytes.size()));
+	FMemoryArchive Archive(Data, true);
 	TSharedRef<JsonReader> Reader = MakeShared<JsonReader>(&Archive);
 	FParseResult Result;
 	Result.bOk = JsonSerializer::Deserialize(Reader, Result.Object);
@@ -46,14 +47,15 @@ inline FParseResult ParseJson(const std::u16string& Text)
 	return Result;
 }
 
-inline std::u16string WriteJson(const TSharedPtr<FJsonObject>& Object, bool* bClosed = nullptr)
+inline FParseResult ParseJson(const std::u16string& Text)
+{
+	return ParseJsonBytes(ToUtf16Bytes(Text));
+}
+
+inline std::u16string WriteJson(const TSharedPtr<FJsonObject>& Object)
 {
 	TArray<uint8> Bytes;
 	FMemoryArchive Archive(Bytes, false);
-	const bool bResult = JsonSerializer::Serialize(Object.ToSharedRef(), MakeShared<JsonWriter>(&Archive, 0));
-	if (bClosed)
-	{
-		*bClosed = bResult;
-	}
+	JsonSerializer::Serialize(Object.ToSharedRef(), MakeShared<JsonWriter>(&Archive, 0));
 	return FromUtf16Bytes(std::string(reinterpret_cast<const char*>(Bytes.GetData()), static_cast<size_t>(Bytes.Num())));
 }
