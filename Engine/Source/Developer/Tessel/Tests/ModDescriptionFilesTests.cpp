@@ -102,16 +102,30 @@ TEST(ModDescriptionFilesTests, TheTestRunFileFollowsTheDescriptionFiles)
 	EXPECT_EQ(RunTestStep(Kit, TEXT("T"), 2, 123456789), ReadGolden("test-run-without-description-files.mod"));
 }
 
-TEST(ModDescriptionFilesTests, NormalRunOfTwoTargetsLeavesAnUploadableTree)
+// A test run leaves the mod file beside the cooked folder in the game's mods and touches nothing else; a normal
+// run of two targets leaves each packaged without its staging folder, and mod.info of the last one on top, which
+// makes the mod uploadable.
+TEST(ModDescriptionFilesTests, TestRunAndNormalRunOfTwoTargetsLeaveTheirTrees)
 {
 	FTestKit Kit;
 	Kit.InstallCookCommandlet();
 	Kit.AddMod(TEXT("Islands"), {TEXT("Alpha.umap"), TEXT("Props/Crate.uasset"), TEXT("Readme.txt")});
+	const FString TestDir = Kit.Root() / TEXT("GameMods");
+	Kit.WriteFile(TEXT("GameMods/OtherMod/keep.uasset"), "other");
+	CookMap(TestDir);
+	TArray<FString> Entries;
+	IFileManager::Get().FindFiles(Entries, *(TestDir / TEXT("*")), true, true);
+	Entries.Sort();
+	EXPECT_EQ(Entries, (TArray<FString>{TEXT("123456789"), TEXT("123456789.mod"), TEXT("OtherMod")}));
+	EXPECT_EQ(FTempDirectory::ReadBytes(TestDir / TEXT("123456789/Alpha.umap")), "placeholder"); // not compressed
+	EXPECT_EQ(FTempDirectory::ReadBytes(TestDir / TEXT("OtherMod/keep.uasset")), "other");
+	EXPECT_EQ(FTempDirectory::ReadBytes(TestDir / TEXT("123456789.mod")).substr(0, 8), std::string("\x15\xCD\x5B\x07\0\0\0\0", 8));
+	const FString Base = Kit.Root() / TEXT("ModTools/Output/Islands");
+	EXPECT_FALSE(FPaths::DirectoryExists(Base));
+
 	FCommandLine::Set(TEXT("-modasdlc"));
 	EXPECT_EQ(CookMap(), 1);
 	FCommandLine::Set(FString());
-
-	const FString Base = Kit.Root() / TEXT("ModTools/Output/Islands");
 	for (const TCHAR* Target : {TEXT("WindowsNoEditor"), TEXT("WindowsServer")})
 	{
 		const FString Dir = Base / Target;
@@ -119,29 +133,9 @@ TEST(ModDescriptionFilesTests, NormalRunOfTwoTargetsLeavesAnUploadableTree)
 		EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("Props/Crate.uasset.z.uncompressed_size")), "11\r\n");
 		EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("Readme.txt")), "placeholder");
 		EXPECT_TRUE(FPaths::FileExists(Dir / TEXT("mod.info")));
-		EXPECT_FALSE(FPaths::DirectoryExists(Dir / TEXT("123456789"))); // the staging folder is gone
+		EXPECT_FALSE(FPaths::DirectoryExists(Dir / TEXT("123456789")));
 	}
-	// mod.info at Base, from the last target: what makes the mod uploadable.
 	EXPECT_EQ(FTempDirectory::ReadBytes(Base / TEXT("mod.info")), FTempDirectory::ReadBytes(Base / TEXT("WindowsServer/mod.info")));
 	EXPECT_NE(FTempDirectory::ReadBytes(Base / TEXT("mod.info")), FTempDirectory::ReadBytes(Base / TEXT("WindowsNoEditor/mod.info")));
 	EXPECT_TRUE(FPaths::FileExists(Base / TEXT("modmeta.info")));
-}
-
-TEST(ModDescriptionFilesTests, TestRunLeavesTheModFileBesideTheCookedFolderAndNothingElse)
-{
-	FTestKit Kit;
-	Kit.InstallCookCommandlet();
-	Kit.AddMod(TEXT("Islands"), {TEXT("Alpha.umap")});
-	const FString TestDir = Kit.Root() / TEXT("GameMods");
-	Kit.WriteFile(TEXT("GameMods/OtherMod/keep.uasset"), "other");
-	CookMap(TestDir);
-
-	TArray<FString> Entries;
-	IFileManager::Get().FindFiles(Entries, *(TestDir / TEXT("*")), true, true);
-	Entries.Sort();
-	EXPECT_EQ(Entries, (TArray<FString>{TEXT("123456789"), TEXT("123456789.mod"), TEXT("OtherMod")}));
-	EXPECT_EQ(FTempDirectory::ReadBytes(TestDir / TEXT("123456789/Alpha.umap")), "placeholder"); // not compressed
-	EXPECT_EQ(FTempDirectory::ReadBytes(TestDir / TEXT("OtherMod/keep.uasset")), "other");
-	EXPECT_FALSE(FPaths::DirectoryExists(Kit.Root() / TEXT("ModTools/Output/Islands")));
-	EXPECT_EQ(FTempDirectory::ReadBytes(TestDir / TEXT("123456789.mod")).substr(0, 8), std::string("\x15\xCD\x5B\x07\0\0\0\0", 8));
 }
