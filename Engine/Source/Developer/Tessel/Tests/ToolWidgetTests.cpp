@@ -18,9 +18,12 @@ TESSEL_WIDGET_TEST_MAIN()
 
 using namespace SlateTest;
 
-// With no mods the form is a line that says how to make one; a refresh shows the form of the first mod found,
-// and the line again once the folder is gone.
-TEST(ToolWidgetTests, FirstOpenWithoutModsShowsTheNoModsViewUntilARefreshFindsSome)
+// With no mods the form is a line that says how to make one, until a refresh finds some. The Mods list shows
+// folder names, not titles, whole in a tooltip when cut. A click on a row brings the mod's form, with the log
+// kept and no row left marked; a click that clears the row changes nothing; Down and Up choose the next and the
+// previous mod, and keep reaching the list after each rebuild; a refresh chooses the first mod again, and shows
+// the line once the folder is gone.
+TEST(ToolWidgetTests, TheModsListFromNoModsThroughMouseKeysAndRefresh)
 {
 	FTestKit Kit;
 	FOpenTool Open;
@@ -37,42 +40,15 @@ TEST(ToolWidgetTests, FirstOpenWithoutModsShowsTheNoModsViewUntilARefreshFindsSo
 	EXPECT_TRUE(IsShown(*Open.Find(TEXT("Mods"))));
 	EXPECT_EQ(GetShownText(*Open.Find(TEXT("Log"))), FString(TEXT("Status")));
 
-	Kit.AddMod(TEXT("First"));
-	Kit.AddMod(TEXT("Second"));
-	Click(Open.Button(TEXT("RefreshMods")));
-	TickFrames();
-	ASSERT_EQ(Tool.ModList.Num(), 2);
-	EXPECT_EQ(Tool.SelectedMod, Tool.ModList[0]);
-	EXPECT_TRUE(Tool.DetailsScrollBox->GetDisplayText().Contains(Tool.ModList[0]->ModDir));
-	// A refresh chooses the first mod again, whichever was chosen.
-	ClickListRow(*Tool.ModListView, 1);
-	TickFrames();
-	ASSERT_EQ(Tool.SelectedMod, Tool.ModList[1]);
-	Click(Open.Button(TEXT("RefreshMods")));
-	TickFrames();
-	EXPECT_EQ(Tool.SelectedMod, Tool.ModList[0]);
-
-	FPlatformFileManager::Get().GetPlatformFile().DeleteDirectoryRecursively(*Kit.ModsDir());
-	Click(Open.Button(TEXT("RefreshMods")));
-	TickFrames();
-	EXPECT_FALSE(Tool.SelectedMod);
-	EXPECT_TRUE(Open.Find(TEXT("NoMods")));
-	EXPECT_EQ(GetListRowCount(*Tool.ModListView), 0);
-}
-
-// The Mods list shows folder names, not titles, whole in a tooltip when cut. A click on a row chooses the mod and
-// brings its form, with the log kept and no row left marked; a click that clears the row changes nothing; then
-// Down and Up choose the next and the previous mod, and keep reaching the list after each rebuild.
-TEST(ToolWidgetTests, TheModsListChoosesTheModByMouseAndKeys)
-{
-	FTestKit Kit;
 	const FString Long = TEXT("An island chain with a rope bridge between every pair of islands and a lighthouse on each");
-	Kit.AddMod(TEXT("Alpha"));
-	Kit.AddMod(TEXT("Beta"));
-	Kit.AddMod(Long);
-	FOpenTool Open;
-	STesselTool& Tool = *Open.Tool;
+	for (const FString& Name : {FString(TEXT("Alpha")), FString(TEXT("Beta")), Long})
+	{
+		Kit.AddMod(Name);
+	}
+	Click(Open.Button(TEXT("RefreshMods")));
+	TickFrames();
 	ASSERT_EQ(Tool.ModList.Num(), 3);
+	EXPECT_EQ(Tool.SelectedMod, Tool.ModList[0]);
 	Tool.ModList[1]->Title = TEXT("A title that is not the folder");
 	Tool.LogMessages.Add(MakeShared<FString>(TEXT("a line")));
 	Tool.LogListView->RequestListRefresh();
@@ -91,14 +67,23 @@ TEST(ToolWidgetTests, TheModsListChoosesTheModByMouseAndKeys)
 	EXPECT_EQ(GetListRowCount(*Tool.LogListView), 1);
 	Tool.OnModSelectionChanged(nullptr, ESelectInfo::OnMouseClick);
 	EXPECT_EQ(Tool.SelectedMod, Tool.ModList[1]);
-
-	for (const auto& [Key, Expected] : {std::pair{TEXT("Down"), 2}, {TEXT("Down"), 2}, {TEXT("Up"), 1}, {TEXT("Up"), 0}})
+	for (const auto& [Key, Expected] : {std::pair{TEXT("Down"), 2}, {TEXT("Down"), 2}, {TEXT("Up"), 1}})
 	{
 		PressKeyInFocus(Key);
 		TickFrames();
 		EXPECT_EQ(Tool.SelectedMod, Tool.ModList[Expected]) << FString(Key).ToUtf8();
 		EXPECT_TRUE(Tool.DetailsScrollBox->GetDisplayText().Contains(Tool.ModList[Expected]->ModDir));
 	}
+
+	Click(Open.Button(TEXT("RefreshMods")));
+	TickFrames();
+	EXPECT_EQ(Tool.SelectedMod, Tool.ModList[0]);
+	FPlatformFileManager::Get().GetPlatformFile().DeleteDirectoryRecursively(*Kit.ModsDir());
+	Click(Open.Button(TEXT("RefreshMods")));
+	TickFrames();
+	EXPECT_FALSE(Tool.SelectedMod);
+	EXPECT_TRUE(Open.Find(TEXT("NoMods")));
+	EXPECT_EQ(GetListRowCount(*Tool.ModListView), 0);
 }
 
 // "Clear" opens with the first line and empties the log; "Cancel" and the throbber follow the job queue, the
