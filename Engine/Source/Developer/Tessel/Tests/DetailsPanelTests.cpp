@@ -338,16 +338,23 @@ TEST(DetailsPanelTests, VisibilityOutsideTheOptionsIsShownAsItStandsUntilAChoice
 // CTest runs this once at 1 and once at 2.
 TEST(DetailsPanelTests, TheIslandsFormShowsEveryTextWhole)
 {
+	// The demo kit, its mods put aside until the tool has drawn its empty lists.
 	FTempDirectory Copy;
 	std::filesystem::copy(TestPaths::DemoKitDir, Copy.Get().ToUtf8(), std::filesystem::copy_options::recursive);
+	const std::string ModsDir = (Copy / TEXT("Orrery/Content/Mods")).ToUtf8();
+	std::filesystem::rename(ModsDir, ModsDir + ".aside");
 	FPaths::SetKitRoot(Copy.Get());
 	FOpenTool Open;
 	STesselTool& Tool = *Open.Tool;
-	ASSERT_EQ(Tool.ModList.Num(), 3);
 	const float Scale = Open.Window->GetScale();
 	Open.Window->Resize(1100, 720);
 	TickFrames(3);
+	// The lists before there is anything in them: lettering brings shades that a bare list lacks.
+	const FSlateScreenshot EmptyMods = TakeScreenshot(*Tool.ModListView);
 	const FSlateScreenshot EmptyLog = TakeScreenshot(*Tool.LogListView);
+	std::filesystem::rename(ModsDir + ".aside", ModsDir);
+	Click(Open.Button(TEXT("RefreshMods")));
+	ASSERT_EQ(Tool.ModList.Num(), 3);
 	Tool.LogMessages.Add(MakeShared<FString>(TEXT("**************************Cooking Islands**************************")));
 	Tool.LogListView->RequestListRefresh();
 	TickFrames(3);
@@ -355,9 +362,10 @@ TEST(DetailsPanelTests, TheIslandsFormShowsEveryTextWhole)
 	EXPECT_EQ(Whole.Width, static_cast<int>(1100 * Scale));
 	EXPECT_GT(CountColours(Whole), 8);
 	EXPECT_TRUE(Whole.SaveToPng(FString(TestPaths::BuildDir) + FString::Printf(TEXT("/tessel-tool@%gx.png"), Scale)));
-	// Lettering brings shades that a bare list lacks.
 	EXPECT_NE(TakeScreenshot(*Tool.LogListView).Pixels, EmptyLog.Pixels) << "the log line is not drawn";
-	EXPECT_GT(CountColours(TakeScreenshot(*Tool.ModListView)), 4) << "the mods list shows no names";
+	const FSlateScreenshot Mods = TakeScreenshot(*Tool.ModListView);
+	EXPECT_EQ((FSlateTestSize{Mods.Width, Mods.Height}), (FSlateTestSize{EmptyMods.Width, EmptyMods.Height}));
+	EXPECT_NE(Mods.Pixels, EmptyMods.Pixels) << "the mods list shows no names";
 
 	Tool.ModListView->ClickRow(
 		Tool.ModList.IndexOfByPredicate([](const TSharedPtr<FModSetup>& Mod) { return Mod->ModDir == TEXT("Islands"); }));
@@ -399,7 +407,7 @@ TEST(DetailsPanelTests, TheIslandsFormShowsEveryTextWhole)
 		}
 	}
 	EXPECT_EQ(Previews, 1);
-	ASSERT_TRUE(Open.Find(TEXT("Title")));
+	ASSERT_TRUE(Open.Find(TEXT("Title")) && IsShown(*Open.Find(TEXT("Title"))));
 	EXPECT_GT(CountColours(TakeScreenshot(*Open.Find(TEXT("Title")))), 4) << "the title box shows no lettering";
 
 	Tool.SelectedMod->Title = FString(std::u16string(300, u'T'));
