@@ -1,10 +1,8 @@
 #include "STesselUI.h"
 #include "cook/CookJob.h"
-#include "TesselSession.h"
 #include "TestKit.h"
 
 #include "HAL/FileManager.h"
-#include "HAL/PlatformFile.h"
 #include "Testing/EditorServicesDouble.h"
 #include "packaging/ModArchiveForms.h"
 
@@ -14,22 +12,21 @@
 
 namespace
 {
-	void WriteInfoFiles(const FString& Dir, TArray<FString> Maps, TMap<FString, FString> Meta, bool bWithMeta = true)
+	// The description files a cook leaves in the staged folder: mod.info with the maps, modmeta.info with Meta.
+	void WriteInfoFiles(const FString& Dir, TArray<FString> Maps, TMap<FString, FString> Meta)
 	{
 		TUniquePtr<FArchive> Info(IFileManager::Get().CreateFileWriter(*(Dir / TEXT("mod.info"))));
 		FString Leading = TEXT("leading text");
 		ModArchiveForms::SerializeString(*Info, Leading);
 		ModArchiveForms::SerializeStringArray(*Info, Maps);
 		Info->Close();
-		if (bWithMeta)
-		{
-			TUniquePtr<FArchive> MetaFile(IFileManager::Get().CreateFileWriter(*(Dir / TEXT("modmeta.info"))));
-			ModArchiveForms::SerializeStringMap(*MetaFile, Meta);
-			MetaFile->Close();
-		}
+		TUniquePtr<FArchive> MetaFile(IFileManager::Get().CreateFileWriter(*(Dir / TEXT("modmeta.info"))));
+		ModArchiveForms::SerializeStringMap(*MetaFile, Meta);
+		MetaFile->Close();
 	}
 
-	// Runs the test-run step of a job for a record titled Title and reads the "%d.mod" file it leaves.
+	// Runs the test-run step of a job of the given cook kind for a record titled Title, with maps "A,B", as mod
+	// number Id, and reads the "%d.mod" file it leaves.
 	std::string RunTestStep(const FTestKit& Kit, const FString& Title, uint32 Kind, int64 Id, FString* OutName = nullptr)
 	{
 		ModId = Id;
@@ -40,32 +37,43 @@ namespace
 		FCookJob Job(Record, TEXT("/nonexistent"), FString(), Target / TEXT("Foo"), Target, Target, Kind, true, true);
 		Job.FinishCookOutput();
 		const FString Name = FString::Printf(TEXT("%d.mod"), ModId);
+		ModId = 123456789;
 		if (OutName)
 		{
 			*OutName = Name;
 		}
-		const std::string Bytes = FTempDirectory::ReadBytes(Target / Name);
-		ModId = 123456789;
-		return Bytes;
+		return FTempDirectory::ReadBytes(Target / Name);
 	}
 
-	std::string Le32(int32 Value)
+	// "Cook Map" on the kit's only mod, in a tool without a window whose tick runs the queue to its end, into
+	// TestOutputDir when one is given. Gives the number of result dialogs.
+	int32 CookMap(const FString& TestOutputDir = FString())
 	{
-		std::string Out(4, '\0');
-		for (int Index = 0; Index < 4; ++Index)
+		TSharedPtr<FEditorServicesDouble> Services = MakeShared<FEditorServicesDouble>();
+		IEditorServices::Set(Services);
 		{
-			Out[Index] = static_cast<char>((static_cast<uint32>(Value) >> (8 * Index)) & 0xFF);
+			TSharedRef<STesselTool> Tool = SNew(STesselTool);
+			Tool->TestOutputDir = TestOutputDir;
+			Tool->OnCookMapClicked();
+			const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+			while (ActiveJobs.Num() > 0 && std::chrono::steady_clock::now() < Deadline)
+			{
+				Tool->Tick(FGeometry(), 0.0, 0.016f);
+				std::this_thread::sleep_for(std::chrono::milliseconds(2));
+			}
+			Tool->ModList.Empty(); // nothing to save on close
 		}
-		return Out;
-	}
-
-	std::string Str8(const std::string& Text)
-	{
-		return Le32(static_cast<int32>(Text.size() + 1)) + Text + std::string(1, '\0');
+		IEditorServices::Set(nullptr);
+		EXPECT_EQ(ActiveJobs.Num(), 0);
+		return Services->Dialogs.Num();
 	}
 }
 
-TEST(ModDescriptionFilesTests, TestRunFileWithEveryField)
+// The "%d.mod" file of a test run: the mod number, the title without its quotes, the maps and the metadata of
+// the cook's description files, and the type: modmeta.info's "ModType" as a number, even one that is none, else
+// 3 for a total conversion and 0 for other kinds. Without mod.info the record's maps go as one element, with no
+// metadata. The file's name carries the number's low 32 bits as a signed number, its first field all 64.
+TEST(ModDescriptionFilesTests, TheTestRunFileFollowsTheDescriptionFiles)
 {
 	FTestKit Kit;
 	const FString Staged = Kit.Root() / TEXT("Test/Foo");
@@ -73,77 +81,52 @@ TEST(ModDescriptionFilesTests, TestRunFileWithEveryField)
 	Meta.Add(TEXT("GUID"), TEXT("ABC"));
 	Meta.Add(TEXT("modtype"), TEXT("300"));
 	WriteInfoFiles(Staged, {TEXT("Alpha"), TEXT("Beta")}, Meta);
+	EXPECT_EQ(RunTestStep(Kit, TEXT("\"Quoted\""), 0, 123456789), ReadGolden("test-run-every-field.mod"));
+	EXPECT_TRUE(FPaths::FileExists(Staged / TEXT("mod.info"))); // the cook's files are left as they were
 
-	const std::string Bytes = RunTestStep(Kit, TEXT("\"Quoted\""), 0, 123456789);
-	const std::string Expected = std::string("\x15\xCD\x5B\x07\0\0\0\0", 8) + Str8("Quoted") + Le32(0) + Le32(2) + Str8("Alpha") +
-								 Str8("Beta") + std::string("\x33\xFF\x22\xFF", 4) + Le32(2) + std::string(1, '\x2C') + Le32(2) +
-								 Str8("GUID") + Str8("ABC") + Str8("modtype") + Str8("300");
-	EXPECT_EQ(Bytes, Expected);
-	// The cook's files are left as they were.
-	EXPECT_TRUE(FPaths::FileExists(Staged / TEXT("mod.info")));
-}
+	WriteInfoFiles(Staged, {}, {});
+	FString Name;
+	EXPECT_EQ(RunTestStep(Kit, TEXT("Île"), 0, 2147483648LL + 5, &Name), ReadGolden("test-run-wide-title-large-number.mod"));
+	EXPECT_EQ(Name, FString(TEXT("-2147483643.mod")));
 
-TEST(ModDescriptionFilesTests, ModTypeDefaultsAndOverrides)
-{
-	FTestKit Kit;
-	const FString Staged = Kit.Root() / TEXT("Test/Foo");
-	auto TypeByte = [](const std::string& Bytes)
-	{
-		// Behind the 8-byte number, the empty-quote title "T" (4+2), the empty string (4), one map "M" (4+4+2),
-		// magic and version (8).
-		return static_cast<uint8>(Bytes.at(8 + 6 + 4 + 10 + 8));
-	};
+	// Behind the number (8), the title "T" (4+2), the empty string (4), one map "M" (4+4+2), magic and version (8).
+	auto TypeOf = [&Kit](uint32 Kind)
+	{ return static_cast<int32>(static_cast<uint8>(RunTestStep(Kit, TEXT("T"), Kind, 123456789).at(8 + 6 + 4 + 10 + 8))); };
 	TMap<FString, FString> NotANumber;
 	NotANumber.Add(TEXT("ModType"), TEXT("abc"));
 	WriteInfoFiles(Staged, {TEXT("M")}, NotANumber);
-	EXPECT_EQ(TypeByte(RunTestStep(Kit, TEXT("T"), 2, 123456789)), 0); // overrides the default of 3
-
-	WriteInfoFiles(Staged, {TEXT("M")}, {}, false);
+	EXPECT_EQ(TypeOf(2), 0);
 	IFileManager::Get().Delete(*(Staged / TEXT("modmeta.info")));
-	EXPECT_EQ(TypeByte(RunTestStep(Kit, TEXT("T"), 2, 123456789)), 3);
-	EXPECT_EQ(TypeByte(RunTestStep(Kit, TEXT("T"), 1, 123456789)), 0);
-
-	// Without mod.info: the record's maps as one element, an empty map, the default type.
+	EXPECT_EQ(TypeOf(2), 3);
+	EXPECT_EQ(TypeOf(1), 0);
 	IFileManager::Get().Delete(*(Staged / TEXT("mod.info")));
-	const std::string Bytes = RunTestStep(Kit, TEXT("T"), 2, 123456789);
-	EXPECT_EQ(Bytes.substr(18), Le32(1) + Str8("A,B") + std::string("\x33\xFF\x22\xFF", 4) + Le32(2) + std::string(1, '\x03') + Le32(0));
+	EXPECT_EQ(RunTestStep(Kit, TEXT("T"), 2, 123456789), ReadGolden("test-run-without-description-files.mod"));
 }
 
-TEST(ModDescriptionFilesTests, WideTitlesAndLargeModNumbers)
-{
-	FTestKit Kit;
-	WriteInfoFiles(Kit.Root() / TEXT("Test/Foo"), {}, {});
-	FString Name;
-	const std::string Bytes = RunTestStep(Kit, TEXT("Île"), 0, 2147483648LL + 5, &Name);
-	// The name carries the low 32 bits as a signed number; the file's first field all 64.
-	EXPECT_EQ(Name, FString(TEXT("-2147483643.mod")));
-	EXPECT_EQ(Bytes.substr(0, 8), std::string("\x05\0\0\x80\0\0\0\0", 8));
-	EXPECT_EQ(Bytes.substr(8, 12), Le32(-4) + std::string("\xCE\0l\0e\0\0\0", 8));
-}
-
-TEST(ModDescriptionFilesTests, NormalRunOfTwoTargetsLeavesAnUploadableTree)
+// A test run leaves the mod file beside the cooked folder in the game's mods and touches nothing else; a normal
+// run of two targets leaves each packaged without its staging folder, and mod.info of the last one on top, which
+// makes the mod uploadable.
+TEST(ModDescriptionFilesTests, TestRunAndNormalRunOfTwoTargetsLeaveTheirTrees)
 {
 	FTestKit Kit;
 	Kit.InstallCookCommandlet();
 	Kit.AddMod(TEXT("Islands"), {TEXT("Alpha.umap"), TEXT("Props/Crate.uasset"), TEXT("Readme.txt")});
-	TSharedPtr<FEditorServicesDouble> Services = MakeShared<FEditorServicesDouble>();
-	IEditorServices::Set(Services);
-	FCommandLine::Set(TEXT("-modasdlc"));
-	{
-		TSharedRef<STesselTool> Tool = SNew(STesselTool);
-		Tool->OnCookMapClicked();
-		const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-		while (ActiveJobs.Num() > 0 && std::chrono::steady_clock::now() < Deadline)
-		{
-			Tool->Tick(FGeometry(), 0.0, 0.016f);
-			std::this_thread::sleep_for(std::chrono::milliseconds(2));
-		}
-	}
-	FCommandLine::Set(FString());
-	IEditorServices::Set(nullptr);
-	ASSERT_EQ(ActiveJobs.Num(), 0);
-
+	const FString TestDir = Kit.Root() / TEXT("GameMods");
+	Kit.WriteFile(TEXT("GameMods/OtherMod/keep.uasset"), "other");
+	CookMap(TestDir);
+	TArray<FString> Entries;
+	IFileManager::Get().FindFiles(Entries, *(TestDir / TEXT("*")), true, true);
+	Entries.Sort();
+	EXPECT_EQ(Entries, (TArray<FString>{TEXT("123456789"), TEXT("123456789.mod"), TEXT("OtherMod")}));
+	EXPECT_EQ(FTempDirectory::ReadBytes(TestDir / TEXT("123456789/Alpha.umap")), "placeholder"); // not compressed
+	EXPECT_EQ(FTempDirectory::ReadBytes(TestDir / TEXT("OtherMod/keep.uasset")), "other");
+	EXPECT_EQ(FTempDirectory::ReadBytes(TestDir / TEXT("123456789.mod")).substr(0, 8), std::string("\x15\xCD\x5B\x07\0\0\0\0", 8));
 	const FString Base = Kit.Root() / TEXT("ModTools/Output/Islands");
+	EXPECT_FALSE(FPaths::DirectoryExists(Base));
+
+	FCommandLine::Set(TEXT("-modasdlc"));
+	EXPECT_EQ(CookMap(), 1);
+	FCommandLine::Set(FString());
 	for (const TCHAR* Target : {TEXT("WindowsNoEditor"), TEXT("WindowsServer")})
 	{
 		const FString Dir = Base / Target;
@@ -151,45 +134,9 @@ TEST(ModDescriptionFilesTests, NormalRunOfTwoTargetsLeavesAnUploadableTree)
 		EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("Props/Crate.uasset.z.uncompressed_size")), "11\r\n");
 		EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("Readme.txt")), "placeholder");
 		EXPECT_TRUE(FPaths::FileExists(Dir / TEXT("mod.info")));
-		EXPECT_FALSE(FPaths::DirectoryExists(Dir / TEXT("123456789"))); // the staging folder is gone
+		EXPECT_FALSE(FPaths::DirectoryExists(Dir / TEXT("123456789")));
 	}
-	// mod.info at Base, from the last target: what makes the mod uploadable.
 	EXPECT_EQ(FTempDirectory::ReadBytes(Base / TEXT("mod.info")), FTempDirectory::ReadBytes(Base / TEXT("WindowsServer/mod.info")));
 	EXPECT_NE(FTempDirectory::ReadBytes(Base / TEXT("mod.info")), FTempDirectory::ReadBytes(Base / TEXT("WindowsNoEditor/mod.info")));
 	EXPECT_TRUE(FPaths::FileExists(Base / TEXT("modmeta.info")));
-	ASSERT_EQ(Services->Dialogs.Num(), 1);
-}
-
-TEST(ModDescriptionFilesTests, TestRunLeavesTheModFileBesideTheCookedFolderAndNothingElse)
-{
-	FTestKit Kit;
-	Kit.InstallCookCommandlet();
-	Kit.AddMod(TEXT("Islands"), {TEXT("Alpha.umap")});
-	const FString TestDir = Kit.Root() / TEXT("GameMods");
-	Kit.WriteFile(TEXT("GameMods/OtherMod/keep.uasset"), "other");
-	TSharedPtr<FEditorServicesDouble> Services = MakeShared<FEditorServicesDouble>();
-	IEditorServices::Set(Services);
-	{
-		TSharedRef<STesselTool> Tool = SNew(STesselTool);
-		Tool->TestOutputDir = TestDir;
-		Tool->OnCookMapClicked();
-		const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-		while (ActiveJobs.Num() > 0 && std::chrono::steady_clock::now() < Deadline)
-		{
-			Tool->Tick(FGeometry(), 0.0, 0.016f);
-			std::this_thread::sleep_for(std::chrono::milliseconds(2));
-		}
-		Tool->ModList.Empty(); // nothing to save on close
-	}
-	IEditorServices::Set(nullptr);
-
-	TArray<FString> Entries;
-	IFileManager::Get().FindFiles(Entries, *(TestDir / TEXT("*")), true, true);
-	Entries.Sort();
-	EXPECT_EQ(Entries, (TArray<FString>{TEXT("123456789"), TEXT("123456789.mod"), TEXT("OtherMod")}));
-	EXPECT_EQ(FTempDirectory::ReadBytes(TestDir / TEXT("123456789/Alpha.umap")), "placeholder"); // not compressed
-	EXPECT_EQ(FTempDirectory::ReadBytes(TestDir / TEXT("OtherMod/keep.uasset")), "other");
-	EXPECT_FALSE(FPaths::DirectoryExists(Kit.Root() / TEXT("ModTools/Output/Islands")));
-	const std::string ModFile = FTempDirectory::ReadBytes(TestDir / TEXT("123456789.mod"));
-	EXPECT_EQ(ModFile.substr(0, 8), std::string("\x15\xCD\x5B\x07\0\0\0\0", 8));
 }
