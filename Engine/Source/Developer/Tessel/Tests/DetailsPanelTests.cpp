@@ -369,8 +369,7 @@ TEST(DetailsPanelTests, TheIslandsFormShowsEveryTextWhole)
 	Tool.SelectedMod->PreviewImage = Copy.Get() / TEXT("Previews/Islands.png");
 	Tool.RefreshPreviewBrush();
 	Open.Window->Resize(1200, 760);
-	// As the user sees it once the new preview and size have spread through the form.
-	TickUntilSettled(*Open.Tool);
+	TickFrames(4);
 	int32 Checked = 0;
 	for (const TCHAR* Type : {TEXT("STextBlock"), TEXT("SButton"), TEXT("SCheckBox")})
 	{

@@ -28,7 +28,6 @@
 #include "Widgets/Views/STableViewBase.h"
 
 #include <cstdlib>
-#include <vector>
 
 using SlateQt::FromQString;
 using SlateQt::ToQString;
@@ -129,34 +128,12 @@ void SlateTest::TickFrames(int32 Frames)
 	for (int32 Frame = 0; Frame < Frames; ++Frame)
 	{
 		FSlateApplication::Get().Tick(1.0f / 60.0f);
-	}
-}
-
-void SlateTest::TickUntilSettled(const SWidget& Widget)
-{
-	QWidget* Top = Drawn(Widget)->window();
-	auto Places = [Top]
-	{
-		std::vector<QRect> Rects;
-		for (QWidget* Child : Top->findChildren<QWidget*>())
-		{
-			Rects.push_back(Child->isVisible() ? Child->geometry() : QRect());
-		}
-		return Rects;
-	};
-	std::vector<QRect> Last = Places();
-	for (int32 Frame = 0, Still = 0; Frame < 60 && Still < 2; ++Frame)
-	{
-		TickFrames(1);
-		// A running event loop passes a layout request up from level to level at once; a frame here passes it one
-		// level. Each round hands on the requests the round before made.
+		// Between two frames the host's running event loop passes a layout request up through every level; one
+		// pass of the events here takes it one level. Each round hands on the requests the round before made.
 		for (int32 Round = 0; Round < 32; ++Round)
 		{
 			QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
 		}
-		std::vector<QRect> Now = Places();
-		Still = Now == Last ? Still + 1 : 0;
-		Last = std::move(Now);
 	}
 }
 

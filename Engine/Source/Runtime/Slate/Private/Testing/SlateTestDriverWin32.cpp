@@ -317,42 +317,6 @@ void SlateTest::TickFrames(int32 Frames)
 	}
 }
 
-void SlateTest::TickUntilSettled(const SWidget& Widget)
-{
-	const HWND Top = GetAncestor(Drawn(Widget), GA_ROOT);
-	auto Places = [Top]
-	{
-		std::vector<RECT> Rects;
-		EnumChildWindows(
-			Top,
-			[](HWND Child, LPARAM Into)
-			{
-				RECT Area{};
-				if (IsWindowVisible(Child))
-				{
-					GetWindowRect(Child, &Area);
-				}
-				reinterpret_cast<std::vector<RECT>*>(Into)->push_back(Area);
-				return TRUE;
-			},
-			reinterpret_cast<LPARAM>(&Rects));
-		return Rects;
-	};
-	auto Same = [](const std::vector<RECT>& One, const std::vector<RECT>& Other)
-	{
-		return One.size() == Other.size() &&
-			   std::equal(One.begin(), One.end(), Other.begin(), [](const RECT& A, const RECT& B) { return EqualRect(&A, &B) != 0; });
-	};
-	std::vector<RECT> Last = Places();
-	for (int32 Frame = 0, Still = 0; Frame < 60 && Still < 2; ++Frame)
-	{
-		TickFrames(1);
-		std::vector<RECT> Now = Places();
-		Still = Same(Now, Last) ? Still + 1 : 0;
-		Last = std::move(Now);
-	}
-}
-
 void SlateTest::RunSoon(std::function<void()> Work)
 {
 	Post(std::move(Work));

@@ -91,10 +91,6 @@ namespace SlateTest
 	void StopApplication();
 	// Ticks the application some frames, as the host's timer would.
 	void TickFrames(int32 Frames = 2);
-	// Ticks frames until nothing in Widget's window has moved or changed size for two frames running (at most a
-	// second's worth): the window as a user sees it once a change has spread through its layout, which takes a
-	// frame for each level it passes (a picture that arrives, a scroll bar that then shows, the labels it narrows).
-	void TickUntilSettled(const SWidget& Widget);
 	// Runs Work from the event loop as soon as it turns again, e.g. inside the loop of a modal window.
 	void RunSoon(std::function<void()> Work);
 
