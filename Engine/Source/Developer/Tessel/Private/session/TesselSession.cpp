@@ -128,15 +128,8 @@ FUploadOutcome FTesselSession::UploadWithSteamCmd(FModSetup& Mod, const FSteamLo
 												  const std::function<void(const FString&)>& OnOutput)
 {
 	FUploadOutcome Outcome;
-	if (Login.Username.IsEmpty())
-	{
-		Outcome.Refusal = ESteamUploadRefusal::NoUsername;
-	}
-	else if (Login.Password.IsEmpty() && !Login.bCachedLogin)
-	{
-		Outcome.Refusal = ESteamUploadRefusal::NoPassword;
-	}
-	else if (!WriteItemFile(Mod))
+	Outcome.Refusal = CheckSteamLogin(Login.Username, Login.Password, Login.bCachedLogin);
+	if (!Outcome.Refusal && !WriteItemFile(Mod))
 	{
 		Outcome.Refusal = ESteamUploadRefusal::NoTemplate;
 	}

@@ -31,16 +31,11 @@ FReply STesselTool::OnUploadClicked()
 void STesselTool::UploadWithSteamCredentials()
 {
 	// Checked only now, after the dialog: the user who sees an error clicks "Upload" again.
-	if (SteamUsername.IsEmpty())
+	// The window always asks for the password: it never logs in on cached credentials.
+	if (const std::optional<ESteamUploadRefusal> Refusal = CheckSteamLogin(SteamUsername, SteamPassword, false))
 	{
 		SGenericDialogWidget::OpenDialog(LOCTEXT("UploadError", "Upload Error"),
-										 SNew(STextBlock).Text(DescribeSteamUploadRefusal(ESteamUploadRefusal::NoUsername)));
-		return;
-	}
-	if (SteamPassword.IsEmpty())
-	{
-		SGenericDialogWidget::OpenDialog(LOCTEXT("UploadError", "Upload Error"),
-										 SNew(STextBlock).Text(DescribeSteamUploadRefusal(ESteamUploadRefusal::NoPassword)));
+										 SNew(STextBlock).Text(DescribeSteamUploadRefusal(*Refusal)));
 		return;
 	}
 	if (MakeWorkshopItemFile())

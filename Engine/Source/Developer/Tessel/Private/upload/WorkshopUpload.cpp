@@ -190,4 +190,17 @@ FText DescribeSteamUploadRefusal(ESteamUploadRefusal Refusal)
 	return LOCTEXT("NoTemplate", "Steam workshop template is not found.");
 }
 
+std::optional<ESteamUploadRefusal> CheckSteamLogin(const FString& Username, const FString& Password, bool bCachedLogin)
+{
+	if (Username.IsEmpty())
+	{
+		return ESteamUploadRefusal::NoUsername;
+	}
+	if (Password.IsEmpty() && !bCachedLogin)
+	{
+		return ESteamUploadRefusal::NoPassword;
+	}
+	return std::nullopt;
+}
+
 #undef LOCTEXT_NAMESPACE

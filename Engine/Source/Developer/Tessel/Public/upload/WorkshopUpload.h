@@ -2,6 +2,7 @@
 
 #include "catalogue/ModSetup.h"
 
+#include <optional>
 #include <string>
 
 // The two routes to the Workshop without the window: the kit's uploader, whose exit code is the published id, and
@@ -46,3 +47,6 @@ enum class ESteamUploadRefusal : uint8
 	NoTemplate,
 };
 FText DescribeSteamUploadRefusal(ESteamUploadRefusal Refusal);
+// What a login lacks before SteamCMD may start: a user name, and a password unless SteamCMD logs in on the
+// credentials it cached; unset when it lacks nothing.
+std::optional<ESteamUploadRefusal> CheckSteamLogin(const FString& Username, const FString& Password, bool bCachedLogin);
