@@ -24,20 +24,14 @@
 
 namespace
 {
-	// Every file below Root, as paths relative to it; folders only show through their files.
 	std::set<std::string> FilesBelow(const FString& Root)
 	{
-		std::set<std::string> Files;
-		const std::filesystem::path Base(Root.ToUtf8());
-		std::error_code Error;
-		for (const auto& Entry : std::filesystem::recursive_directory_iterator(Base, Error))
+		std::set<std::string> Names;
+		for (const auto& Entry : FTempDirectory::ReadTree(Root))
 		{
-			if (!Entry.is_directory())
-			{
-				Files.insert(std::filesystem::relative(Entry.path(), Base).generic_string());
-			}
+			Names.insert(Entry.first);
 		}
-		return Files;
+		return Names;
 	}
 
 	// The original bytes as the loader gets them back out of a ".z" file.
@@ -172,13 +166,12 @@ TEST(CompressCookedFilesTests, WalkWithThePoolMakesWhatOneThreadMakesEvenWhenFil
 	FCompression::SetParallelCompression(true);
 	ASSERT_TRUE(bOneThread);
 
-	const std::set<std::string> Files = FilesBelow(Dir / TEXT("OneThread"));
-	EXPECT_EQ(FilesBelow(Dir / TEXT("Pooled")), Files);
-	EXPECT_EQ(Files.size(), 2u * (36 + 6 + 1) + 36);
-	for (const std::string& File : Files)
+	const std::map<std::string, std::string> OneThread = FTempDirectory::ReadTree(Dir / TEXT("OneThread"));
+	EXPECT_EQ(FilesBelow(Dir / TEXT("Pooled")), FilesBelow(Dir / TEXT("OneThread")));
+	EXPECT_EQ(OneThread.size(), 2u * (36 + 6 + 1) + 36);
+	for (const auto& [Name, Bytes] : OneThread)
 	{
-		const FString Rel = FString::FromUtf8(File.c_str());
-		EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("Pooled") / Rel), FTempDirectory::ReadBytes(Dir / TEXT("OneThread") / Rel)) << File;
+		EXPECT_EQ(FTempDirectory::ReadBytes(Dir / TEXT("Pooled") / FString::FromUtf8(Name)), Bytes) << Name;
 	}
 	const FString Out = Dir / TEXT("Pooled") / Changed;
 	EXPECT_EQ(Unpack(Out / TEXT("shrinks.uasset.z"), 10), Shrunk);
@@ -331,9 +324,8 @@ TEST(CompressCookedFilesTests, KilledWalkLeavesOnlyWholeFilesUnderTheirNames)
 
 		// Every file under its final name is whole: a ".z" decodes to one cook's bytes, a copy is one cook's
 		// file, and a size file stands beside its ".z" and says its size.
-		for (const std::string& Name : FilesBelow(Target))
+		for (const auto& [Name, Found] : FTempDirectory::ReadTree(Target))
 		{
-			const FString Path = Target / FString::FromUtf8(Name);
 			const std::string Base = std::filesystem::path(Name).filename().string();
 			if (Base == "SaveCompressed.tmp" || Base.starts_with("."))
 			{
@@ -344,12 +336,12 @@ TEST(CompressCookedFilesTests, KilledWalkLeavesOnlyWholeFilesUnderTheirNames)
 			if (Name.ends_with(".z.uncompressed_size"))
 			{
 				ASSERT_TRUE(std::filesystem::exists((Target / FString::FromUtf8(Source + ".z")).ToNative())) << Name;
-				ASSERT_EQ(FTempDirectory::ReadBytes(Path), std::to_string(Variants[0].size()) + "\r\n") << Name;
+				ASSERT_EQ(Found, std::to_string(Variants[0].size()) + "\r\n") << Name;
 			}
 			else
 			{
 				const std::string Bytes =
-					Name.ends_with(".z") ? Unpack(Path, static_cast<int64>(Variants[0].size())) : FTempDirectory::ReadBytes(Path);
+					Name.ends_with(".z") ? Unpack(Target / FString::FromUtf8(Name), static_cast<int64>(Variants[0].size())) : Found;
 				ASSERT_FALSE(HasFailure()) << Name << " after round " << Rounds;
 				ASSERT_TRUE(Bytes == Variants[0] || Bytes == Variants[1]) << Name << " after round " << Rounds;
 			}

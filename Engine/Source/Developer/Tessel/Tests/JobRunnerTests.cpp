@@ -10,11 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <numeric>
-#include <chrono>
 #include <filesystem>
 #include <random>
-#include <thread>
 #ifndef _WIN32
 #include <sys/stat.h>
 #endif
@@ -27,15 +24,12 @@ namespace
 	// Every file below Root, relative to it, one a line, sorted.
 	std::string FilesUnder(const FString& Root)
 	{
-		std::vector<std::string> Files;
-		std::error_code Error;
-		const std::filesystem::path Base(Root.ToNative());
-		for (const auto& Entry : std::filesystem::recursive_directory_iterator(Base, Error))
+		std::string Lines;
+		for (const auto& Entry : FTempDirectory::ReadTree(Root))
 		{
-			Files.push_back(Entry.is_directory() ? std::string() : std::filesystem::relative(Entry.path(), Base).generic_string() + "\n");
+			Lines += Entry.first + "\n";
 		}
-		std::sort(Files.begin(), Files.end());
-		return std::accumulate(Files.begin(), Files.end(), std::string());
+		return Lines;
 	}
 
 	// A kit with the stand-in commandlet in the given mode, a tool over it without a window, and a recording dialog
@@ -65,17 +59,7 @@ namespace
 		// Ticks until the condition holds; false after a generous time.
 		template <typename ConditionType> bool TickUntil(ConditionType Condition, STesselTool* Target = nullptr)
 		{
-			const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-			while (!Condition())
-			{
-				if (std::chrono::steady_clock::now() > Deadline)
-				{
-					return false;
-				}
-				Tick(Target);
-				std::this_thread::sleep_for(std::chrono::milliseconds(2));
-			}
-			return true;
+			return TestPrograms::WaitUntil(Condition, [&] { Tick(Target); });
 		}
 		bool RunToEnd()
 		{

@@ -1,14 +1,13 @@
 #include "STesselUI.h"
 #include "TesselSession.h"
 #include "TestKit.h"
+#include "TestPrograms.h"
 
 #include <gtest/gtest.h>
 #include <dirent.h>
 #include <filesystem>
 #ifndef _WIN32
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #endif
 
 // Every folder is a mod, whatever its name, found as public. Its maps are the ".umap" files directly in it, the
@@ -82,22 +81,15 @@ TEST(ModCatalogueTests, NoReadableModsFolderGivesAnEmptyListAndNoSelection)
 	Kit.AddMod(TEXT("Hidden"));
 	chmod(Kit.Root().ToNative().c_str(), 0755);
 	chmod(Kit.ModsDir().ToNative().c_str(), 0);
-	const pid_t Child = fork();
-	ASSERT_GE(Child, 0);
-	if (Child == 0)
-	{
-		if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
+	const int Result = TestPrograms::RunWithoutRoot(
+		[]
 		{
-			_exit(20);
-		}
-		STesselTool Unreadable;
-		Unreadable.RefreshModList(false);
-		_exit(Unreadable.ModList.Num() == 0 && !Unreadable.SelectedMod ? 0 : 1);
-	}
-	int Status = 0;
-	ASSERT_EQ(waitpid(Child, &Status, 0), Child);
+			STesselTool Unreadable;
+			Unreadable.RefreshModList(false);
+			return Unreadable.ModList.Num() == 0 && !Unreadable.SelectedMod ? 0 : 1;
+		});
 	chmod(Kit.ModsDir().ToNative().c_str(), 0755);
-	EXPECT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0) << "the unreadable folder still gave records: " << Status;
+	EXPECT_EQ(Result, 0) << "the unreadable folder still gave records";
 	// Readable again, the same folder gives its mod: the child's empty list came from the permissions.
 	Tool->OnRefreshClicked();
 	EXPECT_EQ(Tool->ModList.Num(), 1);

@@ -2,6 +2,7 @@
 #include "STesselUI.h"
 #include "TesselSession.h"
 #include "TestKit.h"
+#include "TestPrograms.h"
 
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
@@ -161,31 +162,24 @@ TEST(ModDatabaseTests, AFileThatDidNotLoadIsKeptBesideItBeforeTheSaveReplacesIt)
 	IFileManager::Get().Delete(*KeptSecond);
 	const std::string Theirs = "the user's records, which this user may write but not read";
 	WriteDatabase(Kit, Theirs);
-	const pid_t Child = fork();
-	ASSERT_GE(Child, 0);
-	if (Child == 0)
+	if (geteuid() == 0)
 	{
-		// Root reads any file: the child becomes the file's owner without that power, as a mod author is.
-		bool bReady = true;
-		if (geteuid() == 0)
+		// The child gives up root's power to read any file: the file and its folders become its own.
+		for (FString Folder = Path; Folder.Len() > Kit.Root().Len(); Folder = FPaths::GetPath(Folder))
 		{
-			for (FString Folder = Path; Folder.Len() > Kit.Root().Len(); Folder = FPaths::GetPath(Folder))
-			{
-				bReady = bReady && chown(Folder.ToUtf8().c_str(), 65534, 65534) == 0;
-			}
-			bReady = bReady && chmod(Kit.Root().ToUtf8().c_str(), 0777) == 0 && setgid(65534) == 0 && setuid(65534) == 0;
+			ASSERT_EQ(chown(Folder.ToUtf8().c_str(), 65534, 65534), 0);
 		}
-		if (!bReady || chmod(Path.ToUtf8().c_str(), 0200) != 0)
-		{
-			_exit(3);
-		}
-		TSharedRef<STesselTool> Saver = SNew(STesselTool);
-		Saver->SaveModDatabase();
-		_exit(Saver->ModList.Num() == 1 ? 0 : 4);
+		ASSERT_EQ(chmod(Kit.Root().ToUtf8().c_str(), 0777), 0);
 	}
-	int Status = 0;
-	ASSERT_EQ(waitpid(Child, &Status, 0), Child);
-	ASSERT_TRUE(WIFEXITED(Status) && WEXITSTATUS(Status) == 0) << "child status " << Status;
+	ASSERT_EQ(chmod(Path.ToUtf8().c_str(), 0200), 0);
+	EXPECT_EQ(TestPrograms::RunWithoutRoot(
+				  []
+				  {
+					  TSharedRef<STesselTool> Saver = SNew(STesselTool);
+					  Saver->SaveModDatabase();
+					  return Saver->ModList.Num() == 1 ? 0 : 4;
+				  }),
+			  0);
 	chmod(Path.ToUtf8().c_str(), 0600);
 	EXPECT_EQ(FTempDirectory::ReadBytes(Path), Theirs);
 	EXPECT_FALSE(FPaths::FileExists(KeptSecond));

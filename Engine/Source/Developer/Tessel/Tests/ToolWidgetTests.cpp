@@ -12,7 +12,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <memory>
-#include <thread>
 
 TESSEL_WIDGET_TEST_MAIN()
 
@@ -171,27 +170,24 @@ TEST(TesselModuleTests, StartRegistersTheTabAndShutdownEndsEveryJobAtOnceWithout
 	ASSERT_TRUE(Running->Process->Launch());
 	TArray<FString> Lines;
 	const FString* Ignoring = nullptr;
-	const auto Deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-	while (!Ignoring && std::chrono::steady_clock::now() < Deadline)
-	{
-		std::this_thread::sleep_for(std::chrono::milliseconds(5));
-		Running->TakeCompletedLines(Lines);
-		Ignoring = Lines.FindByPredicate([](const FString& Line) { return Line.StartsWith(TEXT("ignoring ")); });
-	}
-	ASSERT_TRUE(Ignoring);
+	ASSERT_TRUE(TestPrograms::WaitUntil([&] { return Ignoring != nullptr; },
+										[&]
+										{
+											Running->TakeCompletedLines(Lines);
+											Ignoring = Lines.FindByPredicate([](const FString& Line)
+																			 { return Line.StartsWith(TEXT("ignoring ")); });
+										},
+										30));
 	const pid_t Child = static_cast<pid_t>(std::atoi(Ignoring->Mid(9).ToUtf8().c_str()));
 
 	// A shutdown that offered the polite signal first would wait for the child, or leave it, for seconds.
 	const auto Before = std::chrono::steady_clock::now();
 	FModuleManager::Get().UnloadModule(TEXT("Tessel"));
-	EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - Before).count(), 1.0);
+	const double Unloading = std::chrono::duration<double>(std::chrono::steady_clock::now() - Before).count();
+	EXPECT_LT(Unloading, 1.0);
 	EXPECT_EQ(ActiveJobs.Num(), 0);
 	EXPECT_FALSE(FGlobalTabmanager::Get()->HasTabSpawner(TEXT("TesselTools")));
-	while (!TestPrograms::IsGone(Child) && std::chrono::steady_clock::now() < Before + std::chrono::seconds(1))
-	{
-		std::this_thread::sleep_for(std::chrono::milliseconds(5));
-	}
-	EXPECT_TRUE(TestPrograms::IsGone(Child));
+	EXPECT_TRUE(TestPrograms::WaitUntil([&] { return TestPrograms::IsGone(Child); }, [] {}, 1.0 - Unloading));
 	EXPECT_FALSE(Queued->bStarted);
 	EXPECT_FALSE(Queued->Process->IsRunning());
 

@@ -18,6 +18,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -146,25 +147,22 @@ namespace
 		TArray<FString> Shown;
 	};
 
-	// Every regular file at or below Path whose bytes hold Needle.
-	std::vector<std::string> FilesHolding(const std::filesystem::path& Path, const std::string& Needle)
+	// The files at or below Path (a file or a folder) whose bytes hold Needle.
+	std::vector<std::string> FilesHolding(const FString& Path, const std::string& Needle)
 	{
-		std::vector<std::string> Found;
+		std::map<std::string, std::string> Files = FTempDirectory::ReadTree(Path);
 		std::error_code Error;
-		auto Check = [&](const std::filesystem::path& File)
+		if (std::filesystem::is_regular_file(Path.ToUtf8(), Error))
 		{
-			std::error_code Unreadable;
-			if (std::filesystem::is_regular_file(File, Unreadable) &&
-				FUploadKit::Contains(FTempDirectory::ReadBytes(FString::FromUtf8(File.string())), Needle))
+			Files[Path.ToUtf8()] = FTempDirectory::ReadBytes(Path);
+		}
+		std::vector<std::string> Found;
+		for (const auto& [Name, Bytes] : Files)
+		{
+			if (FUploadKit::Contains(Bytes, Needle))
 			{
-				Found.push_back(File.string());
+				Found.push_back(Name);
 			}
-		};
-		Check(Path);
-		for (std::filesystem::recursive_directory_iterator It(Path, std::filesystem::directory_options::skip_permission_denied, Error), End;
-			 !Error && It != End; It.increment(Error))
-		{
-			Check(It->path());
 		}
 		return Found;
 	}
@@ -226,7 +224,7 @@ TEST(UploadTests, SteamCmdRouteFromFirstUploadToResetAndRestart)
 	}
 	for (const std::string& Needle : {FString(Password).ToUtf8(), Wide})
 	{
-		EXPECT_EQ(FilesHolding(Upload.Kit.Root().ToUtf8(), Needle), std::vector<std::string>());
+		EXPECT_EQ(FilesHolding(Upload.Kit.Root(), Needle), std::vector<std::string>());
 		const char* TempRoot = std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp";
 		std::error_code Error;
 		for (const auto& Entry : std::filesystem::directory_iterator(TempRoot, std::filesystem::directory_options::skip_permission_denied, Error))
@@ -234,7 +232,7 @@ TEST(UploadTests, SteamCmdRouteFromFirstUploadToResetAndRestart)
 			if (Entry.last_write_time(Error) >= Started &&
 				(Entry.is_regular_file(Error) || Entry.path().filename().string().rfind("tessel-", 0) == 0))
 			{
-				EXPECT_EQ(FilesHolding(Entry.path(), Needle), std::vector<std::string>());
+				EXPECT_EQ(FilesHolding(FString::FromUtf8(Entry.path().string()), Needle), std::vector<std::string>());
 			}
 		}
 	}

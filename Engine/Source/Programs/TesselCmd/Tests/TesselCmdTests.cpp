@@ -6,6 +6,7 @@
 #include "CommandRun.h"
 #include "HAL/FileManager.h"
 #include "HAL/PlatformFile.h"
+#include "JsonTestUtils.h"
 #include "Misc/FileHelper.h"
 #include "Serialization/Archive.h"
 #include "TestKit.h"
@@ -38,35 +39,21 @@ namespace
 		return Text.ToUtf8();
 	}
 
-	TSharedPtr<FJsonObject> ParseJson(const std::string& Utf8Text)
+	TSharedPtr<FJsonObject> ParseJsonText(const std::string& Utf8Text)
 	{
-		const std::u16string Units = FString::FromUtf8(Utf8Text).GetStd();
-		TArray<uint8> Bytes;
-		for (const char16_t Unit : Units)
-		{
-			Bytes.Add(static_cast<uint8>(Unit & 0xFF));
-			Bytes.Add(static_cast<uint8>(Unit >> 8));
-		}
-		FMemoryArchive Archive(Bytes, true);
-		TSharedPtr<FJsonObject> Root;
-		if (!JsonSerializer::Deserialize(MakeShared<JsonReader>(&Archive), Root))
+		const FParseResult Result = ParseJson(FString::FromUtf8(Utf8Text).GetStd());
+		if (!Result.bOk)
 		{
 			ADD_FAILURE() << "not one JSON document:\n" << Utf8Text;
 			return MakeShared<FJsonObject>();
 		}
-		return Root;
+		return Result.Object;
 	}
 
 	// A Mods.db as the tool writes it: UTF-16 little-endian JSON.
 	void WriteDatabase(const FTestKit& Kit, const std::u16string& Json)
 	{
-		std::string Bytes;
-		for (const char16_t Unit : Json)
-		{
-			Bytes += static_cast<char>(Unit & 0xFF);
-			Bytes += static_cast<char>(Unit >> 8);
-		}
-		Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), Bytes);
+		Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), ToUtf16Bytes(Json));
 	}
 
 	std::u16string OneRecordDatabase(const std::u16string& ModDir, const std::u16string& Title, const std::u16string& Guid)
@@ -80,23 +67,6 @@ namespace
 	std::string DatabaseBytes(const FTestKit& Kit)
 	{
 		return FTempDirectory::ReadBytes(Kit.Root() / TEXT("Orrery/Saved/Mods.db"));
-	}
-
-	// Every file below Folder with its bytes, by the path below Folder.
-	std::map<std::string, std::string> ReadTree(const FString& Folder)
-	{
-		std::map<std::string, std::string> Files;
-		FPlatformFileManager::Get().GetPlatformFile().IterateDirectoryRecursively(
-			*Folder,
-			[&](const TCHAR* Path, bool bIsDirectory)
-			{
-				if (!bIsDirectory)
-				{
-					Files[Utf8(FString(Path).Mid(Folder.Len()))] = FTempDirectory::ReadBytes(FString(Path));
-				}
-				return true;
-			});
-		return Files;
 	}
 
 	// A kit with every program in its place and one mod, "Islands", with two maps and a packaged tree.
@@ -131,7 +101,7 @@ namespace
 	// No file under Folder holds Text.
 	void ExpectNoFileHolds(const FString& Folder, const std::string& Text)
 	{
-		for (const auto& [Path, Bytes] : ReadTree(Folder))
+		for (const auto& [Path, Bytes] : FTempDirectory::ReadTree(Folder))
 		{
 			EXPECT_EQ(Bytes.find(Text), std::string::npos) << Path;
 		}
@@ -151,7 +121,7 @@ TEST(TesselCmdTests, ListMergesFoldersAndRecordsAndWritesNothing)
 	// Found from a folder inside the kit, as on a build server that runs in the checkout.
 	const FCommandRun Run = RunTesselCmd(FCommandSetup{{"--json", "list"}, {}, Utf8(Kit.ModsDir())});
 	ASSERT_EQ(Run.ExitCode, 0) << Run.Stderr;
-	const TSharedPtr<FJsonObject> Root = ParseJson(Run.Stdout);
+	const TSharedPtr<FJsonObject> Root = ParseJsonText(Run.Stdout);
 	EXPECT_EQ(Root->GetStringField(TEXT("kit")), Kit.Root());
 	const TArray<TSharedPtr<FJsonValue>>& Mods = Root->GetArrayField(TEXT("mods"));
 	ASSERT_EQ(Mods.Num(), 2);
@@ -182,7 +152,7 @@ TEST(TesselCmdTests, SetSavesCleanedFieldsAndRefusesBadOnesWithoutWriting)
 	const FCommandRun Run = Ready.Run({"--json", "set", "islands", "title=Island Pack", "description=@" + Notes, "Change-Notes=@@first",
 									   "visibility=friends only", "tags=map, Mod,map", "preview=" + Utf8(Ready.Preview)});
 	ASSERT_EQ(Run.ExitCode, 0) << Run.Stderr;
-	const TSharedPtr<FJsonObject> Mod = ParseJson(Run.Stdout)->GetObjectField(TEXT("mod"));
+	const TSharedPtr<FJsonObject> Mod = ParseJsonText(Run.Stdout)->GetObjectField(TEXT("mod"));
 	EXPECT_EQ(Mod->GetStringField(TEXT("Title")), FString(TEXT("Island Pack")));
 	EXPECT_EQ(Mod->GetStringField(TEXT("Description")), FString(TEXT("Line one\nLine two \"quoted\"\n")));
 	EXPECT_EQ(Mod->GetStringField(TEXT("ChangeNotes")), FString(TEXT("@first")));
@@ -205,7 +175,7 @@ TEST(TesselCmdTests, SetSavesCleanedFieldsAndRefusesBadOnesWithoutWriting)
 								   {},
 								   Utf8(Elsewhere)});
 	ASSERT_EQ(Back.ExitCode, 0) << Back.Stderr;
-	const TSharedPtr<FJsonObject> Returned = ParseJson(Back.Stdout)->GetObjectField(TEXT("mod"));
+	const TSharedPtr<FJsonObject> Returned = ParseJsonText(Back.Stdout)->GetObjectField(TEXT("mod"));
 	EXPECT_EQ(Returned->GetStringField(TEXT("PreviewImage")), Ready.Preview);
 	EXPECT_EQ(Returned->GetStringField(TEXT("ItemSeamId")), FString(TEXT("18446744073709551615")));
 	EXPECT_EQ(Returned->GetStringField(TEXT("GUID")), FString(TEXT("0123456789ABCDEF0123456789ABCDEF")));
@@ -279,7 +249,7 @@ TEST(TesselCmdTests, CheckNamesEveryProblemWithWhatToDo)
 	FReadyKit Ready;
 	FCommandRun Fresh = Ready.Run({"--json", "check", "Islands"});
 	EXPECT_EQ(Fresh.ExitCode, 1);
-	TSharedPtr<FJsonObject> Root = ParseJson(Fresh.Stdout);
+	TSharedPtr<FJsonObject> Root = ParseJsonText(Fresh.Stdout);
 	EXPECT_FALSE(Root->GetBoolField(TEXT("ready")));
 	auto ResultOf = [](const TSharedPtr<FJsonObject>& Document, const TCHAR* Name) -> TSharedPtr<FJsonObject>
 	{
@@ -348,7 +318,7 @@ TEST(TesselCmdTests, TheCookMatchesOneFromTheEditorsCommandLineByteForByte)
 		EXPECT_EQ(Run.Stdout.substr(Run.Stdout.size() - Last.size()), Last);
 		// No terminal, no progress line.
 		EXPECT_EQ(Run.Stderr.find("Packaging"), std::string::npos);
-		FromCommandLine = ReadTree(Ready.Kit.Root() / TEXT("ModTools/Output/Islands"));
+		FromCommandLine = FTempDirectory::ReadTree(Ready.Kit.Root() / TEXT("ModTools/Output/Islands"));
 	}
 	std::map<std::string, std::string> FromWindow;
 	{
@@ -358,11 +328,11 @@ TEST(TesselCmdTests, TheCookMatchesOneFromTheEditorsCommandLineByteForByte)
 		const FCookOutcome Outcome = Session.Cook(*Session.GetMods()[0], ECookKind::Map,
 												  FCookOptions::FromEditorCommandLine(TEXT("-modasdlc")), [](const FString&) {});
 		EXPECT_TRUE(Outcome.bSucceeded);
-		FromWindow = ReadTree(Ready.Kit.Root() / TEXT("ModTools/Output/Islands"));
+		FromWindow = FTempDirectory::ReadTree(Ready.Kit.Root() / TEXT("ModTools/Output/Islands"));
 	}
 	// Both targets, every package as ".z" beside its size file, and the description files beside them.
-	for (const char* Expected : {"/WindowsNoEditor/Alpha.umap.z", "/WindowsNoEditor/Alpha.umap.z.uncompressed_size",
-								 "/WindowsServer/Beta.umap.z", "/mod.info", "/modmeta.info"})
+	for (const char* Expected : {"WindowsNoEditor/Alpha.umap.z", "WindowsNoEditor/Alpha.umap.z.uncompressed_size",
+								 "WindowsServer/Beta.umap.z", "mod.info", "modmeta.info"})
 	{
 		EXPECT_EQ(FromCommandLine.count(Expected), 1u) << Expected;
 	}
@@ -379,7 +349,7 @@ TEST(TesselCmdTests, CookOptionsReachTheCookAsTheEditorsCommandLine)
 	ASSERT_EQ(Test.ExitCode, 0) << Test.Stderr;
 	// With --json the log goes to stderr and stdout holds the result alone.
 	EXPECT_NE(Test.Stderr.find("Quillon Dev Kit: Job Successful!!"), std::string::npos);
-	const TSharedPtr<FJsonObject> Result = ParseJson(Test.Stdout)->GetArrayField(TEXT("results"))[0]->AsObject();
+	const TSharedPtr<FJsonObject> Result = ParseJsonText(Test.Stdout)->GetArrayField(TEXT("results"))[0]->AsObject();
 	EXPECT_TRUE(Result->GetBoolField(TEXT("success")));
 	EXPECT_EQ(Result->GetStringField(TEXT("kind")), FString(TEXT("map")));
 	EXPECT_EQ(Result->GetStringField(TEXT("output")), TestOutput.Get());
@@ -419,7 +389,7 @@ TEST(TesselCmdTests, CookOptionsReachTheCookAsTheEditorsCommandLine)
 	Ready.Kit.WriteFile(TEXT("Orrery/Content/Mods/Props/StandIn.mode"), "crash");
 	const FCommandRun All = Ready.Run({"--json", "cook", "--all"});
 	EXPECT_EQ(All.ExitCode, 1);
-	const TArray<TSharedPtr<FJsonValue>> Results = ParseJson(All.Stdout)->GetArrayField(TEXT("results"));
+	const TArray<TSharedPtr<FJsonValue>> Results = ParseJsonText(All.Stdout)->GetArrayField(TEXT("results"));
 	ASSERT_EQ(Results.Num(), 2);
 	for (const TSharedPtr<FJsonValue>& Item : Results)
 	{
@@ -549,7 +519,7 @@ TEST(TesselCmdTests, ACachedSteamLoginPassesNoPassword)
 	EXPECT_NE(Cached.Stderr.find("Logging in using cached credentials."), std::string::npos) << Cached.Stderr;
 	EXPECT_EQ(Cached.Stderr.find("warning:"), std::string::npos) << Cached.Stderr;
 	EXPECT_EQ(Cached.Stderr.find(Password), std::string::npos);
-	EXPECT_EQ(ParseJson(Cached.Stdout)->GetArrayField(TEXT("results"))[0]->AsObject()->GetStringField(TEXT("publishedFileId")),
+	EXPECT_EQ(ParseJsonText(Cached.Stdout)->GetArrayField(TEXT("results"))[0]->AsObject()->GetStringField(TEXT("publishedFileId")),
 			  FString(TEXT("2900000001")));
 	const FCommandRun Dry = Ready.Run({"publish", "Islands", "--dry-run", "--steam-cached-login"}, UserOnly);
 	EXPECT_NE(Dry.Stdout.find("+login author  +workshop_build_item"), std::string::npos) << Dry.Stdout;
@@ -563,7 +533,7 @@ TEST(TesselCmdTests, AnUpdateThatComesBackAsAnotherItemFailsAndKeepsTheId)
 	const FCommandRun Other = Ready.Run({"publish", "Islands"}, {{"TESSEL_UPLOADER_EXIT", "151"}});
 	EXPECT_EQ(Other.ExitCode, 1);
 	EXPECT_NE(Other.Stderr.find("the update of item 150 read back id 151; the known id stays"), std::string::npos) << Other.Stderr;
-	const TSharedPtr<FJsonObject> Listed = ParseJson(Ready.Run({"--json", "list"}).Stdout);
+	const TSharedPtr<FJsonObject> Listed = ParseJsonText(Ready.Run({"--json", "list"}).Stdout);
 	EXPECT_EQ(Listed->GetArrayField(TEXT("mods"))[0]->AsObject()->GetStringField(TEXT("ItemSeamId")), FString(TEXT("150")));
 }
 
@@ -595,7 +565,8 @@ TEST(TesselCmdTests, TwoRunsAtOnceNeverBothSucceedWithAnEditLost)
 		std::thread Other([&] { Second = Ready.Run({"set", "Islands", "description=" + Description}); });
 		First = Ready.Run({"set", "Islands", "title=" + Title});
 		Other.join();
-		const TSharedPtr<FJsonObject> Saved = ParseJson(Ready.Run({"--json", "list"}).Stdout)->GetArrayField(TEXT("mods"))[0]->AsObject();
+		const TSharedPtr<FJsonObject> Saved =
+			ParseJsonText(Ready.Run({"--json", "list"}).Stdout)->GetArrayField(TEXT("mods"))[0]->AsObject();
 		// Whatever ran first, every run that says it saved has its edit in the file; one that lost says so.
 		for (const auto& [Run, Field, Value] : {std::tuple{&First, TEXT("Title"), Title}, std::tuple{&Second, TEXT("Description"), Description}})
 		{
@@ -775,13 +746,16 @@ TEST(TesselCmdTests, PublishTakesTheWindowsRoutesAndKeepsThePasswordSecret)
 	// The uploader publishes: its exit code is the id, saved at once.
 	const FCommandRun ByUploader = Ready.Run({"--json", "publish", "Islands"}, {{"TESSEL_UPLOADER_EXIT", "150"}});
 	ASSERT_EQ(ByUploader.ExitCode, 0) << ByUploader.Stderr;
-	TSharedPtr<FJsonObject> Result = ParseJson(ByUploader.Stdout)->GetArrayField(TEXT("results"))[0]->AsObject();
+	TSharedPtr<FJsonObject> Result = ParseJsonText(ByUploader.Stdout)->GetArrayField(TEXT("results"))[0]->AsObject();
 	EXPECT_EQ(Result->GetStringField(TEXT("route")), FString(TEXT("uploader")));
 	EXPECT_EQ(Result->GetStringField(TEXT("publishedFileId")), FString(TEXT("150")));
 	EXPECT_EQ(Result->GetStringField(TEXT("url")), FString(TEXT("https://steamcommunity.com/sharedfiles/filedetails/?id=150")));
 	auto SavedId = [&Ready]
 	{
-		return ParseJson(Ready.Run({"--json", "list"}).Stdout)->GetArrayField(TEXT("mods"))[0]->AsObject()->GetStringField(TEXT("ItemSeamId"));
+		return ParseJsonText(Ready.Run({"--json", "list"}).Stdout)
+			->GetArrayField(TEXT("mods"))[0]
+			->AsObject()
+			->GetStringField(TEXT("ItemSeamId"));
 	};
 	EXPECT_EQ(SavedId(), FString(TEXT("150")));
 
@@ -808,7 +782,7 @@ TEST(TesselCmdTests, PublishTakesTheWindowsRoutesAndKeepsThePasswordSecret)
 	}
 	const FCommandRun BySteamCmd = Ready.Run({"--json", "publish", "Islands"}, Login);
 	ASSERT_EQ(BySteamCmd.ExitCode, 0) << BySteamCmd.Stderr;
-	Result = ParseJson(BySteamCmd.Stdout)->GetArrayField(TEXT("results"))[0]->AsObject();
+	Result = ParseJsonText(BySteamCmd.Stdout)->GetArrayField(TEXT("results"))[0]->AsObject();
 	EXPECT_EQ(Result->GetStringField(TEXT("route")), FString(TEXT("steamcmd")));
 	EXPECT_EQ(Result->GetStringField(TEXT("publishedFileId")), FString(TEXT("2900000001")));
 	// SteamCMD's own words reach stderr and the result, never stdout's JSON.
@@ -872,7 +846,7 @@ TEST(TesselCmdTests, InspectChecksPackagesTreesAndDescriptionFiles)
 	const FString Extracted = Scratch / TEXT("alpha.bin");
 	const FCommandRun Good = RunTesselCmd({"--json", "inspect", Utf8(Alpha), "--extract", Utf8(Extracted)});
 	ASSERT_EQ(Good.ExitCode, 0) << Good.Stderr;
-	const TSharedPtr<FJsonObject> Report = ParseJson(Good.Stdout);
+	const TSharedPtr<FJsonObject> Report = ParseJsonText(Good.Stdout);
 	EXPECT_EQ(Report->GetNumberField(TEXT("chunks")), 1.0);
 	EXPECT_EQ(Report->GetNumberField(TEXT("uncompressedBytes")), static_cast<double>(Source.size()));
 	EXPECT_EQ(Report->GetNumberField(TEXT("sizeFile")), static_cast<double>(Source.size()));
@@ -880,7 +854,7 @@ TEST(TesselCmdTests, InspectChecksPackagesTreesAndDescriptionFiles)
 
 	const FCommandRun Tree = RunTesselCmd({"--json", "inspect", Utf8(Target / TEXT(".."))});
 	ASSERT_EQ(Tree.ExitCode, 0) << Tree.Stderr;
-	const TSharedPtr<FJsonObject> Summary = ParseJson(Tree.Stdout);
+	const TSharedPtr<FJsonObject> Summary = ParseJsonText(Tree.Stdout);
 	EXPECT_EQ(Summary->GetArrayField(TEXT("packages")).Num(), 2);
 	EXPECT_TRUE(Summary->GetBoolField(TEXT("modInfo")));
 	EXPECT_EQ(Summary->GetArrayField(TEXT("problems")).Num(), 0);
@@ -909,7 +883,7 @@ TEST(TesselCmdTests, InspectChecksPackagesTreesAndDescriptionFiles)
 	ASSERT_EQ(Ready.Run({"cook", "Islands", "--test-output", Utf8(TestOutput.Get()), "--mod-id", "7", "--mod-title", "Isle"}).ExitCode, 0);
 	const FCommandRun Mod = RunTesselCmd({"--json", "inspect", Utf8(TestOutput / TEXT("7.mod"))});
 	ASSERT_EQ(Mod.ExitCode, 0) << Mod.Stderr;
-	const TSharedPtr<FJsonObject> ModFile = ParseJson(Mod.Stdout);
+	const TSharedPtr<FJsonObject> ModFile = ParseJsonText(Mod.Stdout);
 	EXPECT_EQ(ModFile->GetNumberField(TEXT("modNumber")), 7.0);
 	EXPECT_EQ(ModFile->GetStringField(TEXT("title")), FString(TEXT("Isle")));
 	EXPECT_EQ(ModFile->GetNumberField(TEXT("magic")), static_cast<double>(0xFF22FF33u));

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
 
 // A fresh folder under the system's temporary folder, removed with everything in it at the end of a test.
@@ -60,6 +61,26 @@ public:
 	{
 		std::ifstream In(NativePath(Full), std::ios::binary);
 		return std::string(std::istreambuf_iterator<char>(In), std::istreambuf_iterator<char>());
+	}
+
+	// Every regular file below Root with its bytes, by its path below Root ("/" between folders); a folder shows
+	// only through its files, and one that can't be read through none.
+	static std::map<std::string, std::string> ReadTree(const FString& Root)
+	{
+		std::map<std::string, std::string> Files;
+		const std::filesystem::path Base = NativePath(Root);
+		std::error_code Error;
+		for (std::filesystem::recursive_directory_iterator It(Base, std::filesystem::directory_options::skip_permission_denied, Error), End;
+			 !Error && It != End; It.increment(Error))
+		{
+			if (It->is_regular_file(Error))
+			{
+				std::ifstream In(It->path(), std::ios::binary);
+				Files[std::filesystem::relative(It->path(), Base).generic_string()] =
+					std::string(std::istreambuf_iterator<char>(In), std::istreambuf_iterator<char>());
+			}
+		}
+		return Files;
 	}
 
 private:

@@ -7,14 +7,19 @@
 #include "Misc/Paths.h"
 #include "TestPaths.h"
 
+#include <chrono>
 #include <fstream>
+#include <functional>
 #include <string>
+#include <thread>
 #ifdef _WIN32
 #include "Windows/WindowsApi.h"
 #else
 #include <cerrno>
 #include <csignal>
 #include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #endif
 
 namespace TestPrograms
@@ -56,4 +61,35 @@ namespace TestPrograms
 		return Close != std::string::npos && Close + 2 < Line.size() && (Line[Close + 2] == 'Z' || Line[Close + 2] == 'X');
 #endif
 	}
+
+	// Runs Step until Condition holds, a short pause between turns; false when it still doesn't after Seconds.
+	template <typename ConditionType, typename StepType> bool WaitUntil(ConditionType Condition, StepType Step, double Seconds = 60)
+	{
+		const auto Deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(Seconds);
+		while (!Condition())
+		{
+			if (std::chrono::steady_clock::now() > Deadline)
+			{
+				return false;
+			}
+			Step();
+			std::this_thread::sleep_for(std::chrono::milliseconds(2));
+		}
+		return true;
+	}
+
+#ifndef _WIN32
+	// Body's result, run in a forked child that has given up root's power to read and write any file, as a mod
+	// author's own account has it (the user "nobody" then); -1 when the child did not end by itself.
+	inline int RunWithoutRoot(const std::function<int()>& Body)
+	{
+		const pid_t Child = fork();
+		if (Child == 0)
+		{
+			_exit(geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0) ? 120 : Body());
+		}
+		int Status = 0;
+		return Child > 0 && waitpid(Child, &Status, 0) == Child && WIFEXITED(Status) ? WEXITSTATUS(Status) : -1;
+	}
+#endif
 }

@@ -1,7 +1,8 @@
 #pragma once
 
 // The tool widget in a shown window on the offscreen display, as the tab holds it, a job that keeps the queue
-// busy, and a window's widgets written out as text for a golden.
+// busy, and a window's widgets written out as text for a golden. Only for the window tests, which link
+// SlateTesting and see the module's private headers.
 
 #include "STesselUI.h"
 #include "TesselSession.h"
@@ -62,7 +63,8 @@ namespace
 		// A job whose child runs until it is cancelled.
 		FJobGuard()
 		{
-			ActiveJobs.Add(MakeShared<FCookJob>(FModSetup(), FString(TestPaths::FakeChild), TEXT("hang"), FString(), FString(), FString(), 0u, true, false));
+			ActiveJobs.Add(MakeShared<FCookJob>(FModSetup(), FString(TestPaths::FakeChild), TEXT("hang"), FString(), FString(), FString(),
+												0u, true, false));
 		}
 		~FJobGuard() { CancelAllJobs(); }
 	};
