@@ -1,33 +1,18 @@
-#include "STesselUI.h"
-#include "cook/CookJob.h"
-#include "TestKit.h"
+#include "ToolKit.h"
 
 #include <gtest/gtest.h>
 
 namespace
 {
-	// A tool with one selected record, and the editor's command line as given; the queue starts and ends empty.
-	struct FCookFixture
+	// A tool with one selected record with the given maps, and the editor's command line as given.
+	struct FCookFixture : FToolKit
 	{
-		explicit FCookFixture(const TCHAR* EditorCommandLine = TEXT(""), const TCHAR* Maps = TEXT("Foo_Map"))
+		explicit FCookFixture(const TCHAR* EditorCommandLine = TEXT(""), const TCHAR* Maps = TEXT("Foo_Map")) : FToolKit(EditorCommandLine)
 		{
-			FCommandLine::Set(EditorCommandLine);
-			ModId = 123456789;
-			Kit.AddMod(TEXT("Foo"), {TEXT("Foo_Map.umap")});
-			Tool = SNew(STesselTool);
-			Tool->SelectedMod->Maps = Maps;
+			AddMod(TEXT("Foo"), {TEXT("Foo_Map.umap")});
+			OpenTool().SelectedMod->Maps = Maps;
 			Tool->SelectedMod->GUID = TEXT("G");
 		}
-		~FCookFixture()
-		{
-			ActiveJobs.Empty();
-			FCommandLine::Set(FString());
-			ModId = 123456789;
-		}
-		FString Root() const { return Kit.Root(); }
-
-		FTestKit Kit;
-		TSharedPtr<STesselTool> Tool;
 	};
 }
 
@@ -110,17 +95,17 @@ TEST(CookRequestTests, OptionsTitleAndGuid)
 TEST(CookRequestTests, NormalRunsStartFromAnEmptyTreeAndTestRunsDeleteNothing)
 {
 	FCookFixture Fixture;
-	const FString Old = Fixture.Kit.WriteFile(TEXT("ModTools/Output/Foo/WindowsNoEditor/old.uasset.z"), "old");
-	const FString InTest = Fixture.Kit.WriteFile(TEXT("TestDir/keep.txt"), "keep");
+	const FString Old = Fixture.WriteFile(TEXT("ModTools/Output/Foo/WindowsNoEditor/old.uasset.z"), "old");
+	const FString InTest = Fixture.WriteFile(TEXT("TestDir/keep.txt"), "keep");
 	Fixture.Tool->TestOutputDir = Fixture.Root() / TEXT("TestDir");
 	Fixture.Tool->OnCookMapClicked();
 	EXPECT_TRUE(FPaths::FileExists(Old));
 	EXPECT_TRUE(FPaths::FileExists(InTest));
 
-	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Mods/Foo/AdditionalDependencies.txt"),
-						  "/Game/Shared/Rock.uasset\r\n\r\n/Game/Missing/Gone.uasset\r\n/Game/Shared/Tree.umap");
-	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Shared/Rock.uasset"), "rock");
-	Fixture.Kit.WriteFile(TEXT("Orrery/Content/Shared/Tree.umap"), "tree");
+	Fixture.WriteFile(TEXT("Orrery/Content/Mods/Foo/AdditionalDependencies.txt"),
+					  "/Game/Shared/Rock.uasset\r\n\r\n/Game/Missing/Gone.uasset\r\n/Game/Shared/Tree.umap");
+	Fixture.WriteFile(TEXT("Orrery/Content/Shared/Rock.uasset"), "rock");
+	Fixture.WriteFile(TEXT("Orrery/Content/Shared/Tree.umap"), "tree");
 	Fixture.Tool->TestOutputDir.Empty();
 	Fixture.Tool->OnCookTotalConversionClicked();
 	const FString Base = Fixture.Root() / TEXT("ModTools/Output/Foo");

@@ -314,7 +314,7 @@ TEST(DetailsPanelTests, VisibilityOutsideTheOptionsIsShownAsItStandsUntilAChoice
 }
 
 // The demo kit as a person sees it: the log's line and the mods' names are drawn; in the "Islands" form every
-// label, button and check box shows its whole text in the room its widget gives it (a wrapping label excepted),
+// label, button and check box shows its whole text in the room its widget gives it, a wrapping label all its lines;
 // the preview is painted and the banner lettered; long values add no horizontal scroll bar, and the description
 // wraps. Pictures of both are saved to look at. The scale comes from the environment (SLATE_TEST_SCALE), and
 // CTest runs this once at 1 and once at 2.
@@ -361,20 +361,8 @@ TEST(DetailsPanelTests, TheIslandsFormShowsEveryTextWhole)
 	Open.Window->Resize(1200, 760);
 	TickFrames(4);
 	int32 Checked = 0;
-	for (const TCHAR* Type : {TEXT("STextBlock"), TEXT("SButton"), TEXT("SCheckBox")})
-	{
-		for (const TSharedRef<SWidget>& Widget : FindWidgetsByType(Open.Tool.ToSharedRef(), Type))
-		{
-			if (IsShown(*Widget) && !GetShownText(*Widget).IsEmpty())
-			{
-				// A wrapping label shows all its lines in its height; any other text stands whole on its one line.
-				const FSlateTextLook Look = GetTextLook(*Widget);
-				EXPECT_LE(Look.TextHeight, GetGeometry(*Widget).Height) << GetShownText(*Widget).ToUtf8() << " has lines cut off";
-				EXPECT_TRUE(WrapsText(*Widget) || Look.ShownTextWidth <= Look.TextRoomWidth) << GetShownText(*Widget).ToUtf8() << " is cut";
-				++Checked;
-			}
-		}
-	}
+	const TArray<FString> Cut = FindCutTexts(Open.Tool.ToSharedRef(), &Checked);
+	EXPECT_TRUE(Cut.IsEmpty()) << "cut: " << FString::Join(Cut, TEXT(" | ")).ToUtf8();
 	// The form's buttons and one-line labels, and the log side's buttons: not a check that looked at nothing.
 	EXPECT_GE(Checked, 15);
 	const FSlateScreenshot Form = Open.Window->TakeScreenshot();

@@ -1,11 +1,6 @@
-#include "STesselUI.h"
 #include "KitPaths.h"
-#include "cook/CookJob.h"
+#include "ToolKit.h"
 #include "cook/CookQueue.h"
-#include "TestKit.h"
-
-#include "Testing/EditorServicesDouble.h"
-#include "TestPrograms.h"
 
 #include <gtest/gtest.h>
 
@@ -32,64 +27,27 @@ namespace
 		return Lines;
 	}
 
-	// A kit with the stand-in commandlet in the given mode, a tool over it without a window, and a recording dialog
-	// service. Where names are bytes (POSIX) the mod's folder name is no UTF-8, so that every cook shows the bytes
-	// reach the commandlet and the output folder as they are.
-	struct FRunFixture
+	// A kit with the stand-in commandlet in the given mode and a tool over it without a window. Where names are
+	// bytes (POSIX) the mod's folder name is no UTF-8, so that every cook shows the bytes reach the commandlet and
+	// the output folder as they are.
+	struct FRunFixture : FToolKit
 	{
-		explicit FRunFixture(const TCHAR* EditorCommandLine = TEXT(""), const char* Mode = "")
+		explicit FRunFixture(const TCHAR* EditorCommandLine = TEXT(""), const char* Mode = "") : FToolKit(EditorCommandLine)
 		{
-			FCommandLine::Set(EditorCommandLine);
-			ModId = 123456789;
-			Kit.InstallCookCommandlet();
-			Kit.AddMod(ModName, {TEXT("Alpha.umap"), TEXT("Beta.umap"), TEXT("Props/Crate.uasset")});
-			Kit.WriteFile(TEXT("Orrery/Content/Mods/") + ModName + TEXT("/StandIn.mode"), Mode);
-			Services = MakeShared<FEditorServicesDouble>();
-			IEditorServices::Set(Services);
-			Tool = SNew(STesselTool);
+			InstallCookCommandlet();
+			AddMod(ModName, {TEXT("Alpha.umap"), TEXT("Beta.umap"), TEXT("Props/Crate.uasset")});
+			WriteFile(TEXT("Orrery/Content/Mods/") + ModName + TEXT("/StandIn.mode"), Mode);
+			OpenTool();
 		}
-		~FRunFixture()
-		{
-			Tool.Reset();
-			CancelAllJobs();
-			IEditorServices::Set(nullptr);
-			FCommandLine::Set(FString());
-		}
-		void Tick(STesselTool* Target = nullptr) { (Target ? *Target : *Tool).Tick(FGeometry(), 0.0, 0.016f); }
-		// Ticks until the condition holds; false after a generous time.
-		template <typename ConditionType> bool TickUntil(ConditionType Condition, STesselTool* Target = nullptr)
-		{
-			return TestPrograms::WaitUntil(Condition, [&] { Tick(Target); });
-		}
-		bool RunToEnd()
-		{
-			return TickUntil([] { return ActiveJobs.Num() == 0; });
-		}
-		FString DialogText() const
-		{
-			return Services->Dialogs.IsValidIndex(0) ? Services->Dialogs[0].Content->GetDisplayText() : FString();
-		}
-		// The log, each line ended by a line feed.
-		FString Log() const
-		{
-			FString Text;
-			for (const TSharedPtr<FString>& Line : Tool->LogMessages)
-			{
-				Text += *Line + TEXT("\n");
-			}
-			return Text;
-		}
+		FString DialogText() const { return Editor->Dialogs.IsValidIndex(0) ? Editor->Dialogs[0].Content->GetDisplayText() : FString(); }
 		bool LogHas(const FString& Text) const { return Log().Contains(Text, ESearchCase::CaseSensitive); }
-		FString Output() const { return Kit.Root() / TEXT("ModTools/Output") / ModName; }
+		FString Output() const { return Root() / TEXT("ModTools/Output") / ModName; }
 
 #ifdef _WIN32
 		const FString ModName = TEXT("Islands");
 #else
 		const FString ModName = FString::FromNative("Isl\xE9nds\xFF\xFE");
 #endif
-		FTestKit Kit;
-		TSharedPtr<FEditorServicesDouble> Services;
-		TSharedPtr<STesselTool> Tool;
 	};
 }
 
@@ -197,20 +155,20 @@ TEST(JobRunnerTests, TwoTargetsRunInOrderAndTheDialogFollowsTheLast)
 	ASSERT_EQ(ActiveJobs.Num(), 1);
 	EXPECT_EQ(ActiveJobs[0], Second);
 	EXPECT_TRUE(Second->bStarted);
-	EXPECT_EQ(Fixture.Services->Dialogs.Num(), 0);
+	EXPECT_EQ(Fixture.Editor->Dialogs.Num(), 0);
 	EXPECT_TRUE(Fixture.LogHas(TEXT("Success - 0 error(s)")));
 	Fixture.Tool->OnClearLogsClicked();
 	EXPECT_EQ(Fixture.Tool->LogMessages.Num(), 0);
 
 	ASSERT_TRUE(Fixture.RunToEnd());
-	ASSERT_EQ(Fixture.Services->Dialogs.Num(), 1);
-	EXPECT_EQ(Fixture.Services->Dialogs[0].Title.ToString(), FString(TEXT("Quillon Dev Kit")));
+	ASSERT_EQ(Fixture.Editor->Dialogs.Num(), 1);
+	EXPECT_EQ(Fixture.Editor->Dialogs[0].Title.ToString(), FString(TEXT("Quillon Dev Kit")));
 	EXPECT_EQ(Fixture.DialogText(), PossibleErrors);
 	EXPECT_FALSE(Fixture.LogHas(TEXT("Success - 0 error(s)")));
 	EXPECT_TRUE(Fixture.LogHas(TEXT("Cook finished: 3 packages cooked for WindowsServer")));
 	// The queue is empty: the next tick does nothing at all.
 	Fixture.Tick();
-	EXPECT_EQ(Fixture.Services->Dialogs.Num(), 1);
+	EXPECT_EQ(Fixture.Editor->Dialogs.Num(), 1);
 	EXPECT_EQ(FilesUnder(Fixture.Output()), ReadGolden("packaged-tree-two-targets.txt"));
 	for (const TCHAR* Name : {TEXT("mod.info"), TEXT("modmeta.info")})
 	{
@@ -249,7 +207,7 @@ TEST(JobRunnerTests, EveryWayACookEndsEndsEveryJobWithOneDialog)
 			std::filesystem::remove(Exe.ToNative());
 			if (std::string(Case.Mode) == "no program")
 			{
-				Fixture.Kit.WriteFile(TEXT("Engine/Binaries/Win64/UE4Editor.exe"), "MZ but nothing that runs here");
+				Fixture.WriteFile(TEXT("Engine/Binaries/Win64/UE4Editor.exe"), "MZ but nothing that runs here");
 #ifndef _WIN32
 				chmod(Exe.ToNative().c_str(), 0755);
 #endif
@@ -259,7 +217,7 @@ TEST(JobRunnerTests, EveryWayACookEndsEndsEveryJobWithOneDialog)
 		ASSERT_EQ(ActiveJobs.Num(), 2);
 		ASSERT_TRUE(Fixture.RunToEnd()) << Case.Mode;
 		const FString Log = TEXT("\n") + Fixture.Log();
-		EXPECT_EQ(Fixture.Services->Dialogs.Num(), 1) << Case.Mode;
+		EXPECT_EQ(Fixture.Editor->Dialogs.Num(), 1) << Case.Mode;
 		EXPECT_EQ(Fixture.DialogText(), Case.Verdict) << Case.Mode;
 		for (const char16_t* Line : Case.Lines)
 		{
@@ -306,7 +264,7 @@ TEST(JobRunnerTests, CancelDuringTheSecondTargetEndsTheWholeTreeWithoutDialog)
 	EXPECT_EQ(ActiveJobs.Num(), 0);
 	EXPECT_FALSE(Fixture.Tool->CanCancel());
 	EXPECT_TRUE(Fixture.TickUntil([&] { return TestPrograms::IsGone(Grandchild); }));
-	EXPECT_EQ(Fixture.Services->Dialogs.Num(), 0);
+	EXPECT_EQ(Fixture.Editor->Dialogs.Num(), 0);
 	// The second target's completion step never ran: its staging folder is still there.
 	EXPECT_TRUE(FPaths::DirectoryExists(SecondStaging));
 }
@@ -325,7 +283,7 @@ TEST(JobRunnerTests, ANewToolTakesOverTheQueueOfAClosedOne)
 	EXPECT_EQ(Reopened->LogMessages.Num(), 0);
 	EXPECT_TRUE(Reopened->CanCancel());
 	ASSERT_TRUE(Fixture.TickUntil([] { return ActiveJobs.Num() == 0; }, &Reopened.Get()));
-	EXPECT_EQ(Fixture.Services->Dialogs.Num(), 1);
+	EXPECT_EQ(Fixture.Editor->Dialogs.Num(), 1);
 	ASSERT_GT(Reopened->LogMessages.Num(), 0);
 	// Its log holds only what it took itself: no banner of the request.
 	EXPECT_FALSE(Reopened->LogMessages[0]->Contains(TEXT("Cooking Started")));

@@ -1,12 +1,6 @@
-#include "STesselUI.h"
-#include "cook/CookJob.h"
-#include "TestKit.h"
-
 #include "HAL/FileManager.h"
-#include "Testing/EditorServicesDouble.h"
+#include "ToolKit.h"
 #include "packaging/ModArchiveForms.h"
-
-#include "TestPrograms.h"
 
 #include <gtest/gtest.h>
 
@@ -43,21 +37,6 @@ namespace
 			*OutName = Name;
 		}
 		return FTempDirectory::ReadBytes(Target / Name);
-	}
-
-	// "Cook Map" on the kit's only mod into TestOutputDir, in a tool without a window whose tick runs the queue to
-	// its end.
-	void CookMap(const FString& TestOutputDir)
-	{
-		IEditorServices::Set(MakeShared<FEditorServicesDouble>());
-		{
-			TSharedRef<STesselTool> Tool = SNew(STesselTool);
-			Tool->TestOutputDir = TestOutputDir;
-			Tool->OnCookMapClicked();
-			EXPECT_TRUE(TestPrograms::WaitUntil([] { return ActiveJobs.Num() == 0; }, [&] { Tool->Tick(FGeometry(), 0.0, 0.016f); }));
-			Tool->ModList.Empty(); // nothing to save on close
-		}
-		IEditorServices::Set(nullptr);
 	}
 }
 
@@ -99,12 +78,14 @@ TEST(ModDescriptionFilesTests, TheTestRunFileFollowsTheDescriptionFiles)
 // touches nothing else, the kit's output included.
 TEST(ModDescriptionFilesTests, ATestRunLeavesTheModFileBesideItsFolderAndTouchesNothingElse)
 {
-	FTestKit Kit;
+	FToolKit Kit;
 	Kit.InstallCookCommandlet();
 	Kit.AddMod(TEXT("Islands"), {TEXT("Alpha.umap"), TEXT("Props/Crate.uasset"), TEXT("Readme.txt")});
 	const FString TestDir = Kit.Root() / TEXT("GameMods");
 	Kit.WriteFile(TEXT("GameMods/OtherMod/keep.uasset"), "other");
-	CookMap(TestDir);
+	Kit.OpenTool().TestOutputDir = TestDir;
+	Kit.Tool->OnCookMapClicked();
+	ASSERT_TRUE(Kit.RunToEnd());
 	TArray<FString> Entries;
 	IFileManager::Get().FindFiles(Entries, *(TestDir / TEXT("*")), true, true);
 	Entries.Sort();

@@ -28,7 +28,6 @@ TEST(UploadDialogTests, ReturnAcceptsAndEscapeDeclinesWithLabelsWhole)
 	auto Dialog = [&Tool] { return Tool.SteamAuthWindow->GetContent().ToSharedRef(); };
 	// The user name's box (0) or the password's (1).
 	auto Box = [&Dialog](int32 Index) -> SWidget& { return *FindWidgetsByType(Dialog(), TEXT("SEditableTextBox"))[Index]; };
-	auto Find = [&Dialog](const TCHAR* Key) -> SWidget& { return *FindWidgetByKey(Dialog(), Key); };
 	auto ExpectNothingDone = [&]
 	{
 		EXPECT_FALSE(Tool.bSteamAuthConfirmed);
@@ -97,14 +96,7 @@ TEST(UploadDialogTests, ReturnAcceptsAndEscapeDeclinesWithLabelsWhole)
 			const FSlateScreenshot Shot = TakeWindowScreenshot(Box(1));
 			Colours = CountColours(Shot);
 			bPictureSaved = Shot.SaveToPng(FString(TestPaths::BuildDir) + FString::Printf(TEXT("/tessel-login@%gx.png"), GetScreenScale()));
-			for (const TCHAR* Key : {TEXT("SteamUsername"), TEXT("SteamPassword"), TEXT("Accept"), TEXT("Decline")})
-			{
-				const FSlateTextLook Look = GetTextLook(Find(Key));
-				if (Look.ShownTextWidth > Look.TextRoomWidth)
-				{
-					CutLabels.Add(GetShownText(Find(Key)));
-				}
-			}
+			CutLabels = FindCutTexts(Dialog());
 			PressKey(Box(1), TEXT("Return"));
 		});
 	Tool.OnUploadClicked();

@@ -1,11 +1,9 @@
 #include "JsonTestUtils.h"
-#include "STesselUI.h"
 #include "TesselSession.h"
-#include "TestKit.h"
+#include "ToolKit.h"
 
 #include "HAL/PlatformFile.h"
 #include "Misc/FileHelper.h"
-#include "Testing/EditorServicesDouble.h"
 #include "Widgets/Input/SButton.h"
 #include "Widgets/Input/SEditableTextBox.h"
 
@@ -15,7 +13,6 @@
 #endif
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
@@ -42,18 +39,17 @@ namespace
 	// A kit with the mod "Islands" cooked and ready to upload, the template and SteamCMD in place (the uploader
 	// too when asked, telling its arguments), and the tool open on it with the editor's windows answered from a
 	// script.
-	struct FUploadKit
+	struct FUploadKit : FToolKit
 	{
 		explicit FUploadKit(bool bWithUploader = false)
 		{
-			IEditorServices::Set(Editor);
-			Kit.AddPackagedMod(TEXT("Islands"));
-			Preview = Kit.WriteFile(TEXT("Pictures/islands.png"), PngBytes);
-			Kit.InstallWorkshopTemplate();
-			Kit.InstallSteamCmd();
+			AddPackagedMod(TEXT("Islands"));
+			Preview = WriteFile(TEXT("Pictures/islands.png"), PngBytes);
+			InstallWorkshopTemplate();
+			InstallSteamCmd();
 			if (bWithUploader)
 			{
-				Kit.InstallUploader();
+				InstallUploader();
 				SetEnvironment("TESSEL_UPLOADER_ARGS_OUT", UploaderArgsPath().ToUtf8());
 			}
 			RestartTool();
@@ -65,15 +61,11 @@ namespace
 		{
 			SetEnvironment("TESSEL_UPLOADER_ARGS_OUT", "");
 			Mod.Reset();
-			Tool.Reset();
-			IEditorServices::Set(nullptr);
 		}
 		void RestartTool()
 		{
 			Mod.Reset();
-			Tool.Reset();
-			Tool = SNew(STesselTool);
-			Mod = Tool->SelectedMod;
+			Mod = OpenTool().SelectedMod;
 		}
 
 		// Every dialog from now on: each box given a value is typed into (null leaves it as shown), then the
@@ -99,7 +91,7 @@ namespace
 			};
 		}
 
-		FString Path(const TCHAR* Relative) const { return Kit.Root() / Relative; }
+		FString Path(const TCHAR* Relative) const { return Root() / Relative; }
 		bool Exists(const TCHAR* Relative) const { return FPaths::FileExists(Path(Relative)); }
 		std::string Bytes(const TCHAR* Relative) const { return FTempDirectory::ReadBytes(Path(Relative)); }
 		std::string ItemFile() const { return Bytes(TEXT("ModTools/ModConfigs/Islands.vdf")); }
@@ -110,9 +102,9 @@ namespace
 		}
 		FString Database() const { return FString(FromUtf16Bytes(Bytes(TEXT("Orrery/Saved/Mods.db")))); }
 		// "" for SteamCMD's ordinary run.
-		void SetSteamCmdMode(const char* Mode) const { Kit.WriteFile(TEXT("ModTools/SteamCMD/steamcmd.mode"), Mode); }
-		void SetUploaderAnswer(const char* Answer) const { Kit.WriteFile(TEXT("ModTools/Uploader/uploader.exit"), Answer); }
-		FString UploaderArgsPath() const { return Kit.Root() / TEXT("uploader-args.bin"); }
+		void SetSteamCmdMode(const char* Mode) const { WriteFile(TEXT("ModTools/SteamCMD/steamcmd.mode"), Mode); }
+		void SetUploaderAnswer(const char* Answer) const { WriteFile(TEXT("ModTools/Uploader/uploader.exit"), Answer); }
+		FString UploaderArgsPath() const { return Root() / TEXT("uploader-args.bin"); }
 		// The arguments the stand-in uploader got, each ended by "|"; empty when it didn't run since the last call.
 		std::string TakeUploaderArgs() const
 		{
@@ -125,22 +117,13 @@ namespace
 		TArray<FString> Transcript() const
 		{
 			TArray<FString> Lines;
-			for (const TSharedPtr<FString>& Line : Tool->LogMessages)
-			{
-				Lines.Add(*Line);
-			}
-			for (const FEditorServicesDouble::FDialog& Dialog : Editor->Dialogs)
-			{
-				Lines.Add(Dialog.Title.ToString() + TEXT(" | ") + Dialog.Content->GetDisplayText());
-			}
+			Log().ParseIntoArray(Lines, TEXT("\n"), true);
+			Lines.Append(Dialogs());
 			return Lines;
 		}
 		static bool Contains(const std::string& Haystack, const std::string& Needle) { return Haystack.find(Needle) != std::string::npos; }
 		static std::string ItemLine(const char* Key, const char* Value) { return std::string("\t\"") + Key + "\"\t\t\"" + Value + "\"\n"; }
 
-		FTestKit Kit;
-		TSharedPtr<FEditorServicesDouble> Editor = MakeShared<FEditorServicesDouble>();
-		TSharedPtr<STesselTool> Tool;
 		TSharedPtr<FModSetup> Mod;
 		FString Preview;
 		// "user|password" as each dialog showed them when it opened.
@@ -224,7 +207,7 @@ TEST(UploadTests, SteamCmdRouteFromFirstUploadToResetAndRestart)
 	}
 	for (const std::string& Needle : {FString(Password).ToUtf8(), Wide})
 	{
-		EXPECT_EQ(FilesHolding(Upload.Kit.Root(), Needle), std::vector<std::string>());
+		EXPECT_EQ(FilesHolding(Upload.Root(), Needle), std::vector<std::string>());
 		const char* TempRoot = std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp";
 		std::error_code Error;
 		for (const auto& Entry : std::filesystem::directory_iterator(TempRoot, std::filesystem::directory_options::skip_permission_denied, Error))
@@ -357,7 +340,7 @@ TEST(UploadTests, NoFieldCanRunACommand)
 {
 	FUploadKit Upload(true);
 	Upload.AnswerDialogs(TEXT("mia"), TEXT("pw"), TEXT("Accept"));
-	const std::string Marker = (Upload.Kit.Root() / TEXT("pwned")).ToUtf8();
+	const std::string Marker = (Upload.Root() / TEXT("pwned")).ToUtf8();
 	for (const std::string& Attack : {"\"; touch " + Marker + "; \"", "$(touch " + Marker + ")", "`touch " + Marker + "`",
 									  "\" & touch " + Marker + " & \"", "'; touch " + Marker + "; '"})
 	{

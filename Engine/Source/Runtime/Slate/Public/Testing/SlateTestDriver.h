@@ -114,6 +114,10 @@ namespace SlateTest
 	FSlateTextLook GetTextLook(const SWidget& Widget);
 	// A label or a text box that breaks long lines at its width.
 	bool WrapsText(const SWidget& Widget);
+	// The texts of the shown labels, buttons and check boxes under Root that don't stand whole in the room their
+	// widget gives them: wider than it on one line (unless the widget wraps) or taller than the widget. Checked,
+	// when given, counts the widgets looked at, so that a test can tell it looked at something.
+	TArray<FString> FindCutTexts(const TSharedRef<SWidget>& Root, int32* Checked = nullptr);
 	bool IsChecked(const SWidget& Widget);
 	// A text box whose text cannot be edited, one drawn without a frame, one that masks what it holds.
 	bool IsReadOnly(const SWidget& Widget);
