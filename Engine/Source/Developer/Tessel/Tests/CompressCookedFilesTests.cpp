@@ -2,6 +2,7 @@
 #include "HAL/PlatformProcess.h"
 #include "Misc/Compression.h"
 #include "TempDirectory.h"
+#include "TestPrograms.h"
 #include "packaging/CompressAhead.h"
 #include "packaging/CompressCookedFilesVisitor.h"
 
@@ -9,7 +10,6 @@
 
 #include <array>
 #include <chrono>
-#include <csignal>
 #include <iostream>
 #include <map>
 #include <random>
@@ -18,7 +18,6 @@
 #ifdef _WIN32
 #include "Windows/WindowsApi.h"
 #else
-#include <sys/wait.h>
 #include <unistd.h>
 #endif
 
@@ -243,7 +242,7 @@ TEST(CompressCookedFilesTests, DISABLED_WalkUntilKilled)
 	const char* From = std::getenv("TESSEL_WALK_FROM");
 	const char* To = std::getenv("TESSEL_WALK_TO");
 	ASSERT_TRUE(From && To);
-	std::printf("walk-started %d\n", static_cast<int>(getpid()));
+	std::puts("walk-started");
 	std::fflush(stdout);
 	Walk(FString::FromNative(From), FString::FromNative(To));
 	std::puts("walk-ended");
@@ -274,53 +273,36 @@ TEST(CompressCookedFilesTests, KilledWalkLeavesOnlyWholeFilesUnderTheirNames)
 	}
 	const FString Target = Dir / TEXT("Target");
 
-	// A walk of one cook in a process of its own, once it has said that it started; then, killed or not, whether it
-	// said that it ended.
-	int Child = 0;
-	const auto StartWalk = [&](int32 Variant)
+	// A walk of one cook in a process of its own, killed Pause after it said that it started.
+	const auto Walk = [&](int32 Variant, std::chrono::microseconds Pause)
 	{
-		const std::string Command = "TESSEL_WALK_FROM='" + (Dir / FString::Printf(TEXT("Cook%d"), Variant)).ToNative() +
-									"' TESSEL_WALK_TO='" + Target.ToNative() + "' exec '" + FPlatformProcess::ExecutablePath().ToNative() +
-									"' --gtest_also_run_disabled_tests --gtest_filter=CompressCookedFilesTests.DISABLED_WalkUntilKilled";
-		FILE* Out = popen(Command.c_str(), "r");
-		char Line[4096];
-		for (Child = 0; Out && Child <= 0 && std::fgets(Line, sizeof(Line), Out);)
-		{
-			std::sscanf(Line, "walk-started %d", &Child);
-		}
-		EXPECT_GT(Child, 0);
-		return Out;
+		return TestPrograms::KillAfter(
+			[&]
+			{
+				setenv("TESSEL_WALK_FROM", (Dir / FString::Printf(TEXT("Cook%d"), Variant)).ToNative().c_str(), 1);
+				setenv("TESSEL_WALK_TO", Target.ToNative().c_str(), 1);
+				const std::string Self = FPlatformProcess::ExecutablePath().ToNative();
+				execl(Self.c_str(), Self.c_str(), "--gtest_also_run_disabled_tests",
+					  "--gtest_filter=CompressCookedFilesTests.DISABLED_WalkUntilKilled", static_cast<char*>(nullptr));
+			},
+			"walk-started\n", Pause);
 	};
-	const auto Ended = [](FILE* Out)
-	{
-		bool bEnded = false;
-		char Line[4096];
-		while (std::fgets(Line, sizeof(Line), Out))
-		{
-			bEnded = bEnded || std::string(Line) == "walk-ended\n";
-		}
-		const int Status = pclose(Out);
-		EXPECT_TRUE(WIFSIGNALED(Status) || (WIFEXITED(Status) && WEXITSTATUS(Status) == 0 && bEnded)) << Status;
-		return bEnded;
-	};
+	const auto Ended = [](const TestPrograms::FKilledChild& Run) { return Run.Said.find("walk-ended\n") != std::string::npos; };
 
 	// One whole walk first, to learn how long one takes.
-	FILE* Out = StartWalk(0);
-	const auto Begin = std::chrono::steady_clock::now();
-	ASSERT_TRUE(Out && Ended(Out));
-	const auto WalkTime = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - Begin);
+	const TestPrograms::FKilledChild Whole = Walk(0, std::chrono::hours(1));
+	ASSERT_TRUE(Whole.bExitedCleanly && Ended(Whole)) << Whole.Said;
+	const auto WalkTime = Whole.RanAfterReady;
 
 	std::mt19937 Random(4242);
 	int32 KillsInsideAWalk = 0;
 	int32 Rounds = 0;
 	while (KillsInsideAWalk < 200 && Rounds < 1000)
 	{
-		Out = StartWalk(Rounds++ % 2);
-		ASSERT_TRUE(Out && Child > 0);
-		std::this_thread::sleep_for(std::chrono::microseconds(Random() % std::max<int64_t>(1, WalkTime.count())));
-		kill(Child, SIGKILL);
-		KillsInsideAWalk += Ended(Out) ? 0 : 1;
-		ASSERT_FALSE(HasFailure());
+		const TestPrograms::FKilledChild Run =
+			Walk(Rounds++ % 2, std::chrono::microseconds(Random() % std::max<int64_t>(1, WalkTime.count())));
+		ASSERT_TRUE(Run.bKilled || (Run.bExitedCleanly && Ended(Run))) << Run.Said;
+		KillsInsideAWalk += Ended(Run) ? 0 : 1;
 
 		// Every file under its final name is whole: a ".z" decodes to one cook's bytes, a copy is one cook's
 		// file, and a size file stands beside its ".z" and says its size.

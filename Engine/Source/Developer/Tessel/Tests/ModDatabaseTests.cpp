@@ -13,7 +13,6 @@
 #include <random>
 #ifndef _WIN32
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #endif
 
@@ -274,50 +273,33 @@ TEST(ModDatabaseTests, KilledWhileSavingLeavesALoadableSavedState)
 	int32 KillsInsideASave = 0;
 	for (int32 Round = 0; Round < Rounds; ++Round)
 	{
-		int Pipe[2];
-		ASSERT_EQ(pipe(Pipe), 0);
-		const pid_t Child = fork();
-		ASSERT_GE(Child, 0);
-		if (Child == 0)
-		{
-			// Each state is recognisable: the user name carries its number and every record repeats it. The
-			// child says when each save begins ("b") and when it has ended ("e").
-			STesselTool Tool;
-			for (int32 Record = 0; Record < 200; ++Record)
+		// Each state is recognisable: the user name carries its number and every record repeats it. The child says
+		// when each save begins ("b") and when it has ended ("e"); it is killed at a random moment after its first
+		// save of the round has ended.
+		const TestPrograms::FKilledChild Run = TestPrograms::KillAfter(
+			[Round]
 			{
-				Tool.ModList.Add(MakeShared<FModSetup>(FString::Printf(TEXT("Mod%d"), Record)));
-			}
-			for (int32 State = 0;; ++State)
-			{
-				Tool.SteamUsername = FString::Printf(TEXT("state-%d-%d"), Round, State);
-				for (const TSharedPtr<FModSetup>& Mod : Tool.ModList)
+				STesselTool Tool;
+				for (int32 Record = 0; Record < 200; ++Record)
 				{
-					Mod->Title = Tool.SteamUsername;
+					Tool.ModList.Add(MakeShared<FModSetup>(FString::Printf(TEXT("Mod%d"), Record)));
 				}
-				if (write(Pipe[1], "b", 1) != 1 || !Tool.SaveModDatabase().IsEventHandled() || write(Pipe[1], "e", 1) != 1)
+				for (int32 State = 0;; ++State)
 				{
-					_exit(1);
+					Tool.SteamUsername = FString::Printf(TEXT("state-%d-%d"), Round, State);
+					for (const TSharedPtr<FModSetup>& Mod : Tool.ModList)
+					{
+						Mod->Title = Tool.SteamUsername;
+					}
+					if (write(STDOUT_FILENO, "b", 1) != 1 || !Tool.SaveModDatabase().IsEventHandled() || write(STDOUT_FILENO, "e", 1) != 1)
+					{
+						_exit(1);
+					}
 				}
-			}
-		}
-		close(Pipe[1]);
-		// Let one save of this round end, then kill at a random moment of the ones after it.
-		std::string Said;
-		char Chunk[4096];
-		while (Said.find('e') == std::string::npos && read(Pipe[0], Chunk, 1) == 1)
-		{
-			Said += Chunk[0];
-		}
-		usleep(std::uniform_int_distribution<useconds_t>(0, 3000)(Random));
-		kill(Child, SIGKILL);
-		int Status = 0;
-		ASSERT_EQ(waitpid(Child, &Status, 0), Child);
-		ASSERT_TRUE(WIFSIGNALED(Status) && WTERMSIG(Status) == SIGKILL) << "round " << Round << ": " << Status;
-		for (ssize_t Got; (Got = read(Pipe[0], Chunk, sizeof(Chunk))) > 0;)
-		{
-			Said.append(Chunk, static_cast<size_t>(Got));
-		}
-		close(Pipe[0]);
+			},
+			"e", std::chrono::microseconds(std::uniform_int_distribution<int>(0, 3000)(Random)));
+		ASSERT_TRUE(Run.bKilled) << "round " << Round << ": " << Run.Said;
+		const std::string& Said = Run.Said;
 		const int32 Ended = static_cast<int32>(std::count(Said.begin(), Said.end(), 'e'));
 		ASSERT_GT(Ended, 0) << "round " << Round << ": the child died before its first save ended";
 		KillsInsideASave += Said.back() == 'b' ? 1 : 0;

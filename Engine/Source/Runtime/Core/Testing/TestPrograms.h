@@ -7,6 +7,7 @@
 #include "Misc/Paths.h"
 #include "TestPaths.h"
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <functional>
@@ -17,6 +18,8 @@
 #else
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <poll.h>
 #include <sys/types.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -90,6 +93,73 @@ namespace TestPrograms
 		}
 		int Status = 0;
 		return Child > 0 && waitpid(Child, &Status, 0) == Child && WIFEXITED(Status) ? WEXITSTATUS(Status) : -1;
+	}
+
+	// What a child ended by SIGKILL at a chosen moment wrote, whether the signal ended it or it had ended by itself
+	// first, and how long it ran after it said it was ready.
+	struct FKilledChild
+	{
+		std::string Said;
+		bool bKilled = false;
+		bool bExitedCleanly = false;
+		std::chrono::microseconds RanAfterReady{0};
+	};
+
+	// Runs Body in a forked child whose stdout is a pipe; once the child has written Ready, lets it run for Pause
+	// more and kills it. What it writes is read all along, so that it never waits on a full pipe.
+	inline FKilledChild KillAfter(const std::function<void()>& Body, const std::string& Ready, std::chrono::microseconds Pause)
+	{
+		FKilledChild Result;
+		int Pipe[2];
+		const pid_t Child = pipe(Pipe) == 0 ? fork() : -1;
+		if (Child == 0)
+		{
+			dup2(Pipe[1], STDOUT_FILENO);
+			close(Pipe[0]);
+			close(Pipe[1]);
+			Body();
+			std::fflush(stdout);
+			_exit(0);
+		}
+		if (Child < 0)
+		{
+			return Result;
+		}
+		close(Pipe[1]);
+		bool bOpen = true;
+		// Waits up to Timeout (forever when null) for output, and takes what came; the pipe's end means the child's.
+		const auto ReadSome = [&](const timespec* Timeout)
+		{
+			char Chunk[4096];
+			pollfd Wait{Pipe[0], POLLIN, 0};
+			const int Ready = ppoll(&Wait, 1, Timeout, nullptr);
+			const ssize_t Got = Ready > 0 ? read(Pipe[0], Chunk, sizeof(Chunk)) : 0;
+			bOpen = Ready == 0 || (Ready > 0 && Got > 0) || (Ready < 0 && errno == EINTR);
+			Result.Said.append(Chunk, static_cast<size_t>(std::max<ssize_t>(Got, 0)));
+		};
+		while (bOpen && Result.Said.find(Ready) == std::string::npos)
+		{
+			ReadSome(nullptr);
+		}
+		const auto ReadyAt = std::chrono::steady_clock::now();
+		for (auto Left = Pause; bOpen && Left.count() > 0;
+			 Left = Pause - std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - ReadyAt))
+		{
+			const timespec Timeout{static_cast<time_t>(Left.count() / 1000000), static_cast<long>(Left.count() % 1000000 * 1000)};
+			ReadSome(&Timeout);
+		}
+		Result.RanAfterReady = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - ReadyAt);
+		kill(Child, SIGKILL);
+		while (bOpen)
+		{
+			ReadSome(nullptr);
+		}
+		close(Pipe[0]);
+		int Status = 0;
+		waitpid(Child, &Status, 0);
+		Result.bKilled = WIFSIGNALED(Status) && WTERMSIG(Status) == SIGKILL;
+		Result.bExitedCleanly = WIFEXITED(Status) && WEXITSTATUS(Status) == 0;
+		return Result;
 	}
 #endif
 }
