@@ -16,6 +16,8 @@ public:
 	// Makes a mod folder (and the given files in it, relative to the folder).
 	FString AddMod(const FString& Name, std::initializer_list<const TCHAR*> Files = {}) const;
 	FString WriteFile(const FString& Relative, const std::string& Bytes) const { return Dir.WriteFile(Relative, Bytes); }
+	// Writes Mods.db as the bytes stand (the tool's own are 16-bit JSON text).
+	void WriteModDatabase(const std::string& Bytes) const { WriteFile(TEXT("Orrery/Saved/Mods.db"), Bytes); }
 	// A mod folder with one map whose cook has already left its packaged tree (a ".z" and mod.info) under
 	// ModTools/Output, so that "Upload" can open once the publication fields are filled.
 	FString AddPackagedMod(const FString& Name) const;

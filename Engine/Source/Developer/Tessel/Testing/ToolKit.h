@@ -56,15 +56,15 @@ public:
 		}
 		return Text;
 	}
-	// The result dialogs, each as "title | text".
-	TArray<FString> Dialogs() const
+	// The log's lines, then the result dialogs as "title | text", each ended by a line feed.
+	FString Transcript() const
 	{
-		TArray<FString> Shown;
+		FString Text = Log();
 		for (const FEditorServicesDouble::FDialog& Dialog : Editor->Dialogs)
 		{
-			Shown.Add(Dialog.Title.ToString() + TEXT(" | ") + Dialog.Content->GetDisplayText());
+			Text += Dialog.Title.ToString() + TEXT(" | ") + Dialog.Content->GetDisplayText() + TEXT("\n");
 		}
-		return Shown;
+		return Text;
 	}
 
 	TSharedPtr<FEditorServicesDouble> Editor = MakeShared<FEditorServicesDouble>();

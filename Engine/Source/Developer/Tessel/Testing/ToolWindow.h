@@ -33,6 +33,15 @@ namespace
 			TickFrames();
 		}
 		TSharedPtr<SWidget> Find(const TCHAR* Key) const { return FindWidgetByKey(Tool.ToSharedRef(), Key); }
+		// Clicks the row of the mod in the folder ModDir and lets the form follow; a failed test when another is
+		// selected after.
+		void SelectMod(const TCHAR* ModDir) const
+		{
+			Tool->ModListView->ClickRow(
+				Tool->ModList.IndexOfByPredicate([ModDir](const TSharedPtr<FModSetup>& Mod) { return Mod->ModDir == ModDir; }));
+			TickFrames();
+			EXPECT_TRUE(Tool->SelectedMod && Tool->SelectedMod->ModDir == ModDir) << FString(ModDir).ToUtf8();
+		}
 		// The button with this key; a failed test when there is none.
 		SWidget& Button(const TCHAR* Key) const
 		{

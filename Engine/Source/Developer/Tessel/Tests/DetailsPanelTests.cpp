@@ -91,14 +91,7 @@ TEST(DetailsPanelTests, GuardsFollowTheRecordTheFileSystemAndARealCook)
 	Fixture.Kit.AddMod(TEXT("NoMaps"));
 	FOpenTool& Open = Fixture.Show();
 	STesselTool& Tool = Fixture.Tool();
-	auto Select = [&Tool](const TCHAR* ModDir)
-	{
-		Tool.ModListView->ClickRow(
-			Tool.ModList.IndexOfByPredicate([ModDir](const TSharedPtr<FModSetup>& Mod) { return Mod->ModDir == ModDir; }));
-		TickFrames();
-		EXPECT_EQ(Tool.SelectedMod->ModDir, FString(ModDir));
-	};
-	Select(TEXT("Islands"));
+	Open.SelectMod(TEXT("Islands"));
 	EXPECT_EQ(Open.DisabledButtons(), FString(TEXT("UploadMod ResetPub ClearLog CancelJob")));
 	Tool.SelectedMod->Title = TEXT("Island Pack");
 	Tool.SelectedMod->Description = TEXT("Two islands");
@@ -158,7 +151,7 @@ TEST(DetailsPanelTests, GuardsFollowTheRecordTheFileSystemAndARealCook)
 	EXPECT_FALSE(IsShown(*Link));
 	EXPECT_EQ(InForm(GetGeometry(*Link)), Where);
 	EXPECT_EQ(InForm(GetSlotGeometry(*Link)), Room);
-	Select(TEXT("NoMaps"));
+	Open.SelectMod(TEXT("NoMaps"));
 	EXPECT_EQ(Open.DisabledButtons(), FString(TEXT("CookMapMod UploadMod ResetPub CancelJob")));
 }
 
@@ -349,10 +342,8 @@ TEST(DetailsPanelTests, TheIslandsFormShowsEveryTextWhole)
 	EXPECT_EQ((FSlateTestSize{Mods.Width, Mods.Height}), (FSlateTestSize{EmptyMods.Width, EmptyMods.Height}));
 	EXPECT_NE(Mods.Pixels, EmptyMods.Pixels) << "the mods list shows no names";
 
-	Tool.ModListView->ClickRow(
-		Tool.ModList.IndexOfByPredicate([](const TSharedPtr<FModSetup>& Mod) { return Mod->ModDir == TEXT("Islands"); }));
-	TickFrames();
-	ASSERT_EQ(Tool.SelectedMod->ModDir, FString(TEXT("Islands")));
+	Open.SelectMod(TEXT("Islands"));
+	ASSERT_FALSE(HasFailure());
 	Tool.SelectedMod->Title = TEXT("Island Pack");
 	Tool.SelectedMod->Description = TEXT("Two islands joined by a rope bridge, and a crate of props.");
 	Tool.SelectedMod->ItemSeamId = TEXT("2900000123");

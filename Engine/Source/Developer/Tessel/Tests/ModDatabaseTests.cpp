@@ -18,11 +18,6 @@
 
 namespace
 {
-	void WriteDatabase(const FTestKit& Kit, const std::string& Bytes)
-	{
-		Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), Bytes);
-	}
-
 	// The records as "ModDir|Maps|Title|Visibility|GUID|Tags", each in quotes.
 	FString Records(const STesselTool& Tool)
 	{
@@ -99,7 +94,7 @@ TEST(ModDatabaseTests, EachFileGivesItsRecordsAndUserNameOrNothing)
 	FString Results;
 	for (int32 Index = 0; Index + 1 < Lines.Num(); Index += 2)
 	{
-		WriteDatabase(Kit, ToUtf16Bytes(Lines[Index].GetStd()));
+		Kit.WriteModDatabase(ToUtf16Bytes(Lines[Index].GetStd()));
 		Results += Lines[Index] + TEXT("\n") + Load() + TEXT("\n");
 	}
 	EXPECT_EQ(Results.ToUtf8(), Golden);
@@ -111,7 +106,7 @@ TEST(ModDatabaseTests, EachFileGivesItsRecordsAndUserNameOrNothing)
 	FPlatformFileManager::Get().GetPlatformFile().DeleteDirectory(*KitPaths::ModDatabase());
 	for (const std::string& Bytes : {std::string("{\"Mods\":[]} in UTF-8"), std::string("\xFF\xFE{\0}\0", 6), std::string("{\0x", 3)})
 	{
-		WriteDatabase(Kit, Bytes);
+		Kit.WriteModDatabase(Bytes);
 		EXPECT_EQ(Load(), Unread) << Bytes;
 	}
 }
@@ -124,7 +119,7 @@ TEST(ModDatabaseTests, AFileThatDidNotLoadIsKeptBesideItBeforeTheSaveReplacesIt)
 	const FString KeptSecond = Kept + TEXT(".2");
 	// Written by another editor as UTF-8 with a byte order mark: the titles in it are the user's.
 	const std::string Foreign = "\xEF\xBB\xBF{\"Mods\":[{\"ModDir\":\"Fresh\",\"Title\":\"Months of work\"}]}";
-	WriteDatabase(Kit, Foreign);
+	Kit.WriteModDatabase(Foreign);
 	{
 		TSharedRef<STesselTool> Tool = SNew(STesselTool);
 		Tool->SaveModDatabase();
@@ -138,14 +133,14 @@ TEST(ModDatabaseTests, AFileThatDidNotLoadIsKeptBesideItBeforeTheSaveReplacesIt)
 	TSharedRef<STesselTool>(SNew(STesselTool))->SaveModDatabase();
 	EXPECT_FALSE(FPaths::FileExists(KeptSecond));
 	// A later broken file is kept under the next free name; the first copy stays as it was.
-	WriteDatabase(Kit, "{\"Mods\": [");
+	Kit.WriteModDatabase("{\"Mods\": [");
 	TSharedRef<STesselTool>(SNew(STesselTool))->SaveModDatabase();
 	EXPECT_EQ(FTempDirectory::ReadBytes(Kept), Foreign);
 	EXPECT_EQ(FTempDirectory::ReadBytes(KeptSecond), "{\"Mods\": [");
 	EXPECT_EQ(SavedField(TEXT("ModDir")), FString(TEXT("Fresh")));
 
 	// When no copy can be made, the broken file is not replaced.
-	WriteDatabase(Kit, "broken again");
+	Kit.WriteModDatabase("broken again");
 	TSharedRef<STesselTool> Tool = SNew(STesselTool);
 	for (int32 Number = 3; Number < 1000; ++Number)
 	{
@@ -160,7 +155,7 @@ TEST(ModDatabaseTests, AFileThatDidNotLoadIsKeptBesideItBeforeTheSaveReplacesIt)
 	const FString Path = KitPaths::ModDatabase();
 	IFileManager::Get().Delete(*KeptSecond);
 	const std::string Theirs = "the user's records, which this user may write but not read";
-	WriteDatabase(Kit, Theirs);
+	Kit.WriteModDatabase(Theirs);
 	if (geteuid() == 0)
 	{
 		// The child gives up root's power to read any file: the file and its folders become its own.
@@ -191,9 +186,9 @@ TEST(ModDatabaseTests, MergeOfFoldersAndRecords)
 	Kit.AddMod(TEXT("KnownFolder"), {TEXT("NewMap.umap")});
 	Kit.AddMod(TEXT("mymod"));
 	Kit.AddMod(TEXT("BrandNew"), {TEXT("B.umap")});
-	WriteDatabase(Kit, ToUtf16Bytes(u"{\"SteamUsername\":\"me\",\"Mods\":[{\"ModDir\":\"Vanished\",\"Title\":\"Gone\"},"
-									u"{\"ModDir\":\"KnownFolder\",\"Title\":\"Kept\",\"Maps\":\"OldMap\",\"GUID\":\"G\"},"
-									u"{\"ModDir\":\"MyMod\"},{\"ModDir\":\"MYMOD\"}]}"));
+	Kit.WriteModDatabase(ToUtf16Bytes(u"{\"SteamUsername\":\"me\",\"Mods\":[{\"ModDir\":\"Vanished\",\"Title\":\"Gone\"},"
+									  u"{\"ModDir\":\"KnownFolder\",\"Title\":\"Kept\",\"Maps\":\"OldMap\",\"GUID\":\"G\"},"
+									  u"{\"ModDir\":\"MyMod\"},{\"ModDir\":\"MYMOD\"}]}"));
 	TSharedRef<STesselTool> ToolWidget = SNew(STesselTool);
 	STesselTool& Tool = *ToolWidget;
 	// Folder and record: the record as loaded, maps not looked at again. Folder only: a new record at the end.

@@ -22,8 +22,8 @@
 namespace
 {
 	const std::string PngBytes = std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\x01\0\0\0\x01\x08\x02\0\0\0", 29);
-	const TArray<FString> StartAndEndLines{TEXT("************************** Upload Started **************************"),
-										   TEXT("************************** Upload Done **************************")};
+	const FString StartAndEndLines = TEXT("************************** Upload Started **************************\n"
+										  "************************** Upload Done **************************\n");
 
 	// Sets a variable of the environment that children inherit; an empty value removes it.
 	void SetEnvironment(const char* Name, const std::string& Value)
@@ -112,14 +112,6 @@ namespace
 			std::replace(Args.begin(), Args.end(), '\0', '|');
 			FPlatformFileManager::Get().GetPlatformFile().DeleteFile(*UploaderArgsPath());
 			return Args;
-		}
-		// The log's lines, then the dialogs as "title | text".
-		TArray<FString> Transcript() const
-		{
-			TArray<FString> Lines;
-			Log().ParseIntoArray(Lines, TEXT("\n"), true);
-			Lines.Append(Dialogs());
-			return Lines;
 		}
 		static bool Contains(const std::string& Haystack, const std::string& Needle) { return Haystack.find(Needle) != std::string::npos; }
 		static std::string ItemLine(const char* Key, const char* Value) { return std::string("\t\"") + Key + "\"\t\t\"" + Value + "\"\n"; }
@@ -273,9 +265,9 @@ TEST(UploadTests, NothingStartsWithoutCredentialsOrTheTemplate)
 	Upload.AnswerDialogs(TEXT("mia"), TEXT("pw"), TEXT("Accept"));
 	Upload.Tool->OnUploadClicked();
 	// Dialogs only: no log line.
-	EXPECT_EQ(Upload.Transcript(), (TArray<FString>{TEXT("Upload Error | Steam username is required to upload a mod."),
-													TEXT("Upload Error | Steam password is required to upload a mod."),
-													TEXT("Upload Error | Steam workshop template is not found.")}));
+	EXPECT_EQ(Upload.Transcript(), FString(TEXT("Upload Error | Steam username is required to upload a mod.\n"
+												"Upload Error | Steam password is required to upload a mod.\n"
+												"Upload Error | Steam workshop template is not found.\n")));
 	EXPECT_FALSE(FPaths::DirectoryExists(Upload.Path(TEXT("ModTools/ModConfigs"))));
 	EXPECT_FALSE(Upload.Exists(TEXT("ModTools/Output/Islands/preview.jpg")));
 	EXPECT_FALSE(Upload.Exists(TEXT("ModTools/SteamCMD/logs/workshop_log.txt")));

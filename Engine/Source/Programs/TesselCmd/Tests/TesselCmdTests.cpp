@@ -50,12 +50,6 @@ namespace
 		return Result.Object;
 	}
 
-	// A Mods.db as the tool writes it: UTF-16 little-endian JSON.
-	void WriteDatabase(const FTestKit& Kit, const std::u16string& Json)
-	{
-		Kit.WriteFile(TEXT("Orrery/Saved/Mods.db"), ToUtf16Bytes(Json));
-	}
-
 	std::u16string OneRecordDatabase(const std::u16string& ModDir, const std::u16string& Title, const std::u16string& Guid)
 	{
 		return u"{\"SteamUsername\": \"\", \"Mods\": [{\"ModDir\": \"" + ModDir + u"\", \"Maps\": \"Alpha\", \"Title\": \"" + Title +
@@ -114,8 +108,9 @@ TEST(TesselCmdTests, ListMergesFoldersAndRecordsAndWritesNothing)
 	Kit.AddMod(TEXT("Islands"), {TEXT("Alpha.umap")});
 	Kit.AddMod(TEXT("Caves"), {TEXT("Deep.umap"), TEXT("Notes.txt")});
 	// A record whose folder is gone, and one for Islands with a title.
-	WriteDatabase(Kit, u"{\"SteamUsername\": \"author\", \"Mods\": [{\"ModDir\": \"Gone\"}, {\"ModDir\": \"Islands\", \"Title\": \"Island "
-					   u"Pack\", \"Visibility\": \"Hidden\"}]}");
+	Kit.WriteModDatabase(
+		ToUtf16Bytes(u"{\"SteamUsername\": \"author\", \"Mods\": [{\"ModDir\": \"Gone\"}, {\"ModDir\": \"Islands\", \"Title\": \"Island "
+					 u"Pack\", \"Visibility\": \"Hidden\"}]}"));
 	const std::string Before = DatabaseBytes(Kit);
 
 	// Found from a folder inside the kit, as on a build server that runs in the checkout.
@@ -304,7 +299,7 @@ TEST(TesselCmdTests, TheCookMatchesOneFromTheEditorsCommandLineByteForByte)
 	std::map<std::string, std::string> FromCommandLine;
 	{
 		FReadyKit Ready;
-		WriteDatabase(Ready.Kit, Database);
+		Ready.Kit.WriteModDatabase(ToUtf16Bytes(Database));
 		const FCommandRun Run = Ready.Run({"cook", "Islands", "--modasdlc"});
 		ASSERT_EQ(Run.ExitCode, 0) << Run.Stdout << Run.Stderr;
 		// The log as it came, the two targets in order, and the dialog's text last.
@@ -323,7 +318,7 @@ TEST(TesselCmdTests, TheCookMatchesOneFromTheEditorsCommandLineByteForByte)
 	std::map<std::string, std::string> FromWindow;
 	{
 		FReadyKit Ready;
-		WriteDatabase(Ready.Kit, Database);
+		Ready.Kit.WriteModDatabase(ToUtf16Bytes(Database));
 		FTesselSession Session;
 		const FCookOutcome Outcome = Session.Cook(*Session.GetMods()[0], ECookKind::Map,
 												  FCookOptions::FromEditorCommandLine(TEXT("-modasdlc")), [](const FString&) {});
