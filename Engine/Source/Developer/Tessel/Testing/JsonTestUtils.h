@@ -1,7 +1,9 @@
 #pragma once
 
 #include "CoreMinimal.h"
+#include "KitPaths.h"
 #include "Serialization/Archive.h"
+#include "TempDirectory.h"
 #include "json/JsonSerializer.h"
 
 #include <string>
@@ -26,6 +28,12 @@ inline std::u16string FromUtf16Bytes(const std::string& Bytes)
 		Text += static_cast<char16_t>(static_cast<uint8>(Bytes[Index]) | (static_cast<uint8>(Bytes[Index + 1]) << 8));
 	}
 	return Text;
+}
+
+// The kit's Mods.db as text, as the file holds it now.
+inline FString ReadModDatabaseText()
+{
+	return FString(FromUtf16Bytes(FTempDirectory::ReadBytes(KitPaths::ModDatabase())));
 }
 
 struct FParseResult

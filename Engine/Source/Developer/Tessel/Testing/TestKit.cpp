@@ -4,9 +4,7 @@
 #include "HAL/PlatformFile.h"
 #include "TestPrograms.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 
 #ifdef _WIN32
 #include "Windows/WindowsApi.h"
@@ -107,7 +105,6 @@ void FTestKit::InstallWorkshopTemplate() const
 std::string ReadGolden(const char* Name)
 {
 	const FString Path = TestPrograms::Path(*(FString(TEXT("Golden/")) + Name), (std::string(TestPaths::GoldenDir) + "/" + Name).c_str());
-	std::ifstream File(Path.ToUtf8(), std::ios::binary);
-	EXPECT_TRUE(File.good()) << "no golden file " << Path.ToUtf8();
-	return std::string(std::istreambuf_iterator<char>(File), std::istreambuf_iterator<char>());
+	EXPECT_TRUE(FPaths::FileExists(Path)) << "no golden file " << Path.ToUtf8();
+	return FTempDirectory::ReadBytes(Path);
 }

@@ -58,7 +58,6 @@ namespace
 		}
 		// The check box of each tag, in the order of the tags.
 		TArray<TSharedRef<SWidget>> TagBoxes() { return FindWidgetsByType(Open->Tool.ToSharedRef(), TEXT("SCheckBox")); }
-		FString DatabaseOnDisk() const { return FString(FromUtf16Bytes(FTempDirectory::ReadBytes(KitPaths::ModDatabase()))); }
 
 		FTestKit Kit;
 		TSharedPtr<FEditorServicesDouble> Services = MakeShared<FEditorServicesDouble>();
@@ -146,7 +145,7 @@ TEST(DetailsPanelTests, GuardsFollowTheRecordTheFileSystemAndARealCook)
 	Click(Open.Button(TEXT("ResetPub")));
 	TickFrames();
 	EXPECT_EQ(Tool.SelectedMod->ItemSeamId, FString());
-	EXPECT_TRUE(Fixture.DatabaseOnDisk().Contains(TEXT("\"ItemSeamId\": \"\"")));
+	EXPECT_TRUE(ReadModDatabaseText().Contains(TEXT("\"ItemSeamId\": \"\"")));
 	EXPECT_EQ(Open.DisabledButtons(), FString(TEXT("ResetPub CancelJob")));
 	EXPECT_FALSE(IsShown(*Link));
 	EXPECT_EQ(InForm(GetGeometry(*Link)), Where);
@@ -176,7 +175,7 @@ TEST(DetailsPanelTests, TagsInAnyLetterCaseShowCheckedAndEveryClickReachesTheDis
 	Click(*Fixture.TagBoxes()[0]);
 	EXPECT_EQ(Checked(), FString(TEXT("x.x.x.....")));
 	EXPECT_EQ(Fixture.Tool().SelectedMod->Tags, FString(TEXT("map,Weapons,Mod")));
-	EXPECT_TRUE(Fixture.DatabaseOnDisk().Contains(TEXT("\"Tags\": \"map,Weapons,Mod\"")));
+	EXPECT_TRUE(ReadModDatabaseText().Contains(TEXT("\"Tags\": \"map,Weapons,Mod\"")));
 
 	// Unchecking the box of a tag stored in other letter case removes it; any set of tags may be on at once.
 	Click(*Fixture.TagBoxes()[2]);
@@ -196,7 +195,7 @@ TEST(DetailsPanelTests, TypingIntoTitleMovesTheRecordButNotTheDiskAndTabWalksThe
 	FPanelFixture Fixture;
 	FOpenTool& Open = Fixture.Show();
 	Open.Tool->SaveModDatabase();
-	const FString Before = Fixture.DatabaseOnDisk();
+	const FString Before = ReadModDatabaseText();
 	TSharedPtr<SWidget> TitleBox = Fixture.Right(TEXT("ModTitle"));
 	TSharedPtr<SWidget> DescriptionBox = Fixture.Right(TEXT("ModDescription"));
 	TSharedPtr<SWidget> NotesBox = Fixture.Right(TEXT("ModChangeNotes"));
@@ -210,7 +209,7 @@ TEST(DetailsPanelTests, TypingIntoTitleMovesTheRecordButNotTheDiskAndTabWalksThe
 	TypeText(Title, TEXT("Isle"));
 	TickFrames(3);
 	EXPECT_EQ(Fixture.Tool().SelectedMod->Title, FString(TEXT("Isle")));
-	EXPECT_EQ(Fixture.DatabaseOnDisk(), Before);
+	EXPECT_EQ(ReadModDatabaseText(), Before);
 	Fixture.Tool().SelectedMod->Title = TEXT("Island Pack");
 	TickFrames();
 	EXPECT_EQ(GetShownText(Title), FString(TEXT("Island Pack")));

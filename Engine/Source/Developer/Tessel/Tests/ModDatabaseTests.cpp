@@ -33,7 +33,7 @@ namespace
 	// A field of the first saved record, as the file holds it now.
 	FString SavedField(const TCHAR* Key)
 	{
-		const FParseResult Saved = ParseJson(FromUtf16Bytes(FTempDirectory::ReadBytes(KitPaths::ModDatabase())));
+		const FParseResult Saved = ParseJson(ReadModDatabaseText().GetStd());
 		return Saved.bOk ? Saved.Object->GetArrayField(TEXT("Mods"))[0]->AsObject()->GetStringField(Key) : FString(TEXT("<unreadable>"));
 	}
 }

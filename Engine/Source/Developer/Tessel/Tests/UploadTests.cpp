@@ -100,7 +100,6 @@ namespace
 		{
 			return Bytes(*(TEXT("ModTools/SteamCMD/workshop/1296880/") + Id + TEXT(".vdf")));
 		}
-		FString Database() const { return FString(FromUtf16Bytes(Bytes(TEXT("Orrery/Saved/Mods.db")))); }
 		// "" for SteamCMD's ordinary run.
 		void SetSteamCmdMode(const char* Mode) const { WriteFile(TEXT("ModTools/SteamCMD/steamcmd.mode"), Mode); }
 		void SetUploaderAnswer(const char* Answer) const { WriteFile(TEXT("ModTools/Uploader/uploader.exit"), Answer); }
@@ -178,7 +177,7 @@ TEST(UploadTests, SteamCmdRouteFromFirstUploadToResetAndRestart)
 	// "Reset Publisher Id" saves at once, and the next item file has no pair: a new item.
 	Upload.SetSteamCmdMode("");
 	Upload.Tool->OnResetPublisherIdClicked();
-	EXPECT_TRUE(Upload.Database().Contains(TEXT("\"ItemSeamId\": \"\",")));
+	EXPECT_TRUE(ReadModDatabaseText().Contains(TEXT("\"ItemSeamId\": \"\",")));
 	Upload.Tool->OnUploadClicked();
 	EXPECT_EQ(Upload.Mod->ItemSeamId, FString(TEXT("2900000002")));
 	EXPECT_TRUE(Upload.Exists(TEXT("ModTools/SteamCMD/workshop/1296880/2900000002.vdf")));
@@ -287,7 +286,7 @@ TEST(UploadTests, UploaderRouteAnswersAndArguments)
 	Upload.Tool->OnUploadClicked();
 	EXPECT_EQ(Upload.Editor->ModalWindows.Num(), 0);
 	EXPECT_EQ(Upload.Mod->ItemSeamId, FString(TEXT("142")));
-	EXPECT_TRUE(Upload.Database().Contains(TEXT("\"ItemSeamId\": \"142\",")));
+	EXPECT_TRUE(ReadModDatabaseText().Contains(TEXT("\"ItemSeamId\": \"142\",")));
 	EXPECT_TRUE(Upload.Transcript().IsEmpty());
 
 	Upload.SetUploaderAnswer("99");

@@ -57,11 +57,7 @@ public:
 		return Full;
 	}
 
-	static std::string ReadBytes(const FString& Full)
-	{
-		std::ifstream In(NativePath(Full), std::ios::binary);
-		return std::string(std::istreambuf_iterator<char>(In), std::istreambuf_iterator<char>());
-	}
+	static std::string ReadBytes(const FString& Full) { return ReadAll(NativePath(Full)); }
 
 	// Every regular file below Root with its bytes, by its path below Root ("/" between folders); a folder shows
 	// only through its files, and one that can't be read through none.
@@ -75,15 +71,19 @@ public:
 		{
 			if (It->is_regular_file(Error))
 			{
-				std::ifstream In(It->path(), std::ios::binary);
-				Files[std::filesystem::relative(It->path(), Base).generic_string()] =
-					std::string(std::istreambuf_iterator<char>(In), std::istreambuf_iterator<char>());
+				Files[std::filesystem::relative(It->path(), Base).generic_string()] = ReadAll(It->path());
 			}
 		}
 		return Files;
 	}
 
 private:
+	static std::string ReadAll(const std::filesystem::path& File)
+	{
+		std::ifstream In(File, std::ios::binary);
+		return std::string(std::istreambuf_iterator<char>(In), std::istreambuf_iterator<char>());
+	}
+
 	// Names that are not UTF-8 keep their bytes on POSIX; Windows takes the 16-bit units as they are.
 	static std::filesystem::path NativePath(const FString& Full)
 	{
