@@ -201,20 +201,19 @@ namespace
 				   : FString();
 	}
 
-	FCookResult CookOne(FTesselSession& Session, const TSharedPtr<FModSetup>& Mod, std::optional<ECookKind> Kind,
-						const FCookCommandOptions& Cook, const FCommandOutput& Output, FPackagingWatch& Progress)
+	FCookResult CookOne(FTesselSession& Session, const TSharedPtr<FModSetup>& Mod, std::optional<ECookKind> Kind, FCookOptions Options,
+						const FString& TestOutput, const FCommandOutput& Output, FPackagingWatch& Progress)
 	{
 		FCookResult Result;
 		Result.Mod = Mod->ModDir;
 		Result.Kind = KindFor(*Mod, Kind);
-		Result.Output = Cook.TestOutput.IsEmpty() ? KitPaths::ModOutputDir() / Mod->ModDir : ToFullPath(Cook.TestOutput);
+		Result.Output = TestOutput.IsEmpty() ? KitPaths::ModOutputDir() / Mod->ModDir : ToFullPath(TestOutput);
 		Result.Dialog = WhyNotCookable(*Mod, Result.Kind);
 		if (!Result.Dialog.IsEmpty())
 		{
 			return Result;
 		}
-		FCookOptions Options = ToCookOptions(Cook);
-		Options.TestOutputDir = Cook.TestOutput.IsEmpty() ? FString() : Result.Output;
+		Options.TestOutputDir = TestOutput.IsEmpty() ? FString() : Result.Output;
 		Result.bRan = true;
 		// Without a terminal to watch, a line at least every 10 seconds: CI services end jobs that fall silent.
 		using FClock = std::chrono::steady_clock;
@@ -274,7 +273,7 @@ int RunCook(const FGlobalOptions& Options, const FCookCommandOptions& Cook)
 	}
 	const std::optional<ECookKind> Kind = Cook.Kind ? std::optional<ECookKind>(ParseKind(*Cook.Kind)) : std::nullopt;
 	// Refused before anything is read or written.
-	ToCookOptions(Cook);
+	const FCookOptions CookOptions = ToCookOptions(Cook);
 	LocateKit(Options.Kit);
 	const FDatabaseGuard Guard;
 
@@ -317,7 +316,7 @@ int RunCook(const FGlobalOptions& Options, const FCookCommandOptions& Cook)
 		{
 			break;
 		}
-		Results.Add(CookOne(Session, Mod, Kind, Cook, Output, Progress));
+		Results.Add(CookOne(Session, Mod, Kind, CookOptions, Cook.TestOutput, Output, Progress));
 		const FCookResult& Result = Results.Last();
 		Output.Progress(Result.bRan ? FString::Printf(TEXT("Quillon Dev Kit: %s"), *Result.Dialog)
 									: FString::Printf(TEXT("Left out: %s"), *Result.Dialog));

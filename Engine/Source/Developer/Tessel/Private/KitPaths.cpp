@@ -68,8 +68,3 @@ FString STesselTool::GetModsContentDir()
 {
 	return KitPaths::ModsContentDir();
 }
-
-FString STesselTool::GetEditorExecutablePath()
-{
-	return KitPaths::EditorExecutable();
-}

@@ -34,7 +34,6 @@ public:
 	FReply OnRefreshClicked();
 
 	// Cook requests: each button queues one job for each target.
-	static FString GetEditorExecutablePath();
 	void StartCook(ECookKind Kind);
 	FReply OnCookMapClicked();
 	FReply OnCookGameModClicked();

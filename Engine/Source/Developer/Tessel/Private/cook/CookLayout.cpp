@@ -1,6 +1,6 @@
 #include "cook/CookLayout.h"
 
-#include "STesselUI.h"
+#include "KitPaths.h"
 
 namespace
 {
@@ -14,7 +14,7 @@ namespace
 FCookLayout::FCookLayout(const FString& ModDir, const FString& TestOutputDir, bool bInSeveralTargets, bool bInModNumberFolders)
 	: bTestOutput(!TestOutputDir.IsEmpty()), bSeveralTargets(bInSeveralTargets), bModNumberFolders(bInModNumberFolders)
 {
-	Base = bTestOutput ? TestOutputDir.Replace(TEXT("\\"), TEXT("/")) : STesselTool::GetModOutputDir() / ModDir;
+	Base = bTestOutput ? TestOutputDir.Replace(TEXT("\\"), TEXT("/")) : KitPaths::ModOutputDir() / ModDir;
 	ModFolder = bTestOutput ? ModIdText() : ModDir;
 }
 

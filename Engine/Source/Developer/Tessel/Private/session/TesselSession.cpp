@@ -14,11 +14,11 @@ namespace
 	{
 		FUploadOutcome Outcome;
 		FMonitoredProcess Process(Program, Parameters, true);
-		FCriticalSection OutputLock;
+		// Only the monitor thread writes Output, and this thread reads it once IsRunning is false, which it turns
+		// only after the last call has returned.
 		Process.OnOutput().BindLambda(
 			[&](FString Text)
 			{
-				FScopeLock Lock(&OutputLock);
 				Outcome.Output += Text;
 				if (OnOutput)
 				{
